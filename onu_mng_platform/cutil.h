@@ -25,8 +25,8 @@ extern "C" {
 
 /* Stores the local date and time: the year in full, month and day from 1. Returns 0; -1 for a null pointer or
  * when the system has no time, with the outputs left alone. */
-int getDateTime(unsigned short *year, unsigned char *month, unsigned char *day, unsigned char *hour,
-                unsigned char *minute, unsigned char *second);
+int getDateTime(unsigned short* year, unsigned char* month, unsigned char* day, unsigned char* hour,
+                unsigned char* minute, unsigned char* second);
 
 #ifdef __cplusplus
 }

@@ -14,19 +14,19 @@ extern "C" {
 /* Creates a pool of `size` bytes. `name` is copied. The library passes 1 for `shared` (the pool serves
  * concurrent tasks; the only kind there is) and 0 for `options`. Pools live as long as the process.
  * Returns the pool's id, 0 or above; -1 when the region or the ids are short or `size` is 0. */
-int mpuCreate(const char *name, unsigned int size, int shared, int options);
+int mpuCreate(const char* name, unsigned int size, int shared, int options);
 
 /* Takes a block of `size` bytes, aligned to 16, with undefined contents. `file` (a literal that outlives the
  * block) and `line` are kept with the block for the views.
  * Returns the block; null when `size` is 0, no pool has the id or no free range is large enough. Free blocks
  * that other tasks keep in stock are used before a request fails. */
-void *mpuAlloc_(int pool_id, unsigned int size, const char *file, int line);
+void* mpuAlloc_(int pool_id, unsigned int size, const char* file, int line);
 
 /* Returns a block to its pool, from any task.
  * Returns 0; -1, after one log line at level 13 and with nothing changed, for a pointer that is not the start
  * of a block of any pool, for a block that is free already, and for a block written past its end (which is
  * never handed out again). */
-int mpuFree(void *block);
+int mpuFree(void* block);
 
 /* The views print to the terminal whose command is running in the calling task (cli.h), else to standard
  * output; lines end in CR LF. No lock is held while printing. Ids of no pool print nothing. */
@@ -49,7 +49,7 @@ typedef struct mpu_stat {
 } mpu_stat;
 
 /* Fills `stat`. Returns 0; -1 for null or an id of no pool. */
-int mpuGetStat(int pool_id, mpu_stat *stat);
+int mpuGetStat(int pool_id, mpu_stat* stat);
 
 #ifdef __cplusplus
 }

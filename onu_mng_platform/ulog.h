@@ -1,23 +1,20 @@
 /* The log half of the platform seam. A line has a module (the host's number for its source) and a level from
  * 0 (finest) to 15 (gravest); lines below the threshold stay silent unless their level was opened for their
- * module. Every operation may be called from any task, none is an end point of a task (bep.h), none allocates.
+ * module. Every operation may be called from any task, none is an end point of a task (bep.h), none
+ * allocates.
  */
 #ifndef ONU_MNG_PLATFORM_ULOG_H
 #define ONU_MNG_PLATFORM_ULOG_H
+
+#include "onu_mng_platform/printf_format.h"
 
 #ifdef __cplusplus
 extern "C" {
 #endif
 
-#if defined(__GNUC__)
-#define ULOG_PRINTF_FORMAT(format, first) __attribute__((format(printf, format, first)))
-#else
-#define ULOG_PRINTF_FORMAT(format, first)
-#endif
-
 /* Writes one line, formatted like printf and ending in "\r\n", through the sink. Lines of concurrent tasks
  * never mix; text beyond 1023 characters is cut. May block for as long as the sink does. */
-void ulogPrintf(unsigned int module, int level, const char *format, ...) ULOG_PRINTF_FORMAT(3, 4);
+void ulogPrintf(unsigned int module, int level, const char* format, ...) ONU_MNG_PRINTF_FORMAT(3, 4);
 
 /* With `open` 1 lines of `module` at `level` are written although the level is below the threshold; with 0
  * no longer. Returns 0; -1 for a level outside 0..15, another `open`, or when no more modules can be kept
@@ -29,12 +26,12 @@ void ulogSetThreshold(int level);
 
 /* A receiver of lines; `text` ends as the caller ended it and is valid during the call. Called by one task at
  * a time. It must not log. */
-typedef void (*ulog_sink)(void *context, unsigned int module, int level, const char *text);
+typedef void (*ulog_sink)(void* context, unsigned int module, int level, const char* text);
 
 /* Sends all further lines to `sink` instead of standard error; null restores the default, which writes the
  * local time, the level and the module before the text. When it returns, the earlier sink is not running and
  * will not be called again. */
-void ulogSetSink(ulog_sink sink, void *context);
+void ulogSetSink(ulog_sink sink, void* context);
 
 #ifdef __cplusplus
 }
