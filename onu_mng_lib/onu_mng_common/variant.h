@@ -20,9 +20,10 @@
 /// Scalars live in the object. Text and bytes live in a block of the memory pool that belongs to this object
 /// alone; copying copies the block, moving takes it over.
 ///
-/// Results are 0 or 0x800001f5, and each failure writes one level-13 line with its cause (the pool may add
-/// its own). A failure to get a block leaves the object empty unless an operation says otherwise. Nothing
-/// throws. Data and texts given to an operation may lie in the object's own block.
+/// Results are 0 or 0x800001f5. A failure is logged at level 13 with its cause, one line for each layer that
+/// it passes; malformed text and a null argument of `Assign` are not logged. Where a new value cannot have
+/// its block the object is empty afterwards unless the operation says otherwise. Nothing throws. Data and
+/// texts given to an operation may lie in the object's own block.
 ///
 /// Thread safety: one task at a time, also for reading, which moves the cursor. Nothing blocks.
 class Variant {
@@ -32,7 +33,9 @@ public:
 
     /// Empty.
     Variant() = default;
-    ~Variant() { FreeBuffer(); }
+    ~Variant() {
+        if (IsBlock()) FreeBuffer();
+    }
 
     /// What `Copy` of the same arguments makes of an empty object.
     template <typename T, RequireVariantScalar<T> = 0>
@@ -57,7 +60,7 @@ public:
     /// Takes a scalar; its C++ type says which. `long` stands for the integer of its width.
     template <typename T, RequireVariantScalar<T> = 0>
     void Copy(T number) {
-        FreeBuffer();
+        Reset();
         SetScalar(number);
     }
     /// Takes a text up to its first NUL as a STRING. Null changes nothing.
@@ -99,7 +102,10 @@ public:
     unsigned int Realloc(VariantType new_type, unsigned int size);
 
     /// Makes the object empty.
-    void Reset();
+    void Reset() {
+        if (IsBlock()) FreeBuffer();
+        Forget();
+    }
 
     /// Zeroes a block in place and puts the cursor back to 0; type and capacity stay.
     void Clear();
@@ -143,8 +149,9 @@ public:
     /// Numbers as strtol and strtoul with base 0 and 32 bits read them, whatever follows, then cut to the
     /// type: no digits give 0, too large a number saturates, an unsigned one may have a minus sign. BUFFER,
     /// and STRING where the text begins with 0x, take hexadecimal text; a STRING then ends at the first NUL.
+    /// A type above BUFFER, and no digits for a BUFFER, change nothing.
     /// @return 0; 0x800001f5 when hexadecimal text is malformed or there is no block to decode it in: nothing
-    ///         changes. A type above BUFFER, and no digits for a BUFFER, change nothing.
+    ///         changes.
     unsigned int FromString(VariantType new_type, std::string text);
 
     /// Writes the value to the terminal `out` (a `vty*`), or to standard output when it is null: numbers in
@@ -219,10 +226,10 @@ private:
 
     bool IsScalar() const { return type < VARIANT_TYPE_STRING; }
     bool IsBlock() const { return type == VARIANT_TYPE_STRING || type == VARIANT_TYPE_BUFFER; }
-    /// Holds a value that can be copied: a scalar, or a block that is there and, as a STRING, terminated.
-    bool IsIntact() const;
     /// The bytes that count: of a STRING its text, else `len`.
-    unsigned int ContentLen() const;
+    unsigned int ContentLen() const {
+        return type == VARIANT_TYPE_STRING ? static_cast<unsigned int>(std::strlen(value.buff)) : len;
+    }
 
     /// Makes a scalar of an object without a block.
     template <typename T>
@@ -240,17 +247,31 @@ private:
         return number;
     }
 
-    /// Gives the old block back and takes one for `size` bytes (one more for a STRING), with the bytes at
-    /// `src` copied in unless it is null. On success `size` is the size of the block and the caller sets type
-    /// and len; on failure the object is empty.
-    unsigned int AllocBuffer(VariantType new_type, unsigned int& size, const char* src);
+    /// Gives the old block back and takes one of a block type for `size` bytes (one more for a STRING), zero
+    /// but for the bytes copied from `src` unless that is null. The object is empty on failure.
+    unsigned int AllocBuffer(VariantType new_type, unsigned int size, const char* src);
+    /// Gives the block of a block type back; all fields stay.
     void FreeBuffer();
+    /// Makes the object empty without giving a block back.
+    void Forget() {
+        type = VARIANT_TYPE_NONE;
+        len = 0;
+        pos = 0;
+        value.bits = 0;
+    }
+    /// Takes over the value and the block of `src`, which is left empty. This object has no block.
     void Take(Variant& src);
+    bool OwnsByte(const char* place) const;
+    /// Makes a STRING of the `size` characters at `text`.
     unsigned int SetText(const char* text, unsigned int size);
+    /// Decodes hexadecimal `text` into a STRING or BUFFER.
+    unsigned int SetHex(VariantType new_type, const std::string& text);
+    unsigned int ConvertScalar(VariantType new_type);
+    unsigned int ConvertBlock(VariantType new_type);
 
     /// The bytes between cursor and end, a STRING's NUL not counted.
     unsigned int Room() const {
-        const unsigned int end = type == VARIANT_TYPE_STRING && len > 0 ? len - 1 : len;
+        const unsigned int end = type == VARIANT_TYPE_STRING ? len - 1 : len;
         return pos < end ? end - pos : 0;
     }
     /// True when this is a buffer with room for the value and the step; else one log line.

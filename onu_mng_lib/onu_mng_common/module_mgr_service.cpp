@@ -1,0 +1,180 @@
+#include <cstring>
+#include <limits>
+#include <new>
+
+#include "onu_mng_lib/onu_mng_common/clock.h"
+#include "onu_mng_lib/onu_mng_common/mem_mgr.h"
+#include "onu_mng_lib/onu_mng_common/module_mgr.h"
+#include "onu_mng_lib/onu_mng_common/result.h"
+#include "onu_mng_lib/onu_mng_system_reg_interface.h"
+#include "onu_mng_platform/bep.h"
+#include "onu_mng_platform/ulog.h"
+
+namespace {
+
+constexpr int kTimeoutForEver = -1;
+constexpr int kTimeoutNone = -2;
+
+/// A receive that fails is tried again at once; from this many failures in a row on, only once a second, so
+/// that a broken queue takes neither the processor nor the log away from the other modules.
+constexpr unsigned int kPromptRetries = 3;
+constexpr int kSlowRetryMs = 1000;
+
+unsigned int Fail(const char* text) {
+    ulogPrintf(onu_mng_system_get_log_module(), ONU_MNG_LOG_ERROR, "%s", text);
+    return ONU_MNG_FAILURE;
+}
+
+void FreePacket(MessagePacket* packet) {
+    MemoryAllocator::GetInstance()->MemFree(packet, 0, __FILE__, __func__, __LINE__);
+}
+
+/// A block that goes back to the pool with its owner, also when the task is ended while it handles the
+/// packet.
+class OwnedPacket {
+public:
+    explicit OwnedPacket(MessagePacket* owned) : packet(owned) {}
+    ~OwnedPacket() {
+        if (packet != nullptr) FreePacket(packet);
+    }
+    OwnedPacket(const OwnedPacket&) = delete;
+    OwnedPacket& operator=(const OwnedPacket&) = delete;
+
+    MessagePacket* Get() const { return packet; }
+    void Release() { packet = nullptr; }
+
+private:
+    MessagePacket* packet;
+};
+
+/// A packet with a copy of the payload; null when the pool has no block of that size.
+MessagePacket* NewPacket(unsigned int msg_type, unsigned short pon_no, unsigned short onu_id,
+                         const char* data, unsigned int pkg_size) {
+    if (pkg_size > std::numeric_limits<unsigned int>::max() - sizeof(MessagePacket)) return nullptr;
+    const unsigned int size = pkg_size + static_cast<unsigned int>(sizeof(MessagePacket));
+    void* block = MemoryAllocator::GetInstance()->MemAllocUnfilled(size, size, __FILE__, __func__, __LINE__);
+    if (block == nullptr) return nullptr;
+    auto* packet = new (block) MessagePacket{msg_type, pon_no, onu_id, pkg_size};
+    bep_memCpyEx(packet->Payload(), data, pkg_size);
+    return packet;
+}
+
+} // namespace
+
+ServiceModule::ServiceModule(unsigned int type, const char* name, unsigned int priority,
+                             unsigned int message_priority, unsigned int queue_length, unsigned int stack)
+    : Module(type, priority), msg_pri(message_priority), msg_num(queue_length),
+      msg_size(sizeof(MessagePacket*)), stack_size(stack) {
+    try {
+        if (name != nullptr) mod_name = name;
+    } catch (const std::bad_alloc&) {
+        Fail("no memory for the module's name\r\n");
+    }
+}
+
+ServiceModule::~ServiceModule() {
+    EndTask();
+    DrainQueue();
+}
+
+unsigned int ServiceModule::InitModule() {
+    bool done = false;
+    {
+        LockGuard guard(lock);
+        if (is_init) return ONU_MNG_OK;
+        // The queue comes last: nothing that could fail after it would have to take it back.
+        done = Thread::Init(mod_name.c_str(), mod_pri, stack_size) &&
+               msg_queue.Init(static_cast<int>(msg_num), static_cast<int>(msg_size)) == ONU_MNG_OK;
+        is_init = done;
+    }
+    if (!done) return Fail("msgQueue Init failed\r\n");
+    ulogPrintf(onu_mng_system_get_log_module(), ONU_MNG_LOG_START, "Init module %s succeeded\r\n",
+               mod_name.c_str());
+    return ONU_MNG_OK;
+}
+
+unsigned int ServiceModule::StartModule() {
+    bool done = false;
+    {
+        LockGuard guard(lock);
+        if (is_start) return ONU_MNG_OK;
+        done = Thread::Start();
+        is_start = done;
+    }
+    if (!done) return Fail("start failed\r\n");
+    ulogPrintf(onu_mng_system_get_log_module(), ONU_MNG_LOG_START, "Start module %s succeeded\r\n",
+               mod_name.c_str());
+    return ONU_MNG_OK;
+}
+
+unsigned int ServiceModule::SendMsg(unsigned int msg_type, MsgSyncProcType sync_type, unsigned short pon_no,
+                                    unsigned short onu_id, char* data, unsigned int pkg_size) {
+    if (data == nullptr || pkg_size == 0) return Fail("ServiceModule::SendMsg input is NULL\r\n");
+    if (sync_type != MSG_PROC_ASYNC) return HandleMsg(msg_type, pon_no, onu_id, data, pkg_size);
+
+    OwnedPacket packet(NewPacket(msg_type, pon_no, onu_id, data, pkg_size));
+    if (packet.Get() == nullptr) return Fail("new MessagePacket failed\r\n");
+    MessagePacket* address = packet.Get();
+    const unsigned int ret = SendMsg(reinterpret_cast<char*>(&address), msg_size);
+    if (ret == ONU_MNG_OK) {
+        packet.Release();
+        return ONU_MNG_OK;
+    }
+    ulogPrintf(onu_mng_system_get_log_module(), ONU_MNG_LOG_SEND,
+               "ServiceModule::SendMsg failed. msg_type %d, pon %d, onu %d, pkg_size %d ret 0x%x\r\n",
+               static_cast<int>(msg_type), pon_no, onu_id, static_cast<int>(pkg_size), ret);
+    return ONU_MNG_FAILURE;
+}
+
+unsigned int ServiceModule::SendMsg(char* buf, unsigned int len) {
+    if (buf == nullptr || len == 0) return Fail("ServiceModule::SendMsg input is NULL\r\n");
+    return msg_queue.SendMsg(buf, len, kTimeoutNone);
+}
+
+unsigned int ServiceModule::HandleMsg(char* buf, unsigned int) {
+    if (buf == nullptr) return Fail("handle invalid msg\r\n");
+    MessagePacket header;
+    std::memcpy(&header, buf, sizeof header);
+    return HandleMsg(header.msg_type, header.pon_no, header.onu_id, buf + sizeof header, header.pkg_size);
+}
+
+MessagePacket* ServiceModule::ReceivePacket(unsigned int& failures) {
+    MessagePacket* packet = nullptr;
+    const unsigned int size = msg_queue.RecvMsg(reinterpret_cast<char*>(&packet), msg_size, kTimeoutForEver);
+    if (size == 0) {
+        if (++failures >= kPromptRetries) Clock::Delay(kSlowRetryMs);
+        return nullptr;
+    }
+    failures = 0;
+    if (size == msg_size && packet != nullptr) return packet;
+    Fail("msgRecv invalid MessagePacket\r\n");
+    return nullptr;
+}
+
+void ServiceModule::Run() {
+    for (unsigned int failures = 0;;) {
+        const OwnedPacket packet(ReceivePacket(failures));
+        if (packet.Get() == nullptr) continue;
+        if (HandleMsg(reinterpret_cast<char*>(packet.Get()), msg_size) == ONU_MNG_OK) continue;
+        ulogPrintf(onu_mng_system_get_log_module(), ONU_MNG_LOG_WARNING, "%s handle msg failed\r\n",
+                   mod_name.c_str());
+    }
+}
+
+void ServiceModule::DrainQueue() {
+    while (msg_queue.GetMsgNum() > 0) {
+        MessagePacket* packet = nullptr;
+        const unsigned int size = msg_queue.RecvMsg(reinterpret_cast<char*>(&packet), msg_size, kTimeoutNone);
+        if (size == 0) return;
+        if (size == msg_size && packet != nullptr) FreePacket(packet);
+    }
+}
+
+unsigned int ServiceModule::HandleMsg(unsigned int, unsigned short, unsigned short, char*, unsigned int) {
+    return ONU_MNG_OK;
+}
+
+bool ServiceModule::Match(unsigned int, unsigned int, unsigned short, unsigned short, char*, unsigned int,
+                          MsgSyncProcType&) {
+    return false;
+}

@@ -1,0 +1,104 @@
+#include "onu_mng_lib/onu_mng_common/sem_lock.h"
+
+#include "onu_mng_lib/onu_mng_common/result.h"
+#include "onu_mng_lib/onu_mng_common/ticks.h"
+#include "onu_mng_lib/onu_mng_system_reg_interface.h"
+#include "onu_mng_platform/bep.h"
+#include "onu_mng_platform/ulog.h"
+
+namespace {
+
+constexpr int kSemaphoreOptions = 2;
+
+std::uint32_t CreateSemaphore(bool available) {
+    const std::uint32_t id = bep_semBCreateEx(kSemaphoreOptions, available ? 1 : 0, __FILE__, __LINE__);
+    if (id == 0) ulogPrintf(onu_mng_system_get_log_module(), ONU_MNG_LOG_ERROR, "semBCreate failed\r\n");
+    return id;
+}
+
+/// Counts a task in and, unless it stays, out again: also when the task is ended during the wait.
+class Counted {
+public:
+    explicit Counted(std::atomic<std::int32_t>& counter) : count(counter) {
+        count.fetch_add(1, std::memory_order_relaxed);
+    }
+    ~Counted() {
+        if (!stays) count.fetch_sub(1, std::memory_order_relaxed);
+    }
+    void Stay() { stays = true; }
+
+private:
+    std::atomic<std::int32_t>& count;
+    bool stays = false;
+};
+
+} // namespace
+
+ReadWriteLock::ReadWriteLock() : sem_id(CreateSemaphore(true)) {}
+
+ReadWriteLock::~ReadWriteLock() {
+    bep_semDeleteEx(sem_id);
+}
+
+bool ReadWriteLock::Lock() {
+    Counted waiter(lock_count);
+    const bool held = bep_semTakeEx(sem_id, kWaitForEver, __FILE__, __LINE__) == 0;
+    if (!held) ulogPrintf(onu_mng_system_get_log_module(), ONU_MNG_LOG_ERROR, "semTake failed\r\n");
+    waiter.Stay();
+    return held;
+}
+
+void ReadWriteLock::Unlock(bool held) {
+    if (held) bep_semGiveEx(sem_id, __FILE__, __LINE__);
+    lock_count.fetch_sub(1, std::memory_order_relaxed);
+}
+
+/// Keeps `wait_flag` up for the time of one wait, also when the task is ended in it.
+class Semaphore::Waiting {
+public:
+    explicit Waiting(Semaphore& waited_for) : semaphore(waited_for) {
+        LockGuard guard(semaphore.count_lock);
+        if (semaphore.wait_flag == 0) semaphore.wait_flag = 1;
+    }
+    ~Waiting() {
+        bep_taskSafeEx();
+        {
+            LockGuard guard(semaphore.count_lock);
+            if (semaphore.wait_flag > 0) --semaphore.wait_flag;
+        }
+        bep_taskUnsafeEx();
+    }
+    Waiting(const Waiting&) = delete;
+    Waiting& operator=(const Waiting&) = delete;
+
+private:
+    Semaphore& semaphore;
+};
+
+Semaphore::Semaphore() : sem_id(CreateSemaphore(false)) {}
+
+Semaphore::~Semaphore() {
+    bep_semDeleteEx(sem_id);
+}
+
+int Semaphore::Take(int ticks) {
+    const Waiting waiting(*this);
+    return bep_semTakeEx(sem_id, ticks, __FILE__, __LINE__) == 0 ? 0 : -1;
+}
+
+void Semaphore::Wait() {
+    Take(kWaitForEver);
+}
+
+int Semaphore::TryWait(unsigned int seconds) {
+    return Take(TicksOfSeconds(seconds));
+}
+
+void Semaphore::Signal() {
+    bep_semGiveEx(sem_id, __FILE__, __LINE__);
+}
+
+bool Semaphore::IsWaiting() {
+    LockGuard guard(count_lock);
+    return wait_flag > 0;
+}

@@ -1,0 +1,220 @@
+#include <new>
+
+#include "onu_mng_lib/onu_mng_common/result.h"
+#include "onu_mng_lib/onu_mng_common/state_machine.h"
+#include "onu_mng_lib/onu_mng_log_cinterface.h"
+#include "onu_mng_lib/onu_mng_system_reg_interface.h"
+#include "onu_mng_platform/bep.h"
+#include "onu_mng_platform/ulog.h"
+
+namespace {
+
+constexpr unsigned int kMsPerSecond = 1000;
+/// No procedure advances this often by one message; states that name one another for ever would.
+constexpr unsigned int kMaxSteps = 65535;
+
+unsigned int Fail(unsigned int result, const char* text) {
+    ulogPrintf(onu_mng_system_get_log_module(), ONU_MNG_LOG_ERROR, "%s", text);
+    return result;
+}
+
+bool IsTermination(StateMsgType msg_type) {
+    return msg_type == STATE_MSG_DELAY_TERMINATE || msg_type == STATE_MSG_IMMEDIATE_TERMINATE;
+}
+
+void TraceJob(const char* what, int pon_no, int onu_id) {
+    if (onu_mng_log_is_trace_onu(static_cast<unsigned short>(pon_no), static_cast<unsigned short>(onu_id),
+                                 nullptr, ONU_MNG_LOG_TRACE) != 1)
+        return;
+    ulogPrintf(onu_mng_system_get_log_module(), ONU_MNG_LOG_TRACE,
+               "(PON:%d, ONU:%d)%s state for pon_no %d onu_id %d succeeded\r\n", pon_no, onu_id, what, pon_no,
+               onu_id);
+}
+
+} // namespace
+
+StateContext::StateContext(unsigned int type) : service_type(type) {
+    unsigned int id = kUnregisteredId;
+    StateContextManager::GetInstance()->RegisterContext(this, id);
+}
+
+// A destructor must not be unwound by the end of the task it runs in: the pool would keep a dead context.
+StateContext::~StateContext() {
+    bep_taskSafeEx();
+    StateContextManager::GetInstance()->UnregisterContext(this);
+    bep_taskUnsafeEx();
+    delete p_state_register.load();
+}
+
+bool StateContext::Match(char*, unsigned int) {
+    return false;
+}
+
+void StateContext::Occupy(char*, unsigned int) {}
+
+unsigned int StateContext::RegisterState(ServiceState* state) {
+    if (state == nullptr) return Fail(ONU_MNG_FAILURE, "state obj to be registered is NULL\r\n");
+    if (p_state_register == nullptr) p_state_register = new (std::nothrow) StateRegister;
+    if (state->state_id > STATE_MAX) {
+        ulogPrintf(onu_mng_system_get_log_module(), ONU_MNG_LOG_ERROR,
+                   "state %d to be registered is invalid\r\n", static_cast<int>(state->state_id));
+        return ONU_MNG_FAILURE;
+    }
+    StateRegister* states = p_state_register;
+    return states == nullptr ? ONU_MNG_FAILURE : states->RegisterStateObj(state);
+}
+
+bool StateContext::HasBasicStates() const {
+    const StateRegister& states = *p_state_register;
+    return states.GetStateObj(STATE_INIT) != nullptr && states.GetStateObj(STATE_SUCC) != nullptr &&
+           states.GetStateObj(STATE_FAIL) != nullptr;
+}
+
+unsigned int StateContext::Alloc(unsigned short pon, unsigned short onu, char* p_msg, unsigned int len) {
+    const char* missing = nullptr;
+    {
+        LockGuard guard(lock);
+        if (cur_state != STATE_IDLE || occupied) return ONU_MNG_STATE_BUSY;
+        if (p_state_register == nullptr)
+            missing = "state register not initialized";
+        else if (!HasBasicStates())
+            missing = "INIT, SUCC or FAIL state obj not registered";
+        else
+            Occupy(pon, onu, p_msg, len);
+    }
+    if (missing == nullptr) {
+        TraceJob("Alloc", pon, onu);
+        return ONU_MNG_OK;
+    }
+    ulogPrintf(onu_mng_system_get_log_module(), ONU_MNG_LOG_ERROR, "(PON:%d, ONU:%d)%s\r\n", pon, onu,
+               missing);
+    return ONU_MNG_STATE_REFUSED;
+}
+
+void StateContext::Occupy(unsigned short pon, unsigned short onu, char* p_msg, unsigned int len) {
+    ++job;
+    pon_no = pon;
+    onu_id = onu;
+    auto_next = false;
+    stop_times = 0;
+    last_ret = ONU_MNG_OK;
+    cur_state = STATE_INIT;
+    occupied = true;
+    occupy_clock.Now();
+    Occupy(p_msg, len);
+}
+
+bool StateContext::Match(unsigned short pon, unsigned short onu, char* p_msg, unsigned int len,
+                         bool check_occupied) {
+    LockGuard guard(lock);
+    if (!IsFor(pon, onu) || (check_occupied && !occupied)) return false;
+    return p_msg == nullptr || len == 0 || Match(p_msg, len);
+}
+
+void StateContext::Release(bool reset_onu) {
+    TraceJob("Release", pon_no, onu_id);
+    if (reset_onu) {
+        pon_no = kNoOnu;
+        onu_id = kNoOnu;
+    }
+    cur_state = STATE_IDLE;
+    occupied = false;
+    auto_next = false;
+    stop_times = 0;
+    last_ret = ONU_MNG_OK;
+    last_run_time = occupy_clock.Diff(CLOCK_PRECISION_MS);
+}
+
+unsigned int StateContext::Release(unsigned short pon, unsigned short onu, char* p_msg, unsigned int len,
+                                   bool reset_onu) {
+    LockGuard guard(lock);
+    if (!IsFor(pon, onu) || !occupied || !Match(p_msg, len)) return ONU_MNG_STATE_UNMATCHED;
+    Release(reset_onu);
+    return ONU_MNG_OK;
+}
+
+void StateContext::ChangeState(unsigned int next_state, bool next_is_auto) {
+    ChangeStateOfJob(job, next_state, next_is_auto);
+}
+
+void StateContext::ChangeStateOfJob(unsigned int of_job, unsigned int next_state, bool next_is_auto) {
+    LockGuard guard(lock);
+    if (job != of_job) return;
+    if (cur_state == STATE_IDLE) {
+        auto_next = false;
+    } else if (next_state == STATE_IDLE || p_state_register == nullptr) {
+        Release(false);
+    } else {
+        cur_state = next_state;
+        auto_next = next_is_auto;
+    }
+}
+
+unsigned int StateContext::Handle(StateMsgType msg_type, char* p_msg, unsigned int len) {
+    if (p_msg == nullptr && !IsTermination(msg_type))
+        return Fail(ONU_MNG_STATE_REFUSED, "p_msg is NULL in StateContext::Handle \r\n");
+    const unsigned int this_job = job;
+    unsigned int ret = ONU_MNG_OK;
+    for (unsigned int step = 0; step < kMaxSteps; ++step) {
+        ServiceState* state = AdmitMessage(msg_type, this_job, ret);
+        if (state == nullptr) return ret;
+        ret = state->HandleJob(*this, this_job, msg_type, p_msg, len);
+        last_ret = ret;
+        if (msg_type == STATE_MSG_NOTIFY || !auto_next) return ret;
+    }
+    return Fail(ret, "states advance without end in StateContext::Handle \r\n");
+}
+
+/// The state that is to handle the message; null when none is, with the answer in `ret`.
+ServiceState* StateContext::AdmitMessage(StateMsgType msg_type, unsigned int of_job, unsigned int& ret) {
+    const char* failure = nullptr;
+    {
+        LockGuard guard(lock);
+        if (cur_state == STATE_IDLE || job != of_job) {
+            failure = "service state object is IDEL in StateContext::Handle \r\n";
+        } else {
+            if (msg_type == STATE_MSG_DELAY_TERMINATE) {
+                ulogPrintf(onu_mng_system_get_log_module(), ONU_MNG_LOG_TRACE,
+                           "service state delay terminates in StateContext::Handle \r\n");
+                if (stop_times < kAbsorbedStops) {
+                    ++stop_times;
+                    ret = ONU_MNG_OK;
+                    return nullptr;
+                }
+            } else if (msg_type == STATE_MSG_IMMEDIATE_TERMINATE) {
+                ulogPrintf(onu_mng_system_get_log_module(), ONU_MNG_LOG_TRACE,
+                           "service state immediate terminates in StateContext::Handle \r\n");
+            }
+            if (ServiceState* state = CurrentState()) return state;
+            failure = "service state object is NULL in StateContext::Handle \r\n";
+        }
+    }
+    ret = Fail(ONU_MNG_STATE_UNMATCHED, failure);
+    return nullptr;
+}
+
+/// The object of the current state; null when idle or not registered.
+ServiceState* StateContext::CurrentState() const {
+    const StateRegister* states = p_state_register;
+    if (cur_state == STATE_IDLE || states == nullptr) return nullptr;
+    return states->GetStateObj(cur_state);
+}
+
+bool StateContext::IsOverTime() {
+    LockGuard guard(lock);
+    const ServiceState* state = CurrentState();
+    if (state == nullptr) return false;
+    return Clock() - state->state_clock > static_cast<long long>(state->max_run_time) * kMsPerSecond;
+}
+
+unsigned long long StateContext::GetStateTime() {
+    LockGuard guard(lock);
+    const ServiceState* state = CurrentState();
+    return state == nullptr ? 0 : static_cast<unsigned long long>(Clock() - state->state_clock);
+}
+
+unsigned long long StateContext::GetStateMaxRunTime() {
+    LockGuard guard(lock);
+    const ServiceState* state = CurrentState();
+    return state == nullptr ? 0 : state->max_run_time * kMsPerSecond;
+}

@@ -1,0 +1,109 @@
+#include <algorithm>
+#include <cstdint>
+#include <limits>
+#include <new>
+
+#include "onu_mng_lib/onu_mng_common/mem_mgr.h"
+#include "onu_mng_lib/onu_mng_common/result.h"
+#include "onu_mng_lib/onu_mng_common/state_machine.h"
+#include "onu_mng_lib/onu_mng_log_cinterface.h"
+#include "onu_mng_lib/onu_mng_system_reg_interface.h"
+#include "onu_mng_platform/ulog.h"
+
+namespace {
+
+constexpr unsigned int kSupervisionStackSize = 32768;
+constexpr int kShortestSleepMs = 1000;
+
+void LogError(const char* text) {
+    ulogPrintf(onu_mng_system_get_log_module(), ONU_MNG_LOG_ERROR, "%s", text);
+}
+
+int SleepOfInterval(unsigned int seconds) {
+    const std::uint64_t ms = std::uint64_t{seconds} * 1000;
+    return ms == 0 || ms > std::numeric_limits<std::int32_t>::max() ? kShortestSleepMs : static_cast<int>(ms);
+}
+
+} // namespace
+
+StateContextManager* StateContextManager::GetInstance() {
+    static StateContextManager instance;
+    return &instance;
+}
+
+// States hold pool blocks and releases ask the trace registry: both are built before the pool of contexts and
+// so destroyed after it.
+StateContextManager::StateContextManager() {
+    MemoryAllocator::GetInstance();
+    onu_mng_log_is_trace_onu(StateContext::kNoOnu, StateContext::kNoOnu, nullptr, ONU_MNG_LOG_TRACE);
+}
+
+StateContextManager::~StateContextManager() {
+    EndTask();
+}
+
+unsigned int StateContextManager::Init(unsigned int priority) {
+    interval_run_time = kDefaultInterval;
+    if (IsAlive()) return ONU_MNG_OK;
+    if (!Thread::Init("OmciUpgExcDetect", priority, kSupervisionStackSize)) {
+        LogError("Init StateContextDetect failed\r\n");
+        return ONU_MNG_FAILURE;
+    }
+    if (!Thread::Start()) {
+        LogError("start StateContextDetect failed\r\n");
+        return ONU_MNG_FAILURE;
+    }
+    return ONU_MNG_OK;
+}
+
+void StateContextManager::RegisterContext(StateContext* context, unsigned int& context_id) {
+    if (context == nullptr) return;
+    LockGuard guard(lock);
+    try {
+        context_list.push_back(context);
+    } catch (const std::bad_alloc&) {
+        return LogError("no memory to register the state context\r\n");
+    }
+    context_id = ++last_context_id;
+    context->context_id = context_id;
+}
+
+void StateContextManager::UnregisterContext(StateContext* context) {
+    LockGuard guard(lock);
+    context_list.erase(std::remove(context_list.begin(), context_list.end(), context), context_list.end());
+}
+
+StateContext* StateContextManager::FindContext(unsigned int context_id) {
+    LockGuard guard(lock);
+    const auto found =
+        std::find_if(context_list.begin(), context_list.end(),
+                     [context_id](StateContext* context) { return context->context_id == context_id; });
+    return found == context_list.end() ? nullptr : *found;
+}
+
+unsigned int StateContextManager::Terminate(unsigned int context_id) {
+    StateContext* context = FindContext(context_id);
+    return context == nullptr ? ONU_MNG_STATE_REFUSED
+                              : context->Handle(STATE_MSG_DELAY_TERMINATE, nullptr, 0);
+}
+
+void StateContextManager::Run() {
+    for (;;) {
+        Clock::Delay(SleepOfInterval(interval_run_time));
+        LockGuard guard(lock);
+        for (StateContext* context : context_list) {
+            if (context->stop_times != 0 || context->IsOverTime())
+                context->Handle(STATE_MSG_DELAY_TERMINATE, nullptr, 0);
+        }
+    }
+}
+
+AggregateObject* StateContextManager::GetItem(unsigned int index) {
+    LockGuard guard(lock);
+    return index < context_list.size() ? context_list[index] : nullptr;
+}
+
+unsigned int StateContextManager::GetSize() const {
+    LockGuard guard(lock);
+    return static_cast<unsigned int>(context_list.size());
+}

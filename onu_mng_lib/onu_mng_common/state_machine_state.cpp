@@ -1,0 +1,117 @@
+#include <new>
+
+#include "onu_mng_lib/onu_mng_common/result.h"
+#include "onu_mng_lib/onu_mng_common/state_machine.h"
+#include "onu_mng_lib/onu_mng_log_cinterface.h"
+#include "onu_mng_lib/onu_mng_system_reg_interface.h"
+#include "onu_mng_platform/ulog.h"
+
+ServiceState::ServiceState(unsigned int id, unsigned long time_limit)
+    : state_id(id), max_run_time(static_cast<unsigned int>(time_limit)) {}
+
+unsigned int ServiceState::Operate(StateContext*, char*, unsigned int) {
+    return ONU_MNG_OK;
+}
+
+unsigned int ServiceState::Notify(StateContext*, char*, unsigned int) {
+    return ONU_MNG_STATE_NO_NOTIFY;
+}
+
+unsigned int ServiceState::GetNextState() {
+    return STATE_IDLE;
+}
+
+bool ServiceState::IsAutoNextState() {
+    return ret != ONU_MNG_OK;
+}
+
+unsigned int ServiceState::Operate(StateContext* p_context, StateMsgType msg_type, char* p_msg,
+                                   unsigned int len) {
+    switch (msg_type) {
+    case STATE_MSG_NOTIFY:
+        return Notify(p_context, p_msg, len);
+    case STATE_MSG_OPERATE:
+    case STATE_MSG_DELAY_TERMINATE:
+    case STATE_MSG_IMMEDIATE_TERMINATE:
+        state_clock.Now();
+        return Operate(p_context, p_msg, len);
+    }
+    return ONU_MNG_STATE_REFUSED;
+}
+
+unsigned int ServiceState::Handle(StateContext* p_context, StateMsgType msg_type, char* p_msg,
+                                  unsigned int len) {
+    if (p_context != nullptr) return HandleJob(*p_context, p_context->job, msg_type, p_msg, len);
+    ulogPrintf(onu_mng_system_get_log_module(), ONU_MNG_LOG_ERROR, "p_context is NULL\r\n");
+    return ONU_MNG_STATE_REFUSED;
+}
+
+unsigned int ServiceState::HandleJob(StateContext& context, unsigned int job, StateMsgType msg_type,
+                                     char* p_msg, unsigned int len) {
+    const unsigned int result = RunHook(context, msg_type, p_msg, len);
+    ret = result;
+    ChangeStateOfJob(context, job, msg_type);
+    return result;
+}
+
+/// The hook's result, or the refusal of a message that a termination keeps from it.
+unsigned int ServiceState::RunHook(StateContext& context, StateMsgType msg_type, char* p_msg,
+                                   unsigned int len) {
+    const unsigned int log_module = onu_mng_system_get_log_module();
+    const int id = static_cast<int>(state_id);
+    if (msg_type == STATE_MSG_IMMEDIATE_TERMINATE) {
+        ulogPrintf(log_module, ONU_MNG_LOG_TRACE,
+                   "service state terminates in ServiceState::Handle, State %d stops \r\n", id);
+        return ONU_MNG_STATE_REFUSED;
+    }
+    if (context.stop_times != 0 && state_id != STATE_FAIL) {
+        ulogPrintf(log_module, ONU_MNG_LOG_ERROR, "State %d stops due to previous termination operation\r\n",
+                   id);
+        return ONU_MNG_STATE_REFUSED;
+    }
+    const unsigned int result = Operate(&context, msg_type, p_msg, len);
+    if (result != ONU_MNG_OK) {
+        if (result != ONU_MNG_STATE_NO_NOTIFY &&
+            onu_mng_log_is_trace_onu(context.pon_no, context.onu_id, nullptr, ONU_MNG_LOG_TRACE) == 1)
+            ulogPrintf(log_module, ONU_MNG_LOG_TRACE, "(PON:%d, ONU:%d)Handle state %d failed, ret = %x\r\n",
+                       context.pon_no.load(), context.onu_id.load(), id, result);
+        return result;
+    }
+    if (msg_type == STATE_MSG_OPERATE && state_id != STATE_FAIL && context.stop_times != 0) {
+        ulogPrintf(log_module, ONU_MNG_LOG_ERROR,
+                   "State %d result trans to failure due to termination operation\r\n", id);
+        return ONU_MNG_STATE_REFUSED;
+    }
+    return ONU_MNG_OK;
+}
+
+void ServiceState::ChangeState(StateContext* p_context, StateMsgType msg_type) {
+    if (p_context != nullptr) return ChangeStateOfJob(*p_context, p_context->job, msg_type);
+    ulogPrintf(onu_mng_system_get_log_module(), ONU_MNG_LOG_ERROR, "p_context is NULL \r\n");
+}
+
+void ServiceState::ChangeStateOfJob(StateContext& context, unsigned int job, StateMsgType msg_type) {
+    if (msg_type == STATE_MSG_NOTIFY || msg_type > STATE_MSG_IMMEDIATE_TERMINATE) return;
+    const unsigned int next_state = GetNextState();
+    context.ChangeStateOfJob(job, next_state, IsAutoNextState());
+}
+
+StateRegister::~StateRegister() {
+    for (const auto& [id, state] : state_map)
+        delete state;
+}
+
+unsigned int StateRegister::RegisterStateObj(ServiceState* state) {
+    if (state == nullptr) return ONU_MNG_FAILURE;
+    try {
+        state_map.emplace(state->state_id, state);
+    } catch (const std::bad_alloc&) {
+        return ONU_MNG_FAILURE;
+    }
+    return ONU_MNG_OK;
+}
+
+ServiceState* StateRegister::GetStateObj(unsigned int state_id) const {
+    const auto entry = state_map.find(state_id);
+    return entry == state_map.end() ? nullptr : entry->second;
+}

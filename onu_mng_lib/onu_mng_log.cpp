@@ -1,0 +1,139 @@
+#include "onu_mng_lib/onu_mng_log.h"
+
+#include <cstring>
+#include <iterator>
+#include <new>
+#include <tuple>
+#include <utility>
+
+#include "onu_mng_lib/onu_mng_common/mem_mgr.h"
+#include "onu_mng_lib/onu_mng_common/result.h"
+#include "onu_mng_lib/onu_mng_obj_cinterface.h"
+#include "onu_mng_lib/onu_mng_system_reg_interface.h"
+#include "onu_mng_platform/ulog.h"
+
+namespace {
+
+constexpr unsigned short kAny = OnuNo::kNotSet;
+
+std::uint32_t Numbers(unsigned short pon, unsigned short onu) {
+    return std::uint32_t{pon} << 16 | onu;
+}
+
+/// Below 0, 0 or above as identity `a` comes before, with or after `b`; a null `sn` stands for none.
+int Compare(unsigned short a_pon, unsigned short a_onu, const unsigned char* a_sn, unsigned short b_pon,
+            unsigned short b_onu, const unsigned char* b_sn) {
+    if (a_pon != b_pon) return a_pon < b_pon ? -1 : 1;
+    if (a_sn != nullptr && b_sn != nullptr) return std::memcmp(a_sn, b_sn, ONU_MNG_SN_SIZE);
+    if (a_sn != nullptr || b_sn != nullptr) return b_sn != nullptr ? -1 : 1;
+    return a_onu - b_onu;
+}
+
+} // namespace
+
+bool OnuMngLog::KeyLess::operator()(const OnuNo& a, const KeyView& b) const {
+    return Compare(a.pon_no, a.onu_id, a.GetSn(), b.pon, b.onu, b.sn) < 0;
+}
+
+bool OnuMngLog::KeyLess::operator()(const KeyView& a, const OnuNo& b) const {
+    return Compare(a.pon, a.onu, a.sn, b.pon_no, b.onu_id, b.GetSn()) < 0;
+}
+
+OnuMngLog* OnuMngLog::GetInstance() {
+    static OnuMngLog instance;
+    return &instance;
+}
+
+// Keys hold blocks of the pool, so its allocator is built before the registry and destroyed after it.
+OnuMngLog::OnuMngLog() {
+    MemoryAllocator::GetInstance();
+}
+
+bool OnuMngLog::MatchOnu(unsigned short pon, unsigned short onu, const unsigned char* sn, OnuLogPara*& para) {
+    if (!trace_switch) return false;
+    para = FindGoverning(pon, onu, sn);
+    return para != nullptr;
+}
+
+OnuLogPara* OnuMngLog::FindGoverning(unsigned short pon, unsigned short onu, const unsigned char* sn) {
+    // A key with a serial number is found whatever its ONU id, so that one look-up serves (pon, 0xFFFF, sn)
+    // too.
+    const KeyView keys[] = {{pon, onu, sn}, {pon, onu, nullptr}, {pon, kAny, nullptr}, {kAny, kAny, nullptr}};
+    for (const KeyView* key = sn == nullptr ? keys + 1 : keys; key != std::end(keys); ++key) {
+        const auto entry = tracer_map.find(*key);
+        if (entry != tracer_map.end()) return &entry->second;
+    }
+    return first_with_sn.empty() ? nullptr : FindByNumbers(pon, onu);
+}
+
+/// The first entry in key order whose numbers are the ONU's, its PON's or the wildcards. Only entries with a
+/// serial number are left when the look-ups by key have found nothing.
+OnuLogPara* OnuMngLog::FindByNumbers(unsigned short pon, unsigned short onu) {
+    auto first = tracer_map.end();
+    for (const std::uint32_t numbers : {Numbers(pon, onu), Numbers(pon, kAny), Numbers(kAny, kAny)}) {
+        const auto found = first_with_sn.find(numbers);
+        if (found == first_with_sn.end()) continue;
+        if (first == tracer_map.end() || found->second->first < first->first) first = found->second;
+    }
+    return first == tracer_map.end() ? nullptr : &first->second;
+}
+
+void OnuMngLog::AddOnuTracer(unsigned short pon, unsigned short onu, const unsigned char* sn, int level) {
+    const unsigned int log_module = onu_mng_system_get_log_module();
+    LockGuard guard(lock);
+    if (!Insert(pon, onu, sn, level)) {
+        ulogPrintf(log_module, ONU_MNG_LOG_ERROR, "(PON:%d, ONU:%d)no memory to trace level %d\r\n", pon, onu,
+                   level);
+        return;
+    }
+    ulogSetModIgnore(log_module, level, 1);
+}
+
+/// False when memory is short; the registry is then as it was.
+bool OnuMngLog::Insert(unsigned short pon, unsigned short onu, const unsigned char* sn, int level) {
+    try {
+        OnuLogPara* para = nullptr;
+        if (!MatchOnu(pon, onu, sn, para)) return InsertEntry(pon, onu, sn, level);
+        para->debug_levels.insert(level);
+        return true;
+    } catch (const std::bad_alloc&) {
+        return false;
+    }
+}
+
+/// Makes the nodes of both maps aside, where they may fail, and moves them over, which cannot.
+bool OnuMngLog::InsertEntry(unsigned short pon, unsigned short onu, const unsigned char* sn, int level) {
+    if (tracer_map.find(KeyView{pon, onu, sn}) != tracer_map.end()) return true;
+    TracerMap tracer;
+    const auto entry =
+        tracer.emplace(std::piecewise_construct, std::forward_as_tuple(pon, onu, sn), std::tuple<>()).first;
+    if (entry->first.HasSn() != (sn != nullptr)) return false;
+    entry->second.debug_levels.insert(level);
+    SnIndex numbers;
+    if (sn != nullptr) numbers.emplace(Numbers(pon, onu), entry);
+    tracer_map.merge(tracer);
+    if (sn == nullptr) return true;
+    const auto place = first_with_sn.find(Numbers(pon, onu));
+    if (place == first_with_sn.end())
+        first_with_sn.merge(numbers);
+    else if (entry->first < place->second->first)
+        place->second = entry;
+    return true;
+}
+
+void OnuMngLog::ClearOnuTracer() {
+    const unsigned int log_module = onu_mng_system_get_log_module();
+    LockGuard guard(lock);
+    for (const auto& [key, para] : tracer_map)
+        for (const int level : para.debug_levels)
+            ulogSetModIgnore(log_module, level, 0);
+    first_with_sn.clear();
+    tracer_map.clear();
+}
+
+bool OnuMngLog::IsTraceOnu(unsigned short pon, unsigned short onu, const unsigned char* sn, int level) {
+    if (!trace_switch.load(std::memory_order_acquire)) return false;
+    LockGuard guard(lock);
+    OnuLogPara* para = nullptr;
+    return MatchOnu(pon, onu, sn, para) && para->debug_levels.count(level) != 0;
+}

@@ -1,0 +1,46 @@
+/// The identity of one ONU.
+#ifndef ONU_MNG_LIB_ONU_MNG_OBJ_H
+#define ONU_MNG_LIB_ONU_MNG_OBJ_H
+
+#include "onu_mng_lib/onu_mng_common/variant.h"
+
+/// A PON port number, an ONU id on that port and, optionally, the ONU's 8-byte serial number.
+///
+/// A plain value without a lock. A serial number takes a block of the library's pool; where the pool has
+/// none, the identity holds no serial number, which `HasSn` tells.
+///
+/// Order and equality go by the PON port first. Within a port, identities without a serial number come first
+/// and go by their ONU id; those with one go by the serial number alone.
+class OnuNo {
+public:
+    static constexpr unsigned short kNotSet = 0xFFFF;
+
+    OnuNo() = default;
+    OnuNo(unsigned short pon, unsigned short onu) : pon_no(pon), onu_id(onu) {}
+    /// `sn` is null, for none, or 8 bytes that are copied.
+    OnuNo(unsigned short pon, unsigned short onu, const unsigned char* sn);
+    OnuNo(const OnuNo& other);
+    OnuNo& operator=(const OnuNo& other);
+
+    void operator()(unsigned short pon, unsigned short onu) { (*this)(pon, onu, nullptr); }
+    void operator()(unsigned short pon, unsigned short onu, const unsigned char* sn);
+
+    /// Back to nothing set.
+    void Reset() { (*this)(kNotSet, kNotSet); }
+
+    /// False only when nothing is set.
+    bool IsValid() const { return pon_no != kNotSet || onu_id != kNotSet || HasSn(); }
+    bool HasSn() const { return !onu_sn.IsEmpty(); }
+    /// The 8 bytes of the serial number, valid until it changes; null when there is none.
+    const unsigned char* GetSn() const { return reinterpret_cast<const unsigned char*>(onu_sn.GetBuff()); }
+
+    bool operator<(const OnuNo& other) const;
+    bool operator==(const OnuNo& other) const;
+    bool operator!=(const OnuNo& other) const { return !(*this == other); }
+
+    unsigned short pon_no = kNotSet;
+    unsigned short onu_id = kNotSet;
+    Variant onu_sn; ///< empty, or a BUFFER of 8 bytes
+};
+
+#endif
