@@ -1,0 +1,32 @@
+#!/bin/sh
+# Installs what is missing and runs every check: the format, a GCC and a Clang build with all tests, and the tests
+# under AddressSanitizer with UndefinedBehaviorSanitizer and under ThreadSanitizer. Stops at the first failure.
+#
+# scripts/test.sh [STEP ...]   STEP: format, dev, clang, asan-ubsan, tsan (default: all, in this order)
+set -eu
+cd "$(dirname "$0")/.."
+. scripts/packages.sh
+
+# shellcheck disable=SC2086 # a list of words
+need_packages $build_packages $test_packages
+
+check_format() {
+    find onu_mng_lib onu_mng_platform olt_host tests examples bench fuzz \( -name '*.h' -o -name '*.cpp' -o -name '*.c' \) \
+        -print0 | xargs -0 clang-format --dry-run -Werror
+}
+
+build_and_test() {
+    cmake --preset "$1" >/dev/null
+    cmake --build --preset "$1"
+    ctest --preset "$1" -j2
+}
+
+[ $# -gt 0 ] || set -- format dev clang asan-ubsan tsan
+for step in "$@"; do
+    echo "== $step"
+    case $step in
+    format) check_format ;;
+    *) build_and_test "$step" ;;
+    esac
+done
+echo "== all passed: $*"

@@ -1,0 +1,176 @@
+// The registry against a model that follows its rules literally, entry by entry.
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <optional>
+#include <random>
+#include <set>
+#include <vector>
+
+#include "onu_mng_lib/onu_mng_common/mem_mgr.h"
+#include "onu_mng_lib/onu_mng_log.h"
+#include "onu_mng_lib/onu_mng_log_cinterface.h"
+#include "onu_mng_lib/onu_mng_system_reg_interface.h"
+#include "tests/support/log_lines.h"
+
+namespace {
+
+constexpr unsigned short kAny = 0xFFFF;
+constexpr unsigned int kLogModule = 21;
+
+struct Onu {
+    unsigned short pon;
+    unsigned short onu;
+    unsigned char* sn;
+};
+
+class Model {
+public:
+    void Add(const Onu& onu, int level) {
+        if (std::set<int>* levels = Find(onu))
+            levels->insert(level);
+        else
+            entries.try_emplace(OnuNo(onu.pon, onu.onu, onu.sn), std::set<int>{level});
+    }
+    bool IsTraced(const Onu& onu, int level) {
+        const std::set<int>* levels = Find(onu);
+        return levels != nullptr && levels->count(level) != 0;
+    }
+    void Clear() { entries.clear(); }
+
+    bool is_on = false;
+
+private:
+    std::set<int>* Find(const Onu& onu) {
+        if (!is_on) return nullptr;
+        std::vector<OnuNo> keys = {OnuNo(onu.pon, onu.onu, onu.sn)};
+        if (onu.sn != nullptr) keys.emplace_back(onu.pon, kAny, onu.sn);
+        const std::vector<OnuNo> numbers = {{onu.pon, onu.onu}, {onu.pon, kAny}, {kAny, kAny}};
+        keys.insert(keys.end(), numbers.begin(), numbers.end());
+        for (const OnuNo& key : keys)
+            if (const auto entry = entries.find(key); entry != entries.end()) return &entry->second;
+        for (auto& [key, levels] : entries)
+            for (const OnuNo& number : numbers)
+                if (OnuNo(key.pon_no, key.onu_id) == number) return &levels;
+        return nullptr;
+    }
+
+    std::map<OnuNo, std::set<int>> entries;
+};
+
+class TraceRegistry : public testing::Test {
+protected:
+    void SetUp() override {
+        onu_mng_system_reg_log_module(kLogModule);
+        ASSERT_EQ(0u, MemoryAllocator::GetInstance()->Init("trace", 1 << 20, 1, 0));
+        Switch(false);
+        registry->ClearOnuTracer();
+    }
+    void TearDown() override {
+        Switch(false);
+        registry->ClearOnuTracer();
+    }
+    void Switch(bool on) {
+        registry->trace_switch = on;
+        model.is_on = on;
+    }
+    void Add(const Onu& onu, int level) {
+        registry->AddOnuTracer(onu.pon, onu.onu, onu.sn, level);
+        model.Add(onu, level);
+    }
+
+    OnuMngLog* registry = OnuMngLog::GetInstance();
+    Model model;
+};
+
+TEST_F(TraceRegistry, AnswersAsItsRulesForRandomRegistriesAndQuestions) {
+    const unsigned int seed = std::random_device{}();
+    SCOPED_TRACE(testing::Message() << "seed " << seed);
+    std::mt19937 random(seed);
+    unsigned char serials[3][8] = {"serial0", "serial1", "serial2"};
+    const auto any_onu = [&]() {
+        const auto number = [&]() {
+            return static_cast<unsigned short>(random() % 4 == 0 ? kAny : random() % 3);
+        };
+        const std::size_t serial = random() % 4;
+        return Onu{number(), number(), serial == 3 ? nullptr : serials[serial]};
+    };
+    for (int round = 0; round < 300; ++round) {
+        for (int step = 0; step < 12; ++step) {
+            Switch(random() % 5 != 0);
+            Add(any_onu(), static_cast<int>(random() % 3));
+        }
+        Switch(true);
+        for (int question = 0; question < 60; ++question) {
+            const Onu onu = any_onu();
+            const int level = static_cast<int>(random() % 3);
+            ASSERT_EQ(model.IsTraced(onu, level) ? 1 : 0,
+                      onu_mng_log_is_trace_onu(onu.pon, onu.onu, onu.sn, level))
+                << "PON " << onu.pon << " ONU " << onu.onu << " level " << level;
+        }
+        registry->ClearOnuTracer();
+        model.Clear();
+    }
+}
+
+TEST_F(TraceRegistry, WidensAGoverningEntryAndKeepsThePresentOneWhileOff) {
+    Switch(true);
+    Add({1, kAny, nullptr}, 4);
+    Add({1, 5, nullptr}, 7);
+    EXPECT_TRUE(registry->IsTraceOnu(1, 9, nullptr, 7)) << "the PON's entry took the level";
+    EXPECT_FALSE(registry->IsTraceOnu(2, 5, nullptr, 7));
+    Switch(false);
+    EXPECT_FALSE(registry->IsTraceOnu(1, 5, nullptr, 4));
+    Add({1, kAny, nullptr}, 9);
+    Switch(true);
+    EXPECT_FALSE(registry->IsTraceOnu(1, 5, nullptr, 9));
+
+    OnuLogPara unchanged;
+    OnuLogPara* para = &unchanged;
+    EXPECT_FALSE(registry->MatchOnu(3, 3, nullptr, para));
+    EXPECT_EQ(nullptr, para);
+    Switch(false);
+    para = &unchanged;
+    EXPECT_FALSE(registry->MatchOnu(1, 5, nullptr, para));
+    EXPECT_EQ(&unchanged, para);
+}
+
+TEST_F(TraceRegistry, OpensALevelInTheLogAndClosesItWhenCleared) {
+    LogLines lines;
+    ulogSetThreshold(10);
+    const auto writes_level_4 = [&]() {
+        ulogPrintf(kLogModule, 4, "line\r\n");
+        return lines.Take().size() == 1;
+    };
+    EXPECT_FALSE(writes_level_4());
+    Switch(true);
+    Add({1, 5, nullptr}, 4);
+    EXPECT_TRUE(writes_level_4());
+    registry->ClearOnuTracer();
+    EXPECT_FALSE(writes_level_4());
+    EXPECT_TRUE(registry->trace_switch);
+}
+
+TEST_F(TraceRegistry, KeepsItsEntriesWhenThePoolHasNoBlockForASerialNumber) {
+    Switch(true);
+    Add({1, 5, nullptr}, 4);
+    std::vector<void*> blocks;
+    MemoryAllocator* pool = MemoryAllocator::GetInstance();
+    for (unsigned int size = 1 << 19; size >= 16; size /= 2)
+        while (void* block = pool->MemAlloc(size, "test", __func__, __LINE__))
+            blocks.push_back(block);
+    unsigned char serial[8] = "serial0";
+    LogLines lines;
+    registry->AddOnuTracer(7, 7, serial, 4);
+    EXPECT_FALSE(registry->IsTraceOnu(7, 7, nullptr, 4))
+        << "no entry without the serial number is made instead";
+    EXPECT_TRUE(lines.Has("13 (PON:7, ONU:7)no memory to trace level 4"));
+    for (void* block : blocks)
+        pool->MemFree(block, 0, "test", __func__, __LINE__);
+    Add({7, 7, serial}, 4);
+    EXPECT_TRUE(registry->IsTraceOnu(7, 7, nullptr, 4));
+    EXPECT_TRUE(registry->IsTraceOnu(1, 5, nullptr, 4));
+}
+
+} // namespace
