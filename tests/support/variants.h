@@ -1,0 +1,36 @@
+/// Helpers of the Variant suites.
+#ifndef ONU_MNG_TESTS_SUPPORT_VARIANTS_H
+#define ONU_MNG_TESTS_SUPPORT_VARIANTS_H
+
+#include <string>
+
+#include "onu_mng_lib/onu_mng_common/mem_mgr.h"
+#include "onu_mng_lib/onu_mng_common/variant.h"
+#include "tests/support/seeded.h"
+
+inline bool InitPool() {
+    return MemoryAllocator::GetInstance()->Init("OnuMngMemPool", MemoryAllocator::kPoolSize, 1, 0) ==
+           ONU_MNG_OK;
+}
+
+/// The whole block of a Variant, a terminator included.
+inline std::string Block(const Variant& variant) {
+    return variant.GetBuff() == nullptr ? std::string() : std::string(variant.GetBuff(), variant.GetLen());
+}
+
+inline Variant Buffer(const std::string& bytes) {
+    return Variant(bytes.data(), static_cast<unsigned int>(bytes.size()));
+}
+
+/// A value of any type, the empty one included; from a small range, so that equal ones come up.
+inline Variant AnyVariant(Seeded& random) {
+    Variant variant;
+    const VariantType type = static_cast<VariantType>(random.Below(12));
+    std::string bytes(type < VARIANT_TYPE_STRING ? 8 : random.Below(4), '\0');
+    for (char& byte : bytes)
+        byte = random.Below(2) == 0 ? static_cast<char>(random.Below(3)) : random.Byte();
+    variant.Assign(type, bytes.data(), static_cast<unsigned int>(bytes.size()));
+    return variant;
+}
+
+#endif
