@@ -50,6 +50,7 @@ void Thread::EndTask() {
     if (task_id == 0 || IsCurrent()) return;
     bep_taskDeleteEx(task_id);
     task_id = 0;
+    is_alive = false;
 }
 
 bool Thread::IsCurrent() const {

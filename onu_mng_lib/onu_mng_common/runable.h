@@ -34,7 +34,7 @@ public:
     /// @return true; false when the platform could not start one, and a later call may try again.
     bool Start();
 
-    /// True once the task was spawned, also after `Run` returned.
+    /// True from the start of the task until it is ended, also after `Run` returned.
     bool IsAlive() const { return is_alive; }
 
     /// The body; does nothing here.
