@@ -7,7 +7,8 @@
 #include "onu_mng_platform/ulog.h"
 
 /// The log of every port: threshold, opened levels, sink. A port defines the functions of ulog.h and forwards
-/// each to its namesake here, which keeps the contract written there; what stands below is what goes beyond it.
+/// each to its namesake here, which keeps the contract written there; what stands below is what goes beyond
+/// it.
 ///
 /// Everything may be called from any thread at any time from before the first static constructor to after the
 /// last static destructor. A line written from within a sink is dropped.
@@ -29,8 +30,8 @@ void LogPort(int level, const char* format, ...) ONU_MNG_PRINTF_FORMAT(2, 3);
 /// Returns the time of day that the default sink writes before a line.
 using LogClock = timespec (*)();
 
-/// Replaces the system's clock as the source of that time; null restores it. The clock is called by one thread
-/// at a time and must not log.
+/// Replaces the system's clock as the source of that time; null restores it. The clock is called by one
+/// thread at a time and must not log.
 void LogSetClock(LogClock clock);
 
 } // namespace onu_mng_platform

@@ -1,0 +1,46 @@
+#include "onu_mng_platform/common/pool_thread.h"
+
+#include <atomic>
+
+namespace onu_mng_platform {
+namespace {
+
+constexpr unsigned int kNotAsked = kMaxThreadSlots + 1;
+
+std::atomic<bool> g_taken[kMaxThreadSlots];
+
+// Apart from the lease, because it is read on every request and outlives the lease.
+thread_local unsigned int t_slot = kNotAsked;
+
+struct Lease {
+    Lease() {
+        t_slot = kNoThreadSlot;
+        for (unsigned int slot = 0; slot < kMaxThreadSlots; ++slot) {
+            if (g_taken[slot].load(std::memory_order_relaxed)) continue;
+            if (g_taken[slot].exchange(true, std::memory_order_acquire)) continue;
+            t_slot = slot;
+            return;
+        }
+    }
+
+    ~Lease() {
+        const unsigned int slot = t_slot;
+        t_slot = kNoThreadSlot;
+        if (slot == kNoThreadSlot) return;
+        PoolFlushSlot(slot);
+        g_taken[slot].store(false, std::memory_order_release);
+    }
+};
+
+unsigned int TakeSlot() {
+    static thread_local Lease lease;
+    return t_slot;
+}
+
+} // namespace
+
+unsigned int ThreadSlot() {
+    return t_slot == kNotAsked ? TakeSlot() : t_slot;
+}
+
+} // namespace onu_mng_platform

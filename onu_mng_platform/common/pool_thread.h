@@ -1,0 +1,19 @@
+#ifndef ONU_MNG_PLATFORM_COMMON_POOL_THREAD_H
+#define ONU_MNG_PLATFORM_COMMON_POOL_THREAD_H
+
+namespace onu_mng_platform {
+
+inline constexpr unsigned int kMaxThreadSlots = 256;
+inline constexpr unsigned int kNoThreadSlot = kMaxThreadSlots;
+
+/// Returns the calling thread's number among the threads that use pools; it is handed on when the thread
+/// ends, after PoolFlushSlot() emptied what stands under it. kNoThreadSlot when all are taken and while the
+/// thread's own objects are being destroyed.
+unsigned int ThreadSlot();
+
+/// Empties the stocks under a number in every pool.
+void PoolFlushSlot(unsigned int slot);
+
+} // namespace onu_mng_platform
+
+#endif
