@@ -47,13 +47,11 @@ enum StateMsgType : unsigned int {
 
 /// The reserved state ids; clients use further ones up to `STATE_MAX`. INIT, SUCC and FAIL are registered in
 /// every context before its first `Alloc`.
-enum : unsigned int {
-    STATE_IDLE = 0, ///< not running
-    STATE_INIT = 1, ///< entered at allocation
-    STATE_SUCC = 2,
-    STATE_FAIL = 3, ///< the only state that runs while a termination is pending
-    STATE_MAX = 254,
-};
+inline constexpr unsigned int STATE_IDLE = 0; ///< not running
+inline constexpr unsigned int STATE_INIT = 1; ///< entered at allocation
+inline constexpr unsigned int STATE_SUCC = 2;
+inline constexpr unsigned int STATE_FAIL = 3; ///< the only state that runs while a termination is pending
+inline constexpr unsigned int STATE_MAX = 254;
 
 /// One state of a procedure. An object belongs to one context, which deletes it.
 ///
