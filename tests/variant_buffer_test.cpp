@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "onu_mng_lib/onu_mng_common/serializable.h"
-#include "tests/support/captured.h"
+#include "tests/support/log_lines.h"
 #include "tests/support/variants.h"
 
 namespace {
@@ -13,7 +13,7 @@ using Lines = std::vector<std::string>;
 class VariantBuffer : public testing::Test {
 protected:
     void SetUp() override { ASSERT_TRUE(InitPool()); }
-    CapturedLog log;
+    LogLines log;
 };
 
 TEST_F(VariantBuffer, RoomEndsAtTheBlockAndBeforeATerminator) {
@@ -49,8 +49,7 @@ TEST_F(VariantBuffer, AppendsUntilTheBlockIsFull) {
     Variant buffer(VARIANT_TYPE_BUFFER, 4);
     EXPECT_EQ(buffer.Append(static_cast<unsigned short>(0x1234)), ONU_MNG_OK);
     EXPECT_EQ(buffer.Append(5U), ONU_MNG_FAILURE);
-    EXPECT_EQ(log.Lines(),
-              Lines({"13 Not enough space left, var len 4, buf pos 2, data len 4, offset 4\r\n"}));
+    EXPECT_EQ(log.Take(), Lines({"13 Not enough space left, var len 4, buf pos 2, data len 4, offset 4"}));
     EXPECT_EQ(Block(buffer), std::string("\x12\x34\0\0", 4));
     EXPECT_EQ(buffer.GetPos(), 2U);
     EXPECT_EQ(buffer.Append(static_cast<short>(-2)), ONU_MNG_OK);
@@ -70,19 +69,19 @@ TEST_F(VariantBuffer, RefusalsNameTheirCauseAndChangeNothing) {
     EXPECT_EQ(buffer.Append(text, VARIANT_TYPE_INT), ONU_MNG_FAILURE);
     EXPECT_EQ(buffer.Fetch(empty), ONU_MNG_FAILURE);
     EXPECT_EQ(buffer.Fetch(out, 5), ONU_MNG_FAILURE);
-    EXPECT_EQ(log.Lines(), Lines({
-                               "13 Current variant is not buffer, not support Append\r\n",
-                               "13 Current variant is not buffer, not support getVal\r\n",
-                               "13 Not enough space left, var len 4, buf pos 0, data len 5, offset 5\r\n",
-                               "13 append buffer is NULL \r\n",
-                               "13 fetch buffer is NULL \r\n",
-                               "13 Not enough space left, var len 4, buf pos 0, data len 2, offset 1\r\n",
-                               "13 invalid source variant when append , type 255, buff (nil), len 0\r\n",
-                               "13 current type 9 is conflict with type 5 \r\n",
-                               "13 var type 9 is conflict with append type 5 \r\n",
-                               "13 invalid source variant when fetch , type 255, buff (nil), len 0\r\n",
-                               "13 Not enough space left, var len 4, buf pos 0, data len 5, offset 5\r\n",
-                           }));
+    EXPECT_EQ(log.Take(), Lines({
+                              "13 Current variant is not buffer, not support Append",
+                              "13 Current variant is not buffer, not support getVal",
+                              "13 Not enough space left, var len 4, buf pos 0, data len 5, offset 5",
+                              "13 append buffer is NULL ",
+                              "13 fetch buffer is NULL ",
+                              "13 Not enough space left, var len 4, buf pos 0, data len 2, offset 1",
+                              "13 invalid source variant when append , type 255, buff (nil), len 0",
+                              "13 current type 9 is conflict with type 5 ",
+                              "13 var type 9 is conflict with append type 5 ",
+                              "13 invalid source variant when fetch , type 255, buff (nil), len 0",
+                              "13 Not enough space left, var len 4, buf pos 0, data len 5, offset 5",
+                          }));
     EXPECT_STREQ(out, "kept");
     EXPECT_EQ(Block(buffer), std::string(4, '\0'));
     EXPECT_EQ(buffer.GetPos(), 0U);

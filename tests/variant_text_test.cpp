@@ -2,7 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/support/captured.h"
+#include "tests/support/captured_terminal.h"
+#include "tests/support/log_lines.h"
 #include "tests/support/variants.h"
 
 namespace {
@@ -78,7 +79,7 @@ TEST_F(VariantText, NumbersFromText) {
 }
 
 TEST_F(VariantText, BlocksFromText) {
-    CapturedLog log;
+    LogLines log;
     const struct {
         VariantType type;
         const char* text;
@@ -104,9 +105,9 @@ TEST_F(VariantText, BlocksFromText) {
     EXPECT_EQ(kept.FromString(VARIANT_TYPE_STRING, "0x123"), ONU_MNG_FAILURE);
     EXPECT_EQ(kept.FromString(VARIANT_TYPE_BUFFER, "0x"), ONU_MNG_OK);
     EXPECT_EQ(kept.FromString(VARIANT_TYPE_NONE, "5"), ONU_MNG_OK);
-    EXPECT_TRUE(log.Lines().empty());
+    EXPECT_TRUE(log.Take().empty());
     EXPECT_EQ(kept.FromString(VARIANT_TYPE_BUFFER, ""), ONU_MNG_FAILURE);
-    EXPECT_EQ(log.Lines(), std::vector<std::string>({"13 MemAlloc for zero length \r\n"}));
+    EXPECT_EQ(log.Take(), std::vector<std::string>({"13 MemAlloc for zero length "}));
     EXPECT_EQ(kept, Variant("kept"));
 }
 

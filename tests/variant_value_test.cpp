@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 #include <utility>
 
-#include "tests/support/captured.h"
+#include "tests/support/log_lines.h"
 #include "tests/support/variants.h"
 
 namespace {
@@ -14,7 +14,7 @@ using Lines = std::vector<std::string>;
 class VariantValue : public testing::Test {
 protected:
     void SetUp() override { ASSERT_TRUE(InitPool()); }
-    CapturedLog log;
+    LogLines log;
 };
 
 struct Form {
@@ -90,7 +90,7 @@ TEST_F(VariantValue, TextsAndBuffersTakeABlockOfTheirOwn) {
     buffer.Copy(text, 0);
     EXPECT_EQ(buffer.Assign(nullptr, 5), ONU_MNG_OK);
     EXPECT_EQ(Block(buffer), "xb");
-    EXPECT_EQ(log.Lines(), Lines());
+    EXPECT_EQ(log.Take(), Lines());
 }
 
 TEST_F(VariantValue, CopiesAreDeepAndStartAtTheFrontAndOnlyTheTextOfAStringCounts) {
@@ -125,13 +125,13 @@ TEST_F(VariantValue, MovingGivesWhatCopyingGives) {
 }
 
 TEST_F(VariantValue, AnEmptySourceIsRefusedAndTheTargetKept) {
-    const Lines refusal = {"13 invalid source variant when copy , type 255, buff (nil), len 0\r\n"};
+    const Lines refusal = {"13 invalid source variant when copy , type 255, buff (nil), len 0"};
     const Variant empty;
     Variant seven(7);
     seven = empty;
-    EXPECT_EQ(log.Lines(), refusal);
+    EXPECT_EQ(log.Take(), refusal);
     seven = Variant();
-    EXPECT_EQ(log.Lines(), refusal);
+    EXPECT_EQ(log.Take(), refusal);
     EXPECT_EQ(seven, Variant(7));
 }
 
@@ -154,21 +154,20 @@ TEST_F(VariantValue, ReallocMakesAZeroValue) {
     EXPECT_EQ(Block(variant), std::string(1, '\0'));
     EXPECT_EQ(variant.Realloc(VARIANT_TYPE_BUFFER, 3), ONU_MNG_OK);
     EXPECT_EQ(Block(variant), std::string(3, '\0'));
-    EXPECT_EQ(log.Lines(), Lines());
+    EXPECT_EQ(log.Take(), Lines());
 
     EXPECT_EQ(variant.Realloc(VARIANT_TYPE_BUFFER, 0), ONU_MNG_FAILURE);
     EXPECT_TRUE(variant.IsEmpty());
-    EXPECT_EQ(log.Lines(),
-              Lines({"13 MemAlloc for zero length \r\n", "13 AllocBuffer failed. type 10, len 0 \r\n",
-                     "13 AllocBuffer in Realloc failed. type 10, len 0 \r\n"}));
+    EXPECT_EQ(log.Take(), Lines({"13 MemAlloc for zero length ", "13 AllocBuffer failed. type 10, len 0 ",
+                                 "13 AllocBuffer in Realloc failed. type 10, len 0 "}));
     // A terminator that does not fit 32 bits is a block that nobody has.
     EXPECT_EQ(variant.Realloc(VARIANT_TYPE_STRING, 0xFFFFFFFF), ONU_MNG_FAILURE);
     EXPECT_TRUE(variant.IsEmpty());
-    log.Lines();
+    log.Take();
     variant = 5;
     EXPECT_EQ(variant.Realloc(static_cast<VariantType>(11), 4), ONU_MNG_FAILURE);
     EXPECT_TRUE(variant.IsEmpty());
-    EXPECT_EQ(log.Lines(), Lines({"13 invalid source variant type: 11, Realloc\r\n"}));
+    EXPECT_EQ(log.Take(), Lines({"13 invalid source variant type: 11, Realloc"}));
 }
 
 TEST_F(VariantValue, ClearKeepsTheBlockAndResetDoesNot) {
@@ -266,10 +265,10 @@ TEST_F(VariantValue, BlocksConvertIntoEachOther) {
     EXPECT_EQ(number.ResetType(VARIANT_TYPE_NONE), ONU_MNG_FAILURE);
     EXPECT_EQ(empty.ResetType(VARIANT_TYPE_INT), ONU_MNG_FAILURE);
     EXPECT_EQ(empty.ResetType(VARIANT_TYPE_NONE), ONU_MNG_OK);
-    EXPECT_EQ(log.Lines(), Lines({"13 current type 9 is conflict with type 5 \r\n",
-                                  "13 current type 5 is conflict with type 9 \r\n",
-                                  "13 current type 5 is conflict with type 255 \r\n",
-                                  "13 current type 255 is conflict with type 5 \r\n"}));
+    EXPECT_EQ(log.Take(), Lines({"13 current type 9 is conflict with type 5 ",
+                                 "13 current type 5 is conflict with type 9 ",
+                                 "13 current type 5 is conflict with type 255 ",
+                                 "13 current type 255 is conflict with type 5 "}));
     EXPECT_EQ(text, Variant("AB"));
     EXPECT_EQ(number, Variant(5));
 }
@@ -277,8 +276,8 @@ TEST_F(VariantValue, BlocksConvertIntoEachOther) {
 TEST_F(VariantValue, OnlyScalarsHaveANumber) {
     EXPECT_EQ(Variant("5").GetValue(), 0U);
     EXPECT_EQ(Variant().GetValue(), 0U);
-    EXPECT_EQ(log.Lines(), Lines({"13 invalid source variant type: 9, GetValue\r\n",
-                                  "13 invalid source variant type: 255, GetValue\r\n"}));
+    EXPECT_EQ(log.Take(), Lines({"13 invalid source variant type: 9, GetValue",
+                                 "13 invalid source variant type: 255, GetValue"}));
 }
 
 TEST_F(VariantValue, EmptyComesBeforeScalarsAndThoseBeforeBlocks) {
