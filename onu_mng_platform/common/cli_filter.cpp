@@ -1,0 +1,82 @@
+#include "onu_mng_platform/common/cli_filter.h"
+
+#include <iterator>
+
+#include "onu_mng_platform/common/cli_line_filter.h"
+#include "onu_mng_platform/common/cli_save_filter.h"
+
+namespace onu_mng_platform {
+namespace {
+
+// The one that not every terminal has comes last.
+enum FilterKind { kInclude, kExclude, kBegin, kCount, kSave };
+cmd_element filters[] = {
+    {"include <RE>", nullptr, "only the lines that match\nextended regular expression", 0, 1, "include"},
+    {"exclude <RE>", nullptr, "only the lines that do not match\nextended regular expression", 0, 1,
+     "exclude"},
+    {"begin <RE>", nullptr, "all from the first line that matches\nextended regular expression", 0, 1,
+     "begin"},
+    {"count", nullptr, "the number of lines", 0, 0, "count"},
+    {"save <FILE>", nullptr, "into a file of the host\nname of the file", 0, 1, "save"},
+};
+
+CommandList MakeCommands(bool may_save) {
+    CommandList list;
+    const auto end = may_save ? std::end(filters) : filters + kSave;
+    for (cmd_element* filter = filters; filter != end; ++filter)
+        list.push_back(
+            std::make_shared<const Command>(Command{filter, *Syntax::Parse(filter->syntax, filter->help)}));
+    return list;
+}
+
+std::unique_ptr<OutputFilter> MakePatternFilter(PatternFilter::Kind kind, const std::string& pattern,
+                                                Output next, std::string* error) {
+    auto filter = std::make_unique<PatternFilter>(kind, next);
+    const char* cause = filter->Compile(pattern);
+    if (cause == nullptr) return filter;
+    *error = std::string("Invalid regular expression: ") + cause;
+    return nullptr;
+}
+
+std::unique_ptr<OutputFilter> MakeSaveFilter(const std::string& path, Output next, std::string* error) {
+    auto filter = std::make_unique<SaveFilter>(path, next);
+    const std::string cause = filter->Open();
+    if (cause.empty()) return filter;
+    *error = "Cannot save: " + cause;
+    return nullptr;
+}
+
+void PutInto(void* filter, const char* data, size_t size) {
+    static_cast<OutputFilter*>(filter)->Put(std::string_view(data, size));
+}
+
+} // namespace
+
+Output OutputFilter::AsOutput() {
+    return Output{PutInto, this};
+}
+
+const CommandList& FilterCommands(bool may_save) {
+    static const CommandList with_save = MakeCommands(true);
+    static const CommandList without_save = MakeCommands(false);
+    return may_save ? with_save : without_save;
+}
+
+std::unique_ptr<OutputFilter> MakeFilter(const Command& filter, const std::string& argument, Output next,
+                                         std::string* error) {
+    switch (static_cast<FilterKind>(filter.record - filters)) {
+    case kInclude:
+        return MakePatternFilter(PatternFilter::Kind::kInclude, argument, next, error);
+    case kExclude:
+        return MakePatternFilter(PatternFilter::Kind::kExclude, argument, next, error);
+    case kBegin:
+        return MakePatternFilter(PatternFilter::Kind::kBegin, argument, next, error);
+    case kSave:
+        return MakeSaveFilter(argument, next, error);
+    case kCount:
+        break;
+    }
+    return std::make_unique<CountFilter>(next);
+}
+
+} // namespace onu_mng_platform
