@@ -1,0 +1,109 @@
+#include <cerrno>
+#include <ctime>
+
+#include "onu_mng_platform/bep.h"
+#include "onu_mng_platform/cutil.h"
+#include "onu_mng_platform/sim/seam_call.h"
+
+using namespace onu_mng_platform;
+
+// The linker leads every call of the library and of the program here (--wrap); what is no task of a run, and
+// what asks for another clock than the calendar's or the monotonic ones, gets the system's answer.
+extern "C" {
+int __real_clock_gettime(clockid_t clock, timespec* time);
+int __real_nanosleep(const timespec* request, timespec* remaining);
+int __wrap_clock_gettime(clockid_t clock, timespec* time);
+int __wrap_nanosleep(const timespec* request, timespec* remaining);
+}
+
+namespace {
+
+constexpr std::int64_t kNanosecondsPerSecond = 1'000'000'000;
+
+constexpr CallName kGetTime{"clock_gettime", nullptr, "clock", nullptr};
+constexpr CallName kSleep{"nanosleep", nullptr, "seconds", "nanoseconds"};
+constexpr CallName kRate{"sysClkRateGet", nullptr, nullptr, nullptr};
+constexpr CallName kDate{"getDateTime", nullptr, nullptr, nullptr};
+
+enum class ClockKind { kCalendar, kMonotonic, kOther };
+
+ClockKind KindOf(clockid_t clock) {
+    switch (clock) {
+    case CLOCK_REALTIME:
+    case CLOCK_REALTIME_COARSE:
+        return ClockKind::kCalendar;
+    case CLOCK_MONOTONIC:
+    case CLOCK_MONOTONIC_COARSE:
+    case CLOCK_MONOTONIC_RAW:
+    case CLOCK_BOOTTIME:
+        return ClockKind::kMonotonic;
+    default:
+        return ClockKind::kOther;
+    }
+}
+
+SimTime Calendar(const SimRun& run) {
+    return std::chrono::seconds(kSimStartDate) + run.scheduler.Now() + run.calendar_step;
+}
+
+bool IsSpan(const timespec* span) {
+    return span != nullptr && span->tv_sec >= 0 && span->tv_nsec >= 0 &&
+           span->tv_nsec < kNanosecondsPerSecond;
+}
+
+SimTime Span(const timespec& span) {
+    if (span.tv_sec >= kNever.count() / kNanosecondsPerSecond) return kNever;
+    return SimTime(std::int64_t{span.tv_sec} * kNanosecondsPerSecond + span.tv_nsec);
+}
+
+bool IsInRun() {
+    return CurrentTask() != nullptr && !CurrentTask()->ended;
+}
+
+} // namespace
+
+int __wrap_clock_gettime(clockid_t clock, timespec* time) {
+    const ClockKind kind = KindOf(clock);
+    if (!IsInRun() || kind == ClockKind::kOther || time == nullptr) return __real_clock_gettime(clock, time);
+    SeamCall call(kGetTime);
+    call.With(clock);
+    const SimTime now = kind == ClockKind::kCalendar ? Calendar(*call.Run()) : call.Run()->scheduler.Now();
+    time->tv_sec = static_cast<time_t>(now.count() / kNanosecondsPerSecond);
+    time->tv_nsec = static_cast<long>(now.count() % kNanosecondsPerSecond);
+    return call.Result(0);
+}
+
+int __wrap_nanosleep(const timespec* request, timespec* remaining) {
+    if (!IsInRun() || !IsSpan(request)) return __real_nanosleep(request, remaining);
+    SeamCall call(kSleep);
+    call.With(request->tv_sec, request->tv_nsec);
+    call.EndPoint();
+    call.WaitUntil(WaitKind::kTime, nullptr, call.Run()->scheduler.After(Span(*request)));
+    return call.Result(0);
+}
+
+int bep_sysClkRateGetEx(void) {
+    SeamCall call(kRate);
+    return call.Result(kTicksPerSecond);
+}
+
+// UTC, so that a run prints the same on every machine.
+int getDateTime(unsigned short* year, unsigned char* month, unsigned char* day, unsigned char* hour,
+                unsigned char* minute, unsigned char* second) {
+    SeamCall call(kDate);
+    const std::time_t now =
+        call.Run() != nullptr
+            ? static_cast<std::time_t>(Calendar(*call.Run()).count() / kNanosecondsPerSecond)
+            : std::time(nullptr);
+    std::tm date{};
+    const bool has_room = year != nullptr && month != nullptr && day != nullptr && hour != nullptr &&
+                          minute != nullptr && second != nullptr;
+    if (!has_room || gmtime_r(&now, &date) == nullptr) return call.Result(-1);
+    *year = static_cast<unsigned short>(date.tm_year + 1900);
+    *month = static_cast<unsigned char>(date.tm_mon + 1);
+    *day = static_cast<unsigned char>(date.tm_mday);
+    *hour = static_cast<unsigned char>(date.tm_hour);
+    *minute = static_cast<unsigned char>(date.tm_min);
+    *second = static_cast<unsigned char>(date.tm_sec);
+    return call.Result(0);
+}

@@ -1,0 +1,62 @@
+#include "onu_mng_platform/sim/record.h"
+#include "onu_mng_platform/sim/scheduler.h"
+
+namespace onu_mng_platform {
+
+namespace {
+
+std::string Named(const char* kind, const Wait& wait) {
+    if (wait.object == nullptr) return kind;
+    return std::string(kind) + " " + std::to_string(Board::Instance().Number(wait.object->id)) +
+           (wait.object->deleted ? " (deleted)" : "");
+}
+
+std::string Taker(const BinarySemaphore& semaphore) {
+    if (semaphore.available || semaphore.taken_at.file == nullptr) return "";
+    return "; taken by " + semaphore.taker + SiteText(semaphore.taken_at);
+}
+
+std::string Awaited(const Wait& wait) {
+    switch (wait.kind) {
+    case WaitKind::kReceive:
+        return Named("a message in queue", wait);
+    case WaitKind::kSend:
+        return Named("room in queue", wait);
+    case WaitKind::kTake:
+        return Named("semaphore", wait);
+    case WaitKind::kEndOfTask:
+        return Named("the end of task", wait);
+    case WaitKind::kEndOfHosts:
+        return "the end of the host tasks";
+    case WaitKind::kOthers:
+        return "all others to be quiet";
+    case WaitKind::kOwnEnd:
+        return "its own end, in a call for a deleted queue";
+    default:
+        return "time";
+    }
+}
+
+std::string Line(const Task& task) {
+    const Wait& wait = task.wait;
+    const std::string name =
+        "task " + task.name + "(" + std::to_string(Board::Instance().Number(task.id)) + ")";
+    if (wait.kind == WaitKind::kNothing) return name + " runs";
+    const std::string until =
+        wait.deadline == kNever ? " without limit" : " until " + TimeText(wait.deadline);
+    const std::string taker =
+        wait.kind == WaitKind::kTake ? Taker(static_cast<BinarySemaphore&>(*wait.object)) : "";
+    return name + " waits for " + Awaited(wait) + " since " + TimeText(wait.since) + until +
+           SiteText(wait.site) + taker;
+}
+
+} // namespace
+
+std::vector<std::string> Scheduler::Describe() const {
+    std::vector<std::string> lines;
+    for (const auto& task : live)
+        lines.push_back(Line(*task));
+    return lines;
+}
+
+} // namespace onu_mng_platform

@@ -1,0 +1,81 @@
+#include "onu_mng_platform/sim/run.h"
+
+#include "onu_mng_platform/common/log.h"
+#include "onu_mng_platform/sim/seam_call.h"
+
+namespace onu_mng_platform {
+
+namespace {
+
+constexpr int kLogThreshold = 10; ///< of a log that nobody touched
+constexpr unsigned int kHostPriority = 100;
+
+void Collect(void* context, unsigned int module, int level, const char* text) {
+    SimRun& run = *static_cast<SimRun*>(context);
+    const Task* task = CurrentTask();
+    run.record.AddText(text);
+    run.log.push_back({run.scheduler.Now(), task != nullptr ? task->name : "", module, level, text});
+}
+
+} // namespace
+
+SimRun::SimRun(const SimOptions& run_options)
+    : options(run_options), scheduler(run_options), faults(run_options.seed),
+      record(run_options.keep_record) {
+    result.seed = run_options.seed;
+}
+
+std::shared_ptr<Task> SimRun::Spawn(const char* name, unsigned int priority, std::size_t stack_size,
+                                    std::function<void()> entry, bool is_host) {
+    const auto task = std::make_shared<Task>();
+    task->run = this;
+    task->name = name != nullptr ? name : "";
+    task->priority = priority;
+    task->is_host = is_host;
+    task->entry = std::move(entry);
+    if (!scheduler.Start(task, stack_size)) return nullptr;
+    record.NameTask(Board::Instance().Add(task), task->name);
+    return task;
+}
+
+void SimRun::Begin() {
+    Board& board = Board::Instance();
+    before = board.Holdings();
+    board.BeginNumbers();
+    board.run = this;
+    LogSetThreshold(kLogThreshold);
+    LogSetSink(Collect, this);
+}
+
+void SimRun::End() {
+    LogSetSink(nullptr, nullptr);
+    for (const auto& [module, level] : opened_levels)
+        LogSetModIgnore(module, level, 0);
+    Board::Instance().RemoveTasks();
+    Board::Instance().run = nullptr;
+    result.outcome = scheduler.outcome;
+    result.time = scheduler.Now();
+    result.calls = scheduler.Calls();
+    result.switches = scheduler.switches;
+    result.fingerprint = record.Fingerprint();
+    result.report =
+        scheduler.report + "seed " + std::to_string(options.seed) + ", ended at " + TimeText(result.time);
+}
+
+const SimResult& SimRun::Run(const std::function<void()>& body) {
+    if (CurrentTask() != nullptr || Board::Instance().run != nullptr || scheduler.Calls() != 0) {
+        result.report = "a run goes on already, or this one is over";
+        return result;
+    }
+    Begin();
+    if (Spawn("host", kHostPriority, kHostStack, body, true) == nullptr) {
+        scheduler.Stop(SimOutcome::kNotStarted, "the body could not be started: no thread");
+    } else {
+        scheduler.RunAll();
+        scheduler.EndAll();
+    }
+    End();
+    return result;
+}
+
+} // namespace onu_mng_platform

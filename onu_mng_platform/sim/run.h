@@ -1,0 +1,48 @@
+/// Everything that belongs to one run.
+#ifndef ONU_MNG_PLATFORM_SIM_RUN_H
+#define ONU_MNG_PLATFORM_SIM_RUN_H
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "onu_mng_platform/sim/board.h"
+#include "onu_mng_platform/sim/faults.h"
+#include "onu_mng_platform/sim/record.h"
+#include "onu_mng_platform/sim/scheduler.h"
+#include "onu_mng_platform/sim/simulation.h"
+
+namespace onu_mng_platform {
+
+constexpr std::size_t kHostStack = 8 * 1024 * 1024;
+
+class SimRun {
+public:
+    explicit SimRun(const SimOptions& run_options);
+
+    const SimResult& Run(const std::function<void()>& body);
+
+    /// Puts a task on the board and starts it. Null when the system has no thread.
+    std::shared_ptr<Task> Spawn(const char* name, unsigned int priority, std::size_t stack_size,
+                                std::function<void()> entry, bool is_host);
+
+    const SimOptions options;
+    Scheduler scheduler;
+    Faults faults;
+    Record record;
+    std::vector<SimLogLine> log;
+    std::vector<std::pair<unsigned int, int>> opened_levels; ///< module and level
+    SimTime calendar_step{0};
+    SimHoldings before{};
+    SimResult result;
+
+private:
+    void Begin();
+    void End();
+};
+
+} // namespace onu_mng_platform
+
+#endif

@@ -1,0 +1,142 @@
+#include <algorithm>
+#include <exception>
+#include <sched.h>
+
+#include "onu_mng_platform/sim/run.h"
+#include "onu_mng_platform/sim/scheduler.h"
+
+namespace onu_mng_platform {
+
+namespace {
+
+constexpr std::size_t kLeastStack = 1024 * 1024; ///< sanitizers and test frameworks are hungry
+constexpr int kWatchPeriod = 10;                 ///< seconds of real time
+constexpr int kPatience = 12;                    ///< such periods
+
+/// A thread's attributes for the time of its creation.
+class ThreadAttributes {
+public:
+    explicit ThreadAttributes(std::size_t stack_size) {
+        pthread_attr_init(&attributes);
+        pthread_attr_setstacksize(&attributes, std::max(stack_size, kLeastStack));
+    }
+    ~ThreadAttributes() { pthread_attr_destroy(&attributes); }
+    ThreadAttributes(const ThreadAttributes&) = delete;
+    ThreadAttributes& operator=(const ThreadAttributes&) = delete;
+
+    // One task runs at a time, so a second processor only makes the hand-over slow (by ten times where it has
+    // to be woken). Tasks inherit the choice from the task that starts them.
+    void StayOnThisProcessor() {
+        cpu_set_t here;
+        CPU_ZERO(&here);
+        CPU_SET(static_cast<std::size_t>(sched_getcpu()), &here);
+        pthread_attr_setaffinity_np(&attributes, sizeof here, &here);
+    }
+
+    const pthread_attr_t* Get() const { return &attributes; }
+
+private:
+    pthread_attr_t attributes;
+};
+
+} // namespace
+
+bool Scheduler::Start(const std::shared_ptr<Task>& task, std::size_t stack_size) {
+    ThreadAttributes attributes(stack_size);
+    if (CurrentTask() == nullptr) attributes.StayOnThisProcessor();
+    if (pthread_create(&task->thread, attributes.Get(), ThreadBody, task.get()) != 0) return false;
+    pthread_setname_np(task->thread, task->name.substr(0, 15).c_str());
+    live.push_back(task);
+    return true;
+}
+
+void* Scheduler::ThreadBody(void* task) {
+    Task& self = *static_cast<Task*>(task);
+    Scheduler& scheduler = self.run->scheduler;
+    SetCurrentTask(&self);
+    self.baton.Take();
+    scheduler.Reap();
+    scheduler.RunEntry(self);
+    scheduler.Finish(self);
+    return nullptr;
+}
+
+void Scheduler::RunEntry(Task& self) {
+    try {
+        if (!ending) self.entry();
+        self.entry = nullptr;
+    } catch (const TaskEnd&) {
+    } catch (const std::exception& exception) {
+        Stop(SimOutcome::kEscaped,
+             "task \"" + self.name + "\" was left by an exception: " + exception.what());
+    } catch (...) {
+        Stop(SimOutcome::kEscaped, "task \"" + self.name + "\" was left by an exception");
+    }
+}
+
+// The thread goes on for a moment after it gave the baton away, to destroy its thread-local objects. The next
+// holder waits for that before it does anything, so that nothing runs beside it.
+void Scheduler::Finish(Task& self) {
+    const auto entry =
+        std::find_if(live.begin(), live.end(), [&](const auto& task) { return task.get() == &self; });
+    departed = std::move(*entry);
+    live.erase(entry);
+    self.ended = true;
+    if (self.is_host) Board::Instance().Remove(self);
+    Task* next = Choose();
+    ++switches;
+    (next != nullptr ? next->baton : owner).Give();
+}
+
+void Scheduler::HandOver(Baton& to, Baton& from) {
+    ++switches;
+    to.Give();
+    from.Take();
+    Reap();
+}
+
+void Scheduler::Reap() {
+    if (departed == nullptr) return;
+    pthread_join(departed->thread, nullptr);
+    departed.reset();
+}
+
+void Scheduler::RunAll() {
+    Task* first = Choose();
+    if (first == nullptr) return;
+    first->baton.Give();
+    WatchTasks();
+}
+
+void Scheduler::EndAll() {
+    ending = true;
+    stopping = false;
+    limit = After(options.limit);
+    for (const auto& task : live)
+        task->end_requested = true;
+    RunAll();
+    if (!live.empty()) LeaveBehind();
+}
+
+// Threads that cannot be ended stay where they wait, and so does what they wait with.
+void Scheduler::LeaveBehind() {
+    static auto& left = *new std::vector<std::shared_ptr<Task>>;
+    for (const auto& task : live)
+        pthread_detach(task->thread);
+    left.insert(left.end(), live.begin(), live.end());
+}
+
+// A task that neither calls the platform nor ends would stop the run without a word.
+void Scheduler::WatchTasks() {
+    std::uint64_t calls_before = Calls();
+    for (int idle = 0; !owner.TakeWithin(kWatchPeriod); calls_before = Calls()) {
+        idle = Calls() == calls_before ? idle + 1 : 0;
+        if (idle == kPatience)
+            Die("no call for two minutes: a task spins, or waits for something that is not of the platform; "
+                "seed " +
+                std::to_string(options.seed));
+    }
+    Reap();
+}
+
+} // namespace onu_mng_platform

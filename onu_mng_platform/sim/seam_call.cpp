@@ -1,0 +1,55 @@
+#include "onu_mng_platform/sim/seam_call.h"
+
+#include "onu_mng_platform/sim/faults_new.h"
+
+namespace onu_mng_platform {
+
+SeamCall::SeamCall(const CallName& name, CallSite site)
+    : task(CurrentTask()), run(task != nullptr && !task->ended ? task->run : nullptr) {
+    if (task == nullptr && Board::Instance().run.load(std::memory_order_relaxed) != nullptr)
+        Die(std::string(name.name) + " was called by a thread that is no task of the run");
+    if (run == nullptr) return;
+    call.name = &name;
+    call.site = site;
+    call.task = task->id;
+    run->scheduler.Pass(*task);
+}
+
+SeamCall::~SeamCall() {
+    if (run == nullptr) return;
+    call.time = run->scheduler.Now();
+    run->record.Add(call);
+}
+
+bool SeamCall::IsToFail(SimFault kind, int ticks) {
+    if (run == nullptr || !run->faults.Take(kind)) return false;
+    if (ticks != 0) WaitFor(WaitKind::kTime, nullptr, 1);
+    return true;
+}
+
+bool SeamCall::WaitFor(WaitKind kind, std::shared_ptr<Object> object, int ticks, bool can_end) {
+    const SimTime deadline = run != nullptr ? run->scheduler.Deadline(ticks) : SimTime{0};
+    return WaitUntil(kind, std::move(object), deadline, can_end);
+}
+
+bool SeamCall::WaitUntil(WaitKind kind, std::shared_ptr<Object> object, SimTime deadline, bool can_end) {
+    Wait wait;
+    wait.kind = kind;
+    wait.object = std::move(object);
+    wait.deadline = deadline;
+    wait.site = call.site;
+    wait.can_end = can_end;
+    return run != nullptr ? run->scheduler.WaitFor(*task, std::move(wait)) : IsMet(wait);
+}
+
+void SeamCall::EndPoint() {
+    if (run != nullptr) run->scheduler.EndPoint(*task);
+}
+
+bool NewIsToFail() noexcept {
+    const Task* task = CurrentTask();
+    return task != nullptr && !task->ended && task->board_depth == 0 &&
+           task->run->faults.Take(SimFault::kNew);
+}
+
+} // namespace onu_mng_platform
