@@ -1,0 +1,160 @@
+#include <atomic>
+#include <cstdint>
+#include <mutex>
+
+#include "onu_mng_platform/bep.h"
+#include "onu_mng_platform/posix/slot_table.h"
+#include "onu_mng_platform/posix/wait_list.h"
+
+namespace onu_mng_platform {
+namespace {
+
+enum State : uint32_t { kNone, kAvailable, kTaken, kTakenAndAwaited };
+
+/// A semaphore is one word, its generation and its state, so that one atomic operation checks the id and
+/// takes or gives.
+constexpr uint32_t Word(uint32_t generation, State state) {
+    return generation << 2 | state;
+}
+constexpr State StateOf(uint32_t word) {
+    return static_cast<State>(word & 3);
+}
+constexpr uint32_t GenerationOf(uint32_t word) {
+    return word >> 2;
+}
+
+struct Semaphore {
+    std::atomic<uint32_t> word{Word(0, kNone)};
+    uint32_t next_free = 0;
+};
+
+/// The threads that wait for any of the semaphores that share it. While threads wait, their semaphore is
+/// either marked as awaited, or one of them has been signalled and will mark it before it sleeps or leaves.
+struct alignas(64) WaitRoom {
+    std::mutex lock;
+    WaitList waiters;
+};
+
+constexpr uint32_t kRooms = 256;
+
+SlotTable<Semaphore, 1024, 256> g_semaphores;
+WaitRoom g_rooms[kRooms];
+
+WaitRoom& RoomOf(const Semaphore& semaphore) {
+    return g_rooms[reinterpret_cast<uintptr_t>(&semaphore) / sizeof(Semaphore) % kRooms];
+}
+
+/// What became of an attempt to take a semaphore or else to mark it as awaited.
+enum class Attempt { kTook, kMarked, kGone };
+
+Attempt TakeOrMark(Semaphore& semaphore, uint32_t generation, State when_taken) {
+    uint32_t word = semaphore.word.load(std::memory_order_relaxed);
+    for (;;) {
+        if (GenerationOf(word) != generation || StateOf(word) == kNone) return Attempt::kGone;
+        const bool available = StateOf(word) == kAvailable;
+        const uint32_t wanted = Word(generation, available ? when_taken : kTakenAndAwaited);
+        if (semaphore.word.compare_exchange_weak(word, wanted, std::memory_order_acquire,
+                                                 std::memory_order_relaxed)) {
+            return available ? Attempt::kTook : Attempt::kMarked;
+        }
+    }
+}
+
+/// Waits until the semaphore is taken (0), gone or not to be had in time (-1).
+int TakeSlowly(Semaphore& semaphore, uint32_t generation, int ticks) {
+    const Deadline deadline(ticks);
+    Sleeper& self = Sleeper::Current();
+    WaitRoom& room = RoomOf(semaphore);
+    Waiter waiter(self, &semaphore);
+    std::unique_lock<std::mutex> guard(room.lock);
+    for (;;) {
+        room.waiters.Remove(waiter);
+        // Others wait as well: the mark stays, also when this thread leaves without the semaphore below.
+        const State when_taken = room.waiters.Find(&semaphore) != nullptr ? kTakenAndAwaited : kTaken;
+        const Attempt attempt = TakeOrMark(semaphore, generation, when_taken);
+        if (attempt == Attempt::kTook) return 0;
+        if (attempt == Attempt::kGone) break;
+        self.Prepare();
+        self.EndPoint();
+        if (deadline.HasPassed()) return -1;
+        room.waiters.Add(waiter);
+        guard.unlock();
+        self.Sleep(deadline);
+        guard.lock();
+    }
+    guard.unlock();
+    if (deadline.IsNever() && self.IsTask()) self.WaitInVain(deadline);
+    return -1;
+}
+
+void SignalOne(const Semaphore& semaphore) {
+    WaitRoom& room = RoomOf(semaphore);
+    WakeUp wake_up;
+    {
+        const std::lock_guard<std::mutex> guard(room.lock);
+        wake_up = room.waiters.SignalFirst(&semaphore);
+    }
+    wake_up.Deliver();
+}
+
+} // namespace
+} // namespace onu_mng_platform
+
+using namespace onu_mng_platform;
+
+extern "C" uint32_t bep_semBCreateEx(int /*options*/, int available, const char* /*file*/, int /*line*/) {
+    const uint32_t index = g_semaphores.Acquire();
+    if (index == g_semaphores.kNone) return 0;
+    Semaphore& semaphore = *g_semaphores.At(index);
+    const uint32_t generation = GenerationOf(semaphore.word.load(std::memory_order_relaxed));
+    semaphore.word.store(Word(generation, available != 0 ? kAvailable : kTaken), std::memory_order_release);
+    return Id(IdKind::kSemaphore, generation, index).Number();
+}
+
+extern "C" int bep_semTakeEx(uint32_t sem_id, int ticks, const char* /*file*/, int /*line*/) {
+    const Id id(sem_id);
+    Semaphore* const semaphore = g_semaphores.Find(id, IdKind::kSemaphore);
+    if (semaphore == nullptr) return -1;
+    uint32_t word = Word(id.Generation(), kAvailable);
+    if (semaphore->word.compare_exchange_strong(word, Word(id.Generation(), kTaken),
+                                                std::memory_order_acquire, std::memory_order_relaxed)) {
+        return 0;
+    }
+    if (GenerationOf(word) != id.Generation() || StateOf(word) == kNone) return -1;
+    if (ticks == 0 && StateOf(word) != kAvailable) return -1;
+    return TakeSlowly(*semaphore, id.Generation(), ticks);
+}
+
+extern "C" int bep_semGiveEx(uint32_t sem_id, const char* /*file*/, int /*line*/) {
+    const Id id(sem_id);
+    Semaphore* const semaphore = g_semaphores.Find(id, IdKind::kSemaphore);
+    if (semaphore == nullptr) return -1;
+    uint32_t word = Word(id.Generation(), kTaken); // the likeliest
+    const uint32_t given = Word(id.Generation(), kAvailable);
+    // Stored even when available already, so that who takes it sees what this task did before.
+    while (!semaphore->word.compare_exchange_weak(word, given, std::memory_order_release,
+                                                  std::memory_order_relaxed)) {
+        if (GenerationOf(word) != id.Generation() || StateOf(word) == kNone) return -1;
+    }
+    if (StateOf(word) == kTakenAndAwaited) SignalOne(*semaphore);
+    return 0;
+}
+
+extern "C" int bep_semDeleteEx(uint32_t sem_id) {
+    const Id id(sem_id);
+    Semaphore* const semaphore = g_semaphores.Find(id, IdKind::kSemaphore);
+    if (semaphore == nullptr) return -1;
+    uint32_t word = semaphore->word.load(std::memory_order_relaxed);
+    const uint32_t gone = Word(Id::NextGeneration(id.Generation()), kNone);
+    do {
+        if (GenerationOf(word) != id.Generation() || StateOf(word) == kNone) return -1;
+    } while (!semaphore->word.compare_exchange_weak(word, gone, std::memory_order_acq_rel,
+                                                    std::memory_order_relaxed));
+    {
+        WaitRoom& room = RoomOf(*semaphore);
+        const std::lock_guard<std::mutex> guard(room.lock);
+        room.waiters.SignalAll(semaphore);
+    }
+    g_semaphores.Release(id.Index());
+    return 0;
+}

@@ -1,0 +1,193 @@
+#include <limits.h>
+#include <pthread.h>
+#include <sched.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+#include <cstdint>
+#include <cstdio>
+#include <ctime>
+#include <exception>
+
+#include "onu_mng_platform/bep.h"
+#include "onu_mng_platform/common/log.h"
+#include "onu_mng_platform/posix/sleeper.h"
+#include "onu_mng_platform/posix/slot_table.h"
+
+namespace onu_mng_platform {
+namespace {
+
+/// A task exists from its start until it is deleted, also after its entry returned; `kEnding` while one
+/// caller deletes it.
+enum State : uint32_t { kNone, kExists, kEnding };
+
+constexpr uint32_t Word(uint32_t generation, State state) {
+    return generation << 2 | state;
+}
+constexpr uint32_t GenerationOf(uint32_t word) {
+    return word >> 2;
+}
+
+struct Task {
+    std::atomic<uint32_t> word{Word(0, kNone)};
+    uint32_t next_free = 0;
+    Sleeper sleeper{Sleeper::Kind::kTask};
+    pthread_t thread{};
+    bep_task_entry entry = nullptr;
+    intptr_t arguments[10] = {};
+    char name[16] = {}; // what the system shows of it
+};
+
+SlotTable<Task, 64, 1024> g_tasks;
+
+void RunEntry(const Task& task) {
+    const intptr_t* const a = task.arguments;
+    task.entry(a[0], a[1], a[2], a[3], a[4], a[5], a[6], a[7], a[8], a[9]);
+}
+
+void* RunTask(void* context) {
+    Task& task = *static_cast<Task*>(context);
+    pthread_setname_np(pthread_self(), task.name);
+    Sleeper::Become(task.sleeper);
+    try {
+        RunEntry(task);
+    } catch (const TaskEnd&) {
+    } catch (const std::exception& failure) {
+        // One service is lost; the others go on.
+        LogPort(15, "Task %s has ended by an exception: %s\r\n", task.name, failure.what());
+    }
+    return nullptr;
+}
+
+/// The attributes of a thread to be started; `get()` is null when memory was short.
+class ThreadAttributes {
+public:
+    ThreadAttributes() : is_valid_(pthread_attr_init(&attributes_) == 0) {}
+    ~ThreadAttributes() {
+        if (is_valid_) pthread_attr_destroy(&attributes_);
+    }
+    ThreadAttributes(const ThreadAttributes&) = delete;
+    ThreadAttributes& operator=(const ThreadAttributes&) = delete;
+
+    pthread_attr_t* get() { return is_valid_ ? &attributes_ : nullptr; }
+
+private:
+    pthread_attr_t attributes_;
+    bool is_valid_;
+};
+
+/// Returns the stack for a task that asked for `asked` bytes: what the system itself needs of a stack, and
+/// the guard page, which it takes out of the size, come on top.
+size_t StackSize(unsigned int asked) {
+    const auto page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
+    const size_t own = std::max(static_cast<size_t>(PTHREAD_STACK_MIN), size_t{16 * 1024});
+    return (asked + own + page - 1) / page * page + page;
+}
+
+/// Returns the real-time priority for 0 (highest) to 255 (lowest).
+int RealTimePriority(unsigned int priority) {
+    const int highest = sched_get_priority_max(SCHED_RR);
+    const int lowest = sched_get_priority_min(SCHED_RR);
+    return highest - static_cast<int>(std::min(priority, 255U)) * (highest - lowest) / 255;
+}
+
+void SayPriorityRefused() {
+    static std::atomic_flag said = ATOMIC_FLAG_INIT;
+    if (said.test_and_set()) return;
+    LogPort(
+        11,
+        "Tasks run without their priorities: the process has no right to them. Grant it CAP_SYS_NICE or a "
+        "real-time priority limit (ulimit -r 99)\r\n");
+}
+
+/// Starts the thread of a task; returns 0 or an error of the system.
+int StartThread(Task& task, unsigned int priority, unsigned int stack_size) {
+    ThreadAttributes attributes;
+    pthread_attr_t* const raw = attributes.get();
+    if (raw == nullptr) return ENOMEM;
+    if (const int error = pthread_attr_setstacksize(raw, StackSize(stack_size))) return error;
+    sched_param parameters{};
+    parameters.sched_priority = RealTimePriority(priority);
+    pthread_attr_setinheritsched(raw, PTHREAD_EXPLICIT_SCHED);
+    pthread_attr_setschedpolicy(raw, SCHED_RR);
+    pthread_attr_setschedparam(raw, &parameters);
+    const int error = pthread_create(&task.thread, raw, RunTask, &task);
+    if (error != EPERM) return error;
+    SayPriorityRefused();
+    pthread_attr_setinheritsched(raw, PTHREAD_INHERIT_SCHED);
+    return pthread_create(&task.thread, raw, RunTask, &task);
+}
+
+bool Change(Task& task, uint32_t generation, State from, State to) {
+    uint32_t word = Word(generation, from);
+    return task.word.compare_exchange_strong(word, Word(generation, to), std::memory_order_acq_rel);
+}
+
+bool IsDuration(const timespec& duration) {
+    return duration.tv_sec >= 0 && duration.tv_nsec >= 0 && duration.tv_nsec < 1'000'000'000;
+}
+
+} // namespace
+} // namespace onu_mng_platform
+
+using namespace onu_mng_platform;
+
+extern "C" uint32_t bep_taskSpawnEx(const char* name, unsigned int priority, int /*options*/,
+                                    unsigned int stack_size, bep_task_entry entry, intptr_t arg1,
+                                    intptr_t arg2, intptr_t arg3, intptr_t arg4, intptr_t arg5, intptr_t arg6,
+                                    intptr_t arg7, intptr_t arg8, intptr_t arg9, intptr_t arg10) {
+    if (entry == nullptr) return 0;
+    const uint32_t index = g_tasks.Acquire();
+    if (index == g_tasks.kNone) return 0;
+    Task& task = *g_tasks.At(index);
+    const uint32_t generation = GenerationOf(task.word.load(std::memory_order_relaxed));
+    const intptr_t arguments[] = {arg1, arg2, arg3, arg4, arg5, arg6, arg7, arg8, arg9, arg10};
+    std::copy(std::begin(arguments), std::end(arguments), task.arguments);
+    std::snprintf(task.name, sizeof(task.name), "%s", name == nullptr ? "" : name);
+    task.entry = entry;
+    task.sleeper.Reset();
+    if (StartThread(task, priority, stack_size) != 0) {
+        g_tasks.Release(index);
+        return 0;
+    }
+    task.word.store(Word(generation, kExists), std::memory_order_release);
+    return Id(IdKind::kTask, generation, index).Number();
+}
+
+extern "C" int bep_taskDeleteEx(uint32_t task_id) {
+    const Id id(task_id);
+    Task* const task = g_tasks.Find(id, IdKind::kTask);
+    if (task == nullptr || &task->sleeper == &Sleeper::Current()) return -1;
+    if (!Change(*task, id.Generation(), kExists, kEnding)) return -1;
+    task->sleeper.AskToEnd();
+    if (pthread_join(task->thread, nullptr) != 0) {
+        // The task is deleting the caller and waits for that already.
+        Change(*task, id.Generation(), kEnding, kExists);
+        return -1;
+    }
+    task->word.store(Word(Id::NextGeneration(id.Generation()), kNone), std::memory_order_release);
+    g_tasks.Release(id.Index());
+    return 0;
+}
+
+extern "C" void bep_taskSafeEx() {
+    Sleeper::Current().Protect();
+}
+
+extern "C" void bep_taskUnsafeEx() {
+    Sleeper::Current().Unprotect();
+}
+
+// Every call of nanosleep() in the executable comes here, by the linker's --wrap: the system's own could not
+// be ended. Code of the same executable keeps the system's function for threads that are no tasks.
+extern "C" int __real_nanosleep(const timespec* duration, timespec* rest);
+
+extern "C" int __wrap_nanosleep(const timespec* duration, timespec* rest) {
+    Sleeper& self = Sleeper::Current();
+    if (!self.IsTask() || duration == nullptr || !IsDuration(*duration))
+        return __real_nanosleep(duration, rest);
+    self.Delay(Deadline::After(*duration));
+    return 0;
+}

@@ -1,0 +1,117 @@
+#ifndef ONU_MNG_PLATFORM_POSIX_SLOT_TABLE_H
+#define ONU_MNG_PLATFORM_POSIX_SLOT_TABLE_H
+
+#include <atomic>
+#include <cstdint>
+#include <mutex>
+#include <new>
+
+namespace onu_mng_platform {
+
+enum class IdKind : uint32_t { kQueue = 1, kSemaphore = 2, kTask = 3 };
+
+/// The number by which the library knows an object: its kind, the slot it lives in, and the slot's
+/// generation, which tells it from objects that lived there before. Never 0.
+class Id {
+public:
+    static constexpr uint32_t kIndexBits = 18;
+    static constexpr uint32_t kGenerationBits = 12;
+
+    constexpr explicit Id(uint32_t number) : number_(number) {}
+    constexpr Id(IdKind kind, uint32_t generation, uint32_t index)
+        : number_(static_cast<uint32_t>(kind) << (kIndexBits + kGenerationBits) | generation << kIndexBits |
+                  index) {}
+
+    constexpr uint32_t Number() const { return number_; }
+    constexpr IdKind Kind() const { return static_cast<IdKind>(number_ >> (kIndexBits + kGenerationBits)); }
+    constexpr uint32_t Generation() const { return number_ >> kIndexBits & kLastGeneration; }
+    constexpr uint32_t Index() const { return number_ & ((1U << kIndexBits) - 1); }
+
+    static constexpr uint32_t NextGeneration(uint32_t generation) {
+        return (generation + 1) & kLastGeneration;
+    }
+    /// True when `generation` came before `now`, as far as a number that runs in a circle can tell.
+    static constexpr bool IsEarlier(uint32_t generation, uint32_t now) {
+        const uint32_t age = (now - generation) & kLastGeneration;
+        return age != 0 && age <= kLastGeneration / 2;
+    }
+
+private:
+    static constexpr uint32_t kLastGeneration = (1U << kGenerationBits) - 1;
+
+    uint32_t number_;
+};
+
+/// Slots for the objects of one kind: memory for them grows as they are used and is never given back, so that
+/// a look-up needs no lock and any id may be looked up at any time. What a slot holds, and which id is valid,
+/// is the slot's own business.
+///
+/// `Slot` has a default constructor and a member `uint32_t next_free`, which belongs to the table.
+///
+/// Thread safety: everything may be called from any thread, from before the first static constructor to after
+/// the last static destructor.
+template <class Slot, uint32_t ChunkSize, uint32_t MaxChunks>
+class SlotTable {
+public:
+    static constexpr uint32_t kNone = ~uint32_t{0};
+    static_assert(ChunkSize * MaxChunks <= 1U << Id::kIndexBits, "an id has room for any index");
+
+    /// Returns the slot with an index; null when there was none so far.
+    Slot* At(uint32_t index) {
+        if (index >= ChunkSize * MaxChunks) return nullptr;
+        Slot* const chunk = chunks_[index / ChunkSize].load(std::memory_order_acquire);
+        return chunk == nullptr ? nullptr : chunk + index % ChunkSize;
+    }
+
+    /// Returns the slot of an id of `kind`; null for any other number.
+    Slot* Find(Id id, IdKind kind) { return id.Kind() == kind ? At(id.Index()) : nullptr; }
+
+    /// Returns the index of a slot that is not in use; kNone when slots or memory are short.
+    uint32_t Acquire() {
+        const std::lock_guard<std::mutex> guard(lock_);
+        // Slots rest before they are used again, so that generations last longer.
+        if (free_ > kResting) return TakeFree();
+        const uint32_t fresh = TakeFresh();
+        return fresh == kNone && free_ > 0 ? TakeFree() : fresh;
+    }
+
+    void Release(uint32_t index) {
+        const std::lock_guard<std::mutex> guard(lock_);
+        At(index)->next_free = kNone;
+        (free_ == 0 ? first_free_ : At(last_free_)->next_free) = index;
+        last_free_ = index;
+        ++free_;
+    }
+
+private:
+    static constexpr uint32_t kResting = 64;
+
+    uint32_t TakeFree() {
+        const uint32_t index = first_free_;
+        first_free_ = At(index)->next_free;
+        --free_;
+        return index;
+    }
+
+    uint32_t TakeFresh() {
+        if (fresh_ == ChunkSize * MaxChunks) return kNone;
+        std::atomic<Slot*>& chunk = chunks_[fresh_ / ChunkSize];
+        if (chunk.load(std::memory_order_relaxed) == nullptr) {
+            Slot* const slots = new (std::nothrow) Slot[ChunkSize];
+            if (slots == nullptr) return kNone;
+            chunk.store(slots, std::memory_order_release);
+        }
+        return fresh_++;
+    }
+
+    std::atomic<Slot*> chunks_[MaxChunks] = {};
+    std::mutex lock_; // guards the rest
+    uint32_t fresh_ = 0;
+    uint32_t free_ = 0;
+    uint32_t first_free_ = kNone;
+    uint32_t last_free_ = kNone;
+};
+
+} // namespace onu_mng_platform
+
+#endif
