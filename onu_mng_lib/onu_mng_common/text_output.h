@@ -2,8 +2,24 @@
 #ifndef ONU_MNG_LIB_ONU_MNG_COMMON_TEXT_OUTPUT_H
 #define ONU_MNG_LIB_ONU_MNG_COMMON_TEXT_OUTPUT_H
 
+#include <charconv>
 #include <cstddef>
 #include <string_view>
+
+/// The digits of a whole number, in a place of their own.
+class Digits {
+public:
+    template <typename T>
+    explicit Digits(T number, int base = 10)
+        : end(std::to_chars(digits, digits + sizeof(digits), number, base).ptr) {}
+    Digits(const Digits&) = delete;
+    Digits& operator=(const Digits&) = delete;
+    operator std::string_view() const { return {digits, static_cast<std::size_t>(end - digits)}; }
+
+private:
+    char digits[24]; ///< more than the 19 digits and the sign of a decimal number of 64 bits
+    const char* const end;
+};
 
 /// Writes characters to a CLI terminal, or to standard output where there is none; both get the same.
 ///

@@ -3,13 +3,11 @@
 #include "onu_mng_lib/onu_mng_common/variant.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cstdint>
 #include <cstdlib>
 #include <limits>
 #include <memory>
 #include <new>
-#include <string_view>
 
 #include "onu_mng_lib/onu_mng_common/mem_mgr.h"
 #include "onu_mng_lib/onu_mng_common/text_output.h"
@@ -19,20 +17,6 @@ namespace {
 
 constexpr std::size_t kPrintWidth = 40;
 constexpr char kThisFile[] = "onu_mng_lib/onu_mng_common/variant_text.cpp";
-
-/// A number in digits, without memory of its own.
-class Digits {
-public:
-    template <typename T>
-    explicit Digits(T number, int base = 10)
-        : end(std::to_chars(digits, digits + sizeof(digits), number, base).ptr) {}
-    Digits(const Digits&) = delete;
-    operator std::string_view() const { return {digits, static_cast<std::size_t>(end - digits)}; }
-
-private:
-    char digits[24];
-    const char* const end;
-};
 
 /// Two digits of a byte.
 void PutHex(char* place, char byte) {

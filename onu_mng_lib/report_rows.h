@@ -1,0 +1,44 @@
+/// Gathering the rows of a report and printing it.
+#ifndef ONU_MNG_LIB_REPORT_ROWS_H
+#define ONU_MNG_LIB_REPORT_ROWS_H
+
+#include <new>
+#include <utility>
+#include <vector>
+
+#include "onu_mng_lib/onu_mng_common/cmd_fmt.h"
+#include "onu_mng_lib/onu_mng_common/text_output.h"
+
+/// Adds a cell. A value that found no block in the pool gets none, so that its column prints blanks and those
+/// behind it stay in their places.
+inline void AddCell(std::vector<ParameterContent>& row, unsigned int param_id, Variant value) {
+    if (!value.IsEmpty()) row.push_back({param_id, std::move(value)});
+}
+
+/// A row of one cell for each value, for the columns 0, 1, 2, ...
+template <typename... Values>
+std::vector<ParameterContent> MakeRow(const Values&... values) {
+    std::vector<ParameterContent> row;
+    row.reserve(sizeof...(values));
+    unsigned int param_id = 0;
+    (AddCell(row, param_id++, Variant(values)), ...);
+    return row;
+}
+
+/// Has `gather(rows)` gather all rows of a report and prints it then, when whatever `gather` locked is free.
+/// @return true; false when memory was short and the report was not printed, which a line on the terminal
+/// tells.
+template <typename Gather>
+bool PrintReport(unsigned int report_id, void* terminal, Gather gather) {
+    CommandFormatMgr::Rows rows;
+    try {
+        gather(rows);
+    } catch (const std::bad_alloc&) {
+        TextOutput(terminal).Put("not enough memory for the report\r\n");
+        return false;
+    }
+    CommandFormatMgr::GetInstance()->PrintCmd(report_id, rows, true, terminal);
+    return true;
+}
+
+#endif
