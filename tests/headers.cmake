@@ -26,4 +26,4 @@ onu_mng_header_units(cxx cpp ${cxx_headers})
 onu_mng_header_units(c c ${c_headers})
 
 add_test(NAME include_rules COMMAND ${CMAKE_COMMAND} -DROOT=${PROJECT_SOURCE_DIR}
-                                    -P ${CMAKE_CURRENT_SOURCE_DIR}/include_rules_check.cmake)
+                                    -P ${CMAKE_CURRENT_SOURCE_DIR}/checks/include_rules.cmake)

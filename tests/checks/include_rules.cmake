@@ -1,4 +1,4 @@
-# Checks which files may include which: cmake -DROOT=... -P include_rules_check.cmake
+# Checks which files may include which: cmake -DROOT=... -P include_rules.cmake
 #
 # Arrows point down only: olt_host -> onu_mng_lib -> onu_mng_common -> the seam <- ports.
 
