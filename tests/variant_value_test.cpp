@@ -145,6 +145,18 @@ TEST_F(VariantValue, ItsOwnBlockIsAValidSource) {
     EXPECT_EQ(Block(variant), std::string("67", 3));
 }
 
+TEST_F(VariantValue, AFullPoolStillServesAReplacement) {
+    Variant variant("text of 15 char");
+    std::vector<Variant> hoard;
+    for (unsigned int size = MemoryAllocator::kPoolSize; size >= 16; size /= 2)
+        while (hoard.emplace_back().Realloc(VARIANT_TYPE_BUFFER, size) == ONU_MNG_OK) {
+        }
+    Variant second("no block");
+    EXPECT_TRUE(second.IsEmpty());
+    variant = "another 15 char";
+    EXPECT_EQ(variant.ToString(), "another 15 char");
+}
+
 TEST_F(VariantValue, ReallocMakesAZeroValue) {
     Variant variant("old");
     EXPECT_EQ(variant(VARIANT_TYPE_USHORT, 77), ONU_MNG_OK);
