@@ -1,0 +1,66 @@
+/// Characters on their way from a command to an operator's socket.
+#ifndef ONU_MNG_PLATFORM_POSIX_CLI_OUTPUT_H
+#define ONU_MNG_PLATFORM_POSIX_CLI_OUTPUT_H
+
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
+#include <string>
+#include <string_view>
+
+#include "onu_mng_platform/posix/cli_event.h"
+
+namespace onu_mng_platform {
+
+/// A bounded buffer. Commands put characters in, the server's task sends them. A reader who takes nothing for
+/// kPatience while the buffer is full breaks it, as does a reader who is gone and memory that is short.
+///
+/// Thread safety: one task puts, one sends; the rest from any.
+class CliOutput {
+public:
+    using Clock = std::chrono::steady_clock;
+    static constexpr std::chrono::seconds kPatience{1};
+
+    /// Holds up to twice `limit` bytes and sets `wake`, which outlives it, when there is something to send.
+    CliOutput(size_t limit, const CliEvent* wake) : limit_(limit), wake_(wake) {}
+
+    /// Appends text with its control characters but TAB, CR and LF replaced by "."; waits while the buffer is
+    /// full. Once it is broken nothing is taken.
+    void PutText(std::string_view text) { Put(text, true); }
+
+    /// Appends the end of an answer with its result.
+    void PutEndOfAnswer(int result);
+
+    /// Sends some of it, as much as the socket takes without blocking.
+    void Send(int socket);
+
+    /// Gives up: nothing is kept or taken any more, and a task that waits to put returns.
+    void Break();
+
+    bool IsBroken() const;
+    bool IsEmpty() const;
+
+private:
+    void Put(std::string_view text, bool clean);
+    void Append(std::string_view text, bool clean);
+    bool WaitForRoom(std::unique_lock<std::mutex>* lock);
+    bool Refill();
+    void Note(size_t sent);
+
+    const size_t limit_;
+    const CliEvent* const wake_;
+
+    mutable std::mutex mutex_;
+    std::condition_variable room_;
+    std::string waiting_;
+    Clock::time_point last_progress_;
+    bool is_sending_ = false;
+    bool is_broken_ = false;
+
+    std::string sending_; ///< of the sending task alone
+    size_t sent_ = 0;
+};
+
+} // namespace onu_mng_platform
+
+#endif
