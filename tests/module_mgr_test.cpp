@@ -80,6 +80,10 @@ protected:
 
     ModuleManager* manager = ModuleManager::GetInstance();
     LogLines lines;
+    // Used by handlers, which run until TearDown() has removed their modules.
+    Semaphore entered;
+    Semaphore leave;
+    Semaphore handled;
 };
 
 TEST_F(Modules, TheFirstThatClaimsAMessageGetsIt) {
@@ -116,7 +120,6 @@ TEST_F(Modules, ASilentMatchInheritsTheDeliveryAnEarlierOneChose) {
     Recorder* first = Add(1);
     Recorder* second = Add(2);
     second->writes_sync_type = false;
-    Semaphore handled;
     second->on_message = [&](const Recorder::Message&) {
         handled.Signal();
         return 5u;
@@ -130,7 +133,6 @@ TEST_F(Modules, ASilentMatchInheritsTheDeliveryAnEarlierOneChose) {
 
 TEST_F(Modules, AQueuedMessageIsACopyAndASynchronousOneIsTheSendersBuffer) {
     Recorder* module = Add(7);
-    Semaphore handled;
     std::vector<std::string> seen;
     char payload[] = "one";
     char* seen_at = nullptr;
@@ -164,8 +166,6 @@ TEST_F(Modules, AQueuedMessageIsACopyAndASynchronousOneIsTheSendersBuffer) {
 
 TEST_F(Modules, AFullQueueRefusesAtOnceAndKeepsNothing) {
     Recorder* module = Add(7, 2);
-    Semaphore entered;
-    Semaphore leave;
     module->on_message = [&](const Recorder::Message&) {
         entered.Signal();
         leave.TryWait(kWatchdogSeconds);
@@ -228,24 +228,21 @@ TEST_F(Modules, AreNumberedForGoodAndFoundByTypeAndPriorities) {
 TEST_F(Modules, AreRemovedWhileTheyWaitWhilePacketsAreQueuedAndWhileAHandlerRuns) {
     Add(1);
     Recorder* busy = Add(2);
-    Semaphore entered;
-    Semaphore never;
     busy->on_message = [&](const Recorder::Message&) {
         entered.Signal();
-        never.Wait();
+        leave.Wait();
         return ONU_MNG_OK;
     };
     Recorder* self_removing = Add(3);
-    Semaphore tried;
     self_removing->on_message = [&](const Recorder::Message&) {
         manager->RemoveModule(kType + 1);
-        tried.Signal();
+        handled.Signal();
         return ONU_MNG_OK;
     };
     self_removing->mod_type = kType + 1;
     ASSERT_EQ(0u, onu_mng_system_start());
     ASSERT_EQ(0u, Send(3));
-    ASSERT_EQ(0, tried.TryWait(kWatchdogSeconds));
+    ASSERT_EQ(0, handled.TryWait(kWatchdogSeconds));
     EXPECT_EQ(3u, manager->GetSize()) << "a module's own task cannot remove it";
     self_removing->mod_type = kType;
     for (int message = 0; message < 5; ++message)
@@ -258,7 +255,6 @@ TEST_F(Modules, AreRemovedWhileTheyWaitWhilePacketsAreQueuedAndWhileAHandlerRuns
 
 TEST_F(Modules, RefuseWhatIsNoPacket) {
     Recorder* module = Add(7);
-    Semaphore handled;
     module->on_message = [&](const Recorder::Message&) {
         handled.Signal();
         return ONU_MNG_OK;
