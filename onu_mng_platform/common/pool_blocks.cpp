@@ -41,6 +41,7 @@ uint32_t BlockMap::FirstFilledList(uint32_t from) const {
 }
 
 Cell BlockMap::FindFit(uint32_t cells) {
+    if (cells > cells_) return kNoCell;
     const uint32_t list = FirstFilledList(FirstListToFit(cells));
     if (list < kLists) return heads_[list];
     Cell start = heads_[ListOf(cells)];
