@@ -56,15 +56,12 @@ SimTime Span(const timespec& span) {
     return SimTime(std::int64_t{span.tv_sec} * kNanosecondsPerSecond + span.tv_nsec);
 }
 
-bool IsInRun() {
-    return CurrentTask() != nullptr && !CurrentTask()->ended;
-}
-
 } // namespace
 
 int __wrap_clock_gettime(clockid_t clock, timespec* time) {
     const ClockKind kind = KindOf(clock);
-    if (!IsInRun() || kind == ClockKind::kOther || time == nullptr) return __real_clock_gettime(clock, time);
+    if (!IsProgram(CurrentTask()) || kind == ClockKind::kOther || time == nullptr)
+        return __real_clock_gettime(clock, time);
     SeamCall call(kGetTime);
     call.With(clock);
     const SimTime now = kind == ClockKind::kCalendar ? Calendar(*call.Run()) : call.Run()->scheduler.Now();
@@ -74,7 +71,7 @@ int __wrap_clock_gettime(clockid_t clock, timespec* time) {
 }
 
 int __wrap_nanosleep(const timespec* request, timespec* remaining) {
-    if (!IsInRun() || !IsSpan(request)) return __real_nanosleep(request, remaining);
+    if (!IsProgram(CurrentTask()) || !IsSpan(request)) return __real_nanosleep(request, remaining);
     SeamCall call(kSleep);
     call.With(request->tv_sec, request->tv_nsec);
     call.EndPoint();

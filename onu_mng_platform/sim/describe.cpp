@@ -8,7 +8,7 @@ namespace {
 std::string Named(const char* kind, const Wait& wait) {
     if (wait.object == nullptr) return kind;
     return std::string(kind) + " " + std::to_string(Board::Instance().Number(wait.object->id)) +
-           (wait.object->deleted ? " (deleted)" : "");
+           (wait.object->deleted && wait.kind != WaitKind::kEndOfTask ? " (deleted)" : "");
 }
 
 std::string Taker(const BinarySemaphore& semaphore) {

@@ -16,7 +16,7 @@ namespace {
 
 constexpr CallName kPoolCreate{"mpuCreate", nullptr, "size", nullptr};
 constexpr CallName kPoolAlloc{"mpuAlloc", nullptr, "pool", "size"};
-constexpr CallName kPoolFree{"mpuFree", nullptr, "pool", "offset"};
+constexpr CallName kPoolFree{"mpuFree", nullptr, "block", nullptr};
 constexpr CallName kPoolShow{"mpuShow", nullptr, nullptr, nullptr};
 constexpr CallName kPoolStat{"mpuGetStat", nullptr, "pool", nullptr};
 constexpr CallName kLog{"ulogPrintf", nullptr, "module", "level"};
@@ -26,8 +26,15 @@ constexpr CallName kSet{"memSet", nullptr, "size", nullptr};
 constexpr CallName kLength{"StrLen", nullptr, nullptr, nullptr};
 constexpr CallName kCompare{"StrNCmp", nullptr, "size", nullptr};
 
-std::int64_t Offset(const void* block) {
-    return static_cast<std::int64_t>(PoolLocate(block).offset);
+/// How the record counts what the call is about; nothing to count outside of a run.
+std::int64_t PoolNumber(const SeamCall& call, int pool_id) {
+    return call.Run() != nullptr ? call.Run()->blocks.PoolNumber(pool_id) : 0;
+}
+std::int64_t Taken(const SeamCall& call, const void* block) {
+    return call.Run() != nullptr ? call.Run()->blocks.Taken(block) : 0;
+}
+std::int64_t Number(const SeamCall& call, const void* block) {
+    return call.Run() != nullptr ? call.Run()->blocks.Number(block) : 0;
 }
 
 } // namespace
@@ -36,19 +43,20 @@ int mpuCreate(const char* name, unsigned int size, int, int) {
     SeamCall call(kPoolCreate);
     call.With(size);
     if (call.IsToFail(SimFault::kPoolCreate)) return call.Result(-1);
-    return call.Result(PoolCreate(name, size));
+    const int pool_id = PoolCreate(name, size);
+    return call.Result(pool_id, PoolNumber(call, pool_id));
 }
 
 void* mpuAlloc_(int pool_id, unsigned int size, const char* file, int line) {
     SeamCall call(kPoolAlloc, {file, line});
-    call.With(pool_id, size);
+    call.With(PoolNumber(call, pool_id), size);
     void* block = call.IsToFail(SimFault::kPoolAlloc) ? nullptr : PoolAlloc(pool_id, size, file, line);
-    return call.Result(block, block != nullptr ? Offset(block) : -1);
+    return call.Result(block, Taken(call, block));
 }
 
 int mpuFree(void* block) {
     SeamCall call(kPoolFree);
-    call.With(PoolLocate(block).pool_id, Offset(block));
+    call.With(Number(call, block));
     return call.Result(PoolFree(block));
 }
 
@@ -72,7 +80,7 @@ void mpuShowDebug(int pool_id) {
 
 int mpuGetStat(int pool_id, mpu_stat* stat) {
     SeamCall call(kPoolStat);
-    call.With(pool_id);
+    call.With(PoolNumber(call, pool_id));
     return call.Result(PoolGetStat(pool_id, stat));
 }
 

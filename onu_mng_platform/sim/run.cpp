@@ -42,6 +42,7 @@ void SimRun::Begin() {
     Board& board = Board::Instance();
     before = board.Holdings();
     board.BeginNumbers();
+    blocks.Begin();
     board.run = this;
     LogSetThreshold(kLogThreshold);
     LogSetSink(Collect, this);

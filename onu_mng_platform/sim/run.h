@@ -32,6 +32,7 @@ public:
     Scheduler scheduler;
     Faults faults;
     Record record;
+    BlockNumbers blocks;
     std::vector<SimLogLine> log;
     std::vector<std::pair<unsigned int, int>> opened_levels; ///< module and level
     SimTime calendar_step{0};

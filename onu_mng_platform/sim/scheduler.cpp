@@ -157,13 +157,14 @@ bool Scheduler::IsFinished() const {
                         [this](const auto& task) { return task->is_host || IsStuck(*task); });
 }
 
-// A wait that somebody has to end, other than a service's wait for its next message.
+// A wait that somebody has to end, other than a service's wait for its next message, and for its own end in a
+// call for what was deleted.
 bool Scheduler::IsStuck(const Task& task) const {
     const Wait& wait = task.wait;
-    if (wait.deadline != kNever || (wait.object != nullptr && wait.object->deleted)) return false;
-    if (wait.kind == WaitKind::kTake)
-        return std::find(may_idle.begin(), may_idle.end(), task.name) == may_idle.end();
-    return wait.kind == WaitKind::kSend || wait.kind == WaitKind::kEndOfTask;
+    if (wait.deadline != kNever) return false;
+    if (wait.kind == WaitKind::kEndOfTask) return true;
+    if (wait.kind != WaitKind::kTake && wait.kind != WaitKind::kSend) return false;
+    return !wait.object->deleted && std::find(may_idle.begin(), may_idle.end(), task.name) == may_idle.end();
 }
 
 void Scheduler::Stop(SimOutcome why, const std::string& what) {

@@ -4,8 +4,12 @@
 
 namespace onu_mng_platform {
 
+bool IsProgram(const Task* task) {
+    return task != nullptr && !task->ended && task->board_depth == 0;
+}
+
 SeamCall::SeamCall(const CallName& name, CallSite site)
-    : task(CurrentTask()), run(task != nullptr && !task->ended ? task->run : nullptr) {
+    : task(CurrentTask()), run(IsProgram(task) ? task->run : nullptr) {
     if (task == nullptr && Board::Instance().run.load(std::memory_order_relaxed) != nullptr)
         Die(std::string(name.name) + " was called by a thread that is no task of the run");
     if (run == nullptr) return;

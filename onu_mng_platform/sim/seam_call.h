@@ -10,6 +10,10 @@
 
 namespace onu_mng_platform {
 
+/// Whether the task runs its program: not what the board does for it, which may hold locks of its own and so
+/// keeps its turn, and not the end of its thread. False for null.
+bool IsProgram(const Task* task);
+
 /// While it exists the calling task works for the board: what that allocates is not the program's.
 class BoardWork {
 public:
@@ -73,9 +77,9 @@ public:
     SimRun* Run() const { return run; }
 
 private:
-    const BoardWork work;
     Task* const task;
     SimRun* const run;
+    const BoardWork work; ///< after `run`, which asks what the task does
     RecordedCall call;
 };
 
