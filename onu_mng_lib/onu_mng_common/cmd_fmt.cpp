@@ -53,7 +53,11 @@ unsigned int FieldWidth(CommandFormatType type, const ParameterFormat& column) {
 
 void PutCell(TextOutput& output, CommandFormatType type, const ParameterFormat& column, Variant& value) {
     if (column.type != VARIANT_TYPE_NONE && value.ResetType(column.type) != ONU_MNG_OK) return;
-    PutField(output, value.ToString(), FieldWidth(type, column));
+    const unsigned int width = FieldWidth(type, column);
+    if (value.GetType() == VARIANT_TYPE_STRING)
+        PutField(output, value.GetBuff(), width); // a report also prints when memory is too short for a copy
+    else
+        PutField(output, value.ToString(), width);
 }
 
 void PutColumn(TextOutput& output, CommandFormatType type, const ParameterFormat& column,

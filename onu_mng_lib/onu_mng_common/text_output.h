@@ -23,8 +23,8 @@ private:
 
 /// Writes characters to a CLI terminal, or to standard output where there is none; both get the same.
 ///
-/// Gathers them in a fixed area and passes them on when it is full and when the object ends, since a call per
-/// field costs a terminal far more than its characters. Takes no memory.
+/// Gathers them in an area of its own and passes them on when that is full and when the object ends, since a
+/// call for each field costs a terminal far more than its characters. Takes no memory.
 class TextOutput {
 public:
     /// `vty_or_null` is a `vty*`; null for standard output.
@@ -43,7 +43,7 @@ private:
 
     void* const terminal;
     std::size_t used = 0;
-    char area[1024];
+    char area[500]; ///< small enough for a terminal to format it without memory of its own
 };
 
 #endif
