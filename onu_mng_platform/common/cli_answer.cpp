@@ -9,7 +9,7 @@ constexpr std::string_view kIndent = "  ";
 
 // A line that is shown again has to fit a terminal of 80 columns, else the caret would stand anywhere.
 constexpr size_t kShownBefore = 56;
-constexpr size_t kShown = 76;
+constexpr size_t kShown = 74;
 
 std::string_view MessageOf(Fault fault) {
     switch (fault) {
@@ -35,8 +35,10 @@ size_t Columns(std::string_view text) {
 
 void AppendCaret(std::string* answer, std::string_view line, size_t column) {
     const size_t begin = column > kShownBefore ? column - kShownBefore : 0;
-    answer->append(kIndent).append(line.substr(begin, kShown)).append("\r\n");
-    answer->append(kIndent).append(Columns(line.substr(begin, column - begin)), ' ').append("^\r\n");
+    const std::string_view mark = begin > 0 ? "..." : "";
+    answer->append(kIndent).append(mark).append(line.substr(begin, kShown)).append("\r\n");
+    const size_t blanks = kIndent.size() + mark.size() + Columns(line.substr(begin, column - begin));
+    answer->append(blanks, ' ').append("^\r\n");
 }
 
 void AppendOptions(std::string* answer, const std::vector<Option>& options) {

@@ -34,6 +34,7 @@ std::string_view WithoutLabel(std::string_view line, std::string_view word) {
     constexpr std::string_view kDash = " - ";
     if (!StartsWith(line, word)) return line;
     const std::string_view rest = line.substr(word.size());
+    if (rest.empty()) return rest;
     return StartsWith(rest, kDash) ? rest.substr(kDash.size()) : line;
 }
 
