@@ -10,9 +10,8 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-class VariantBuffer : public testing::Test {
+class VariantBuffer : public VariantTest {
 protected:
-    void SetUp() override { ASSERT_TRUE(InitPool()); }
     LogLines log;
 };
 

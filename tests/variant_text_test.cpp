@@ -8,10 +8,7 @@
 
 namespace {
 
-class VariantText : public testing::Test {
-protected:
-    void SetUp() override { ASSERT_TRUE(InitPool()); }
-};
+class VariantText : public VariantTest {};
 
 TEST_F(VariantText, ToString) {
     const struct {

@@ -11,9 +11,8 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-class VariantValue : public testing::Test {
+class VariantValue : public VariantTest {
 protected:
-    void SetUp() override { ASSERT_TRUE(InitPool()); }
     LogLines log;
 };
 
@@ -115,6 +114,7 @@ TEST_F(VariantValue, MovingGivesWhatCopyingGives) {
         ASSERT_EQ(source.Append("ab", 2), ONU_MNG_OK);
         const char* const block = source.GetBuff();
         Variant moved(std::move(source));
+        EXPECT_EQ(Block(moved), std::string("ab", 3));
         Variant assigned("old");
         assigned = std::move(moved);
         EXPECT_EQ(assigned.GetBuff(), block);
@@ -175,7 +175,8 @@ TEST_F(VariantValue, ReallocMakesAZeroValue) {
     // A terminator that does not fit 32 bits is a block that nobody has.
     EXPECT_EQ(variant.Realloc(VARIANT_TYPE_STRING, 0xFFFFFFFF), ONU_MNG_FAILURE);
     EXPECT_TRUE(variant.IsEmpty());
-    log.Take();
+    EXPECT_EQ(log.Take(), Lines({"13 AllocBuffer failed. type 9, len 0 ",
+                                 "13 AllocBuffer in Realloc failed. type 9, len -1 "}));
     variant = 5;
     EXPECT_EQ(variant.Realloc(static_cast<VariantType>(11), 4), ONU_MNG_FAILURE);
     EXPECT_TRUE(variant.IsEmpty());

@@ -2,16 +2,37 @@
 #ifndef ONU_MNG_TESTS_SUPPORT_VARIANTS_H
 #define ONU_MNG_TESTS_SUPPORT_VARIANTS_H
 
+#include <gtest/gtest.h>
 #include <string>
 
 #include "onu_mng_lib/onu_mng_common/mem_mgr.h"
 #include "onu_mng_lib/onu_mng_common/variant.h"
+#include "onu_mng_platform/mpu.h"
 #include "tests/support/seeded.h"
 
+/// The library's pool is the process's first one.
 inline bool InitPool() {
     return MemoryAllocator::GetInstance()->Init("OnuMngMemPool", MemoryAllocator::kPoolSize, 1, 0) ==
            ONU_MNG_OK;
 }
+
+/// A test that gives back every block it takes.
+class VariantTest : public testing::Test {
+protected:
+    void SetUp() override {
+        ASSERT_TRUE(InitPool());
+        blocks = LiveBlocks();
+    }
+    void TearDown() override { EXPECT_EQ(LiveBlocks(), blocks); }
+
+private:
+    static std::size_t LiveBlocks() {
+        mpu_stat stat{};
+        EXPECT_EQ(mpuGetStat(0, &stat), 0);
+        return stat.blocks;
+    }
+    std::size_t blocks = 0;
+};
 
 /// The whole block of a Variant, a terminator included.
 inline std::string Block(const Variant& variant) {
