@@ -1,0 +1,251 @@
+// What the library does by the clock, hour-long waits included, in no time.
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <functional>
+#include <limits>
+#include <string>
+#include <vector>
+
+#include "onu_mng_lib/onu_mng_cli_cinterface.h"
+#include "onu_mng_lib/onu_mng_common/msg_queue.h"
+#include "onu_mng_lib/onu_mng_common/sem_lock.h"
+#include "onu_mng_platform/bep.h"
+#include "onu_mng_platform/sim/simulation.h"
+#include "onu_mng_platform/ulog.h"
+#include "tests/support/captured_terminal.h"
+#include "tests/support/sim_host.h"
+
+namespace {
+
+using namespace onu_mng_platform;
+using namespace std::chrono_literals;
+
+void RunHost(const std::function<void(Simulation&)>& body) {
+    SimOptions options;
+    options.limit = 24h * 100;
+    Simulation board(options);
+    board.Run([&] {
+        const SimHost host;
+        ASSERT_EQ(ONU_MNG_OK, host.status);
+        body(board);
+    });
+    EXPECT_TRUE(board.Result().Ok()) << board.Result().report;
+    EXPECT_EQ(0, board.Holdings().blocks);
+    EXPECT_EQ(0, board.Holdings().locks_taken);
+}
+
+constexpr auto Quiet = [](StateContext&, char*) { return ONU_MNG_OK; };
+
+/// When a state was handed something, and whether that was a message.
+struct Visit {
+    SimTime time;
+    unsigned int state;
+    bool has_message;
+};
+bool operator==(const Visit& a, const Visit& b) {
+    return a.time == b.time && a.state == b.state && a.has_message == b.has_message;
+}
+std::ostream& operator<<(std::ostream& out, const Visit& visit) {
+    return out << visit.time / 1ms << " ms: state " << visit.state
+               << (visit.has_message ? "" : " without message");
+}
+
+TEST(Supervision, ForcesASilentContextOnBetweenSixAndSevenPeriodsAfterItsLimit) {
+    const struct {
+        SimTime stamp, first_request;
+    } cases[] = {{0s, 330s}, {1ms, 330s}, {30s - 1ms, 330s}, {30s, 360s}, {47s, 360s}};
+    for (const auto& [stamp, first_request] : cases) {
+        RunHost([&, stamp = stamp, first_request = first_request](Simulation& board) {
+            std::vector<Visit> visits;
+            board.Sleep(stamp);
+            SimContext context([&](StateContext& where, char* p_msg) {
+                visits.push_back({board.Now(), where.cur_state, p_msg != nullptr});
+                return ONU_MNG_OK;
+            });
+            ASSERT_EQ(ONU_MNG_OK, context.Alloc(1, 5, nullptr, 0));
+            ASSERT_EQ(ONU_MNG_OK, context.Operate());
+            for (int request = 1; request <= 6; ++request) {
+                board.Sleep(first_request + (request - 1) * 30s - board.Now() - 1ms);
+                EXPECT_EQ(request - 1, context.stop_times);
+                board.Sleep(2ms);
+                EXPECT_EQ(request, context.stop_times);
+            }
+            EXPECT_EQ(SimContext::kWork, context.cur_state);
+            board.Sleep(1min);
+            const SimTime forced = first_request + 6 * 30s;
+            EXPECT_EQ((std::vector<Visit>{{stamp, STATE_INIT, true}, {forced, STATE_FAIL, false}}), visits);
+            EXPECT_LT(300s + 6 * 30s, forced - stamp);
+            EXPECT_GE(300s + 7 * 30s, forced - stamp);
+            EXPECT_EQ(STATE_IDLE, context.cur_state);
+            EXPECT_EQ(0, context.stop_times);
+            EXPECT_EQ(static_cast<unsigned long long>((forced - stamp) / 1ms), context.last_run_time);
+        });
+    }
+}
+
+TEST(Supervision, LetsTheNextMessageOfAnOverdueContextFail) {
+    RunHost([](Simulation& board) {
+        std::vector<unsigned int> visited;
+        SimContext context([&](StateContext& where, char*) {
+            visited.push_back(where.cur_state);
+            return ONU_MNG_OK;
+        });
+        ASSERT_EQ(ONU_MNG_OK, context.Alloc(1, 5, nullptr, 0));
+        board.Sleep(331s);
+        EXPECT_EQ(1, context.stop_times);
+        EXPECT_EQ(ONU_MNG_OK, context.Operate()) << "the result of FAIL";
+        EXPECT_EQ(std::vector<unsigned int>{STATE_FAIL}, visited);
+        EXPECT_EQ(1u, board.Logged("State 1 stops due to previous termination operation\r\n"));
+        EXPECT_EQ(STATE_IDLE, context.cur_state);
+    });
+}
+
+TEST(Supervision, LeavesAContextAloneThatIsIdleOrSpokenTo) {
+    RunHost([](Simulation& board) {
+        SimContext idle(Quiet);
+        SimContext busy([](StateContext&, char*) { return ONU_MNG_OK; });
+        auto* turning = new SimState(20, 20, 20, Quiet);
+        ASSERT_EQ(ONU_MNG_OK, busy.RegisterState(turning));
+        ASSERT_EQ(ONU_MNG_OK, busy.Alloc(1, 5, nullptr, 0));
+        busy.ChangeState(20, false);
+        for (int message = 0; message < 20; ++message) {
+            ASSERT_EQ(ONU_MNG_OK, busy.Operate());
+            board.Sleep(300s);
+            EXPECT_EQ(300'000u, busy.GetStateTime());
+            EXPECT_FALSE(busy.IsOverTime()) << "exactly at its limit";
+        }
+        board.Sleep(1ms);
+        EXPECT_TRUE(busy.IsOverTime());
+        EXPECT_EQ(0, idle.stop_times + busy.stop_times);
+        EXPECT_EQ(0u, idle.GetStateTime());
+    });
+}
+
+TEST(Supervision, TakesANewPeriodAfterTheSleepInProgress) {
+    RunHost([](Simulation& board) {
+        CapturedTerminal terminal;
+        ASSERT_EQ(ONU_MNG_OK, onu_mng_cli_install_element());
+        std::vector<SimTime> rounds;
+        SimContext context([&](StateContext&, char*) {
+            rounds.push_back(board.Now());
+            return ONU_MNG_FAILURE;
+        });
+        auto* turning = new SimState(20, 20, 20, Quiet, 0);
+        ASSERT_EQ(ONU_MNG_OK, context.RegisterState(turning));
+        ASSERT_EQ(ONU_MNG_OK, context.Alloc(1, 5, nullptr, 0));
+        context.ChangeState(20, false);
+        board.Sleep(10s);
+        const auto stops_after = [&](SimTime span) {
+            board.Sleep(span);
+            return static_cast<int>(context.stop_times);
+        };
+        const auto type = [&](const char* line) {
+            EXPECT_EQ(0, vty_execute(terminal, SimHost::kNode, line)) << terminal.Text();
+        };
+        type("set state_machine interval_run_time 5");
+        EXPECT_EQ(0, stops_after(19s)) << "the sleep in progress is not cut short";
+        EXPECT_EQ(1, stops_after(2s));
+        EXPECT_EQ(1, stops_after(3s));
+        EXPECT_EQ(2, stops_after(2s));
+        type("set state_machine interval_run_time 0");
+        EXPECT_EQ(3, stops_after(4500ms));
+        EXPECT_EQ(5, stops_after(2s)) << "slept as one second";
+        EXPECT_EQ(0u, StateContextManager::GetInstance()->interval_run_time);
+        StateContextManager::GetInstance()->Init(100);
+        EXPECT_EQ(StateContextManager::kDefaultInterval,
+                  StateContextManager::GetInstance()->interval_run_time);
+    });
+}
+
+TEST(Supervision, FollowsTheCalendarWhenItIsSet) {
+    RunHost([](Simulation& board) {
+        SimContext context(Quiet);
+        ASSERT_EQ(ONU_MNG_OK, context.Alloc(1, 5, nullptr, 0));
+        board.Sleep(10s);
+        board.StepCalendar(-24h);
+        EXPECT_EQ(0u, context.GetStateTime());
+        board.Sleep(31s);
+        EXPECT_EQ(0, context.stop_times);
+        board.StepCalendar(48h);
+        board.Sleep(30s);
+        EXPECT_EQ(1, context.stop_times);
+    });
+}
+
+TEST(Waits, LastAsManySecondsAsAsked) {
+    RunHost([](Simulation& board) {
+        Semaphore semaphore;
+        MessageQueue queue;
+        ASSERT_EQ(ONU_MNG_OK, queue.Init(1, 4));
+        char message[4] = {};
+        const auto last = [&](SimTime span, const std::function<bool()>& fails) {
+            const SimTime since = board.Now();
+            EXPECT_TRUE(fails());
+            EXPECT_EQ(span / 1ms, (board.Now() - since) / 1ms);
+        };
+        const auto send = [&](int timeout) {
+            return [&, timeout] { return queue.SendMsg(message, 4, timeout) == ONU_MNG_FAILURE; };
+        };
+        const auto receive = [&](int timeout) {
+            return [&, timeout] { return queue.RecvMsg(message, 4, timeout) == 0; };
+        };
+        const auto take = [&](unsigned int seconds) {
+            return [&, seconds] { return semaphore.TryWait(seconds) == -1; };
+        };
+        const SimTime longest = 1ms * std::numeric_limits<int>::max();
+        last(0s, take(0));
+        last(3s, take(3));
+        last(longest, take(std::numeric_limits<unsigned int>::max()));
+        last(0s, receive(0));
+        last(0s, receive(-2));
+        last(7s, receive(7));
+        last(longest, receive(std::numeric_limits<int>::max()));
+        ASSERT_EQ(ONU_MNG_OK, queue.SendMsg(message, 4, -1));
+        last(0s, send(0));
+        last(0s, send(-2));
+        last(0s, send(-3));
+        last(7s, send(7));
+        last(longest, send(std::numeric_limits<int>::max()));
+
+        board.Spawn("late", [&] {
+            board.Sleep(2s);
+            EXPECT_TRUE(semaphore.IsWaiting());
+            semaphore.Signal();
+            EXPECT_EQ(4u, queue.RecvMsg(message, 4, -1));
+            board.Sleep(2s);
+            EXPECT_EQ(ONU_MNG_OK, queue.SendMsg(message, 4, -1));
+        });
+        last(2s, [&] { return semaphore.TryWait(3) == 0; });
+        EXPECT_FALSE(semaphore.IsWaiting());
+        last(0s, [&] { return queue.RecvMsg(message, 4, -2) == 0; });
+        last(2s, [&] { return queue.RecvMsg(message, 4, 3) == 4; });
+    });
+}
+
+TEST(ServiceModule, WhoseQueueFailsNeitherSpinsNorFillsTheLog) {
+    RunHost([](Simulation& board) {
+        int handled = 0;
+        auto* module = new SimModule(3, MSG_PROC_ASYNC, [&](const SimModule::Message&) {
+            ++handled;
+            return ONU_MNG_OK;
+        });
+        ASSERT_EQ(ONU_MNG_OK, onu_mng_module_reg_service_module(module));
+        ASSERT_EQ(ONU_MNG_OK, onu_mng_system_start());
+        board.Settle();
+        board.FailFrom(SimFault::kQueueReceive, 1);
+        char message = 1;
+        EXPECT_EQ(ONU_MNG_OK, onu_mng_module_send_msg(0, 3, 1, 5, &message, 1));
+        EXPECT_EQ(ONU_MNG_OK, onu_mng_module_send_msg(0, 3, 1, 5, &message, 1));
+        const std::size_t lines = board.Log().size();
+        board.Sleep(1h);
+        EXPECT_GE(3605u, board.Log().size() - lines);
+        EXPECT_LE(3595u, board.Log().size() - lines);
+        board.FailNone();
+        board.Sleep(2s);
+        EXPECT_EQ(2, handled) << "it goes on where it was";
+    });
+}
+
+} // namespace

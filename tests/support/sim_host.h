@@ -1,0 +1,125 @@
+/// The library on the simulated board: what a host does to bring it up and to take it down again, and a
+/// service of each kind for its scenarios.
+#ifndef ONU_MNG_TESTS_SUPPORT_SIM_HOST_H
+#define ONU_MNG_TESTS_SUPPORT_SIM_HOST_H
+
+#include <functional>
+#include <utility>
+
+#include "onu_mng_lib/onu_mng_common/module_mgr.h"
+#include "onu_mng_lib/onu_mng_common/result.h"
+#include "onu_mng_lib/onu_mng_common/state_machine.h"
+#include "onu_mng_lib/onu_mng_module_cinterface.h"
+#include "onu_mng_lib/onu_mng_module_cplus_interface.h"
+#include "onu_mng_lib/onu_mng_system.h"
+#include "onu_mng_lib/onu_mng_system_reg_interface.h"
+
+/// Brings the library up in the body of a run, and down at its end: the library has no such operation, since
+/// on an OLT nothing is stopped, so supervision and modules are ended one by one.
+class SimHost {
+public:
+    static constexpr unsigned int kLogModule = 7;
+    static constexpr unsigned int kNode = 5;
+
+    SimHost() : status(Init()) {}
+    ~SimHost() { Stop(); }
+    SimHost(const SimHost&) = delete;
+    SimHost& operator=(const SimHost&) = delete;
+
+    static unsigned int Init() {
+        onu_mng_system_reg_log_module(kLogModule);
+        onu_mng_system_reg_cli_node(kNode);
+        onu_mng_system_set_pon_onu_num(16, 128);
+        onu_mng_system_reg_onu_id_to_onu_sn_handle(
+            [](unsigned, unsigned char, unsigned char*, unsigned) { return -1; });
+        onu_mng_system_reg_onu_sn_to_onu_id_handle(
+            [](unsigned, const unsigned char*, unsigned char*) { return -1; });
+        return onu_mng_system_init();
+    }
+
+    static void Stop() {
+        StateContextManager::GetInstance()->EndSupervision();
+        ModuleManager* modules = ModuleManager::GetInstance();
+        while (auto* module = dynamic_cast<ServiceModule*>(modules->GetItem(0)))
+            modules->RemoveModule(module->mod_type);
+    }
+
+    const unsigned int status; ///< of onu_mng_system_init()
+};
+
+/// Claims one message type and hands each message to a function.
+class SimModule : public ServiceModule {
+public:
+    struct Message {
+        unsigned int msg_type;
+        unsigned short pon_no;
+        unsigned short onu_id;
+        char* data;
+        unsigned int pkg_size;
+    };
+    using Handler = std::function<unsigned int(const Message&)>;
+
+    SimModule(unsigned int claims, MsgSyncProcType sync_type, Handler handler, unsigned int capacity = 8)
+        : ServiceModule(claims, "SimModule", 120, 1, capacity, 65536), delivery(sync_type),
+          on_message(std::move(handler)) {}
+    ~SimModule() override { EndTask(); }
+
+    using ServiceModule::HandleMsg;
+    bool Match(unsigned int msg_type, unsigned int, unsigned short, unsigned short, char*, unsigned int,
+               MsgSyncProcType& sync_type) override {
+        sync_type = delivery;
+        return msg_type == mod_type;
+    }
+    unsigned int HandleMsg(unsigned int msg_type, unsigned short pon_no, unsigned short onu_id, char* data,
+                           unsigned int pkg_size) override {
+        return on_message({msg_type, pon_no, onu_id, data, pkg_size});
+    }
+
+private:
+    const MsgSyncProcType delivery;
+    const Handler on_message;
+};
+
+/// A state whose work is a function.
+class SimState : public ServiceState {
+public:
+    using Work = std::function<unsigned int(StateContext&, char* p_msg)>;
+
+    SimState(unsigned int id, unsigned int on_success, unsigned int on_failure, Work hook,
+             unsigned long seconds = kDefaultMaxRunTime)
+        : ServiceState(id, seconds), success(on_success), failure(on_failure), work(std::move(hook)) {}
+
+    using ServiceState::Operate;
+    unsigned int Operate(StateContext* context, char* p_msg, unsigned int) override {
+        return work(*context, p_msg);
+    }
+    unsigned int GetNextState() override { return ret == ONU_MNG_OK ? success : failure; }
+
+private:
+    const unsigned int success;
+    const unsigned int failure;
+    const Work work;
+};
+
+/// INIT → WORK → SUCC → idle; a failure goes through FAIL to idle.
+class SimContext : public StateContext {
+public:
+    static constexpr unsigned int kWork = 10;
+
+    /// `hook` is the work of every state.
+    explicit SimContext(SimState::Work hook, unsigned long seconds = ServiceState::kDefaultMaxRunTime) {
+        RegisterState(new SimState(STATE_INIT, kWork, STATE_FAIL, hook, seconds));
+        RegisterState(new SimState(kWork, STATE_SUCC, STATE_FAIL, hook, seconds));
+        RegisterState(new SimState(STATE_SUCC, STATE_IDLE, STATE_IDLE, hook, seconds));
+        RegisterState(new SimState(STATE_FAIL, STATE_IDLE, STATE_IDLE, hook, seconds));
+    }
+
+    using StateContext::Match;
+    bool Match(char*, unsigned int) override { return true; }
+    unsigned int Operate() { return Handle(STATE_MSG_OPERATE, &message, 1); }
+
+private:
+    char message = 'm';
+};
+
+#endif
