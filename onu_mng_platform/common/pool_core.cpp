@@ -26,6 +26,7 @@ uint64_t GuardFor(const std::byte* address) {
 
 Pool* Pool::Create(const char* name, unsigned int size) {
     const uint32_t cells = std::max((size - 1) / kCellBytes + 1 + kGuardCells, kMinCells);
+    if (cells > BlockMap::kMaxCells) return nullptr;
     const size_t bytes = size_t{cells} * kCellBytes;
     void* const records = std::calloc(BlockMap::RecordBytes(cells), 1);
     if (records == nullptr) return nullptr;
@@ -46,28 +47,45 @@ Pool::Pool(const char* name, size_t size, std::byte* region, uint32_t cells, Blo
     map_.Init(records, cells);
 }
 
-void* Pool::Alloc(unsigned int size, const char* file, int line) {
-    if (size == 0) return nullptr;
-    const uint32_t contents = (size - 1) / kCellBytes + 1;
-    const Cell start = TakeBlock(stock_class::RoundedCells(contents + kGuardCells));
-    if (start == kNoCell) {
-        fails_.fetch_add(1, std::memory_order_relaxed);
-        return nullptr;
-    }
-    return HandOut(start, contents, SiteOf(file, line));
+/// Returns a live block of at least `cells` cells that is paid for; kNoCell when there is none.
+inline Cell Pool::TakeBlock(uint32_t cells, uint32_t contents, ThreadStock* stock) {
+    const uint32_t index = stock_class::Of(cells);
+    if (stock == nullptr || index == stock_class::kNone) return TakeUnderLock(cells, contents, stock);
+    const TakenBlock taken = PopLive(stock->blocks, index);
+    if (taken.start == kNoCell) return TakeUnderLock(cells, contents, stock);
+    if (taken.paid != contents) PayAnew(taken.paid, contents);
+    return taken.start;
 }
 
-void* Pool::HandOut(Cell start, uint32_t contents, uint32_t site) {
+inline void* Pool::HandOut(Cell start, uint32_t contents, uint32_t site) {
     BlockRecord& record = map_.At(start);
     record.contents.store(contents, std::memory_order_relaxed);
     record.site.store(site, std::memory_order_relaxed);
     WriteGuard(start + contents);
-    const size_t bytes = size_t{contents} * kCellBytes;
-    const size_t used = used_.fetch_add(bytes, std::memory_order_relaxed) + bytes;
-    size_t peak = peak_.load(std::memory_order_relaxed);
-    while (used > peak && !peak_.compare_exchange_weak(peak, used, std::memory_order_relaxed)) {
-    }
     return AddressOf(start);
+}
+
+void* Pool::Alloc(unsigned int size, const char* file, int line) {
+    if (size == 0) return nullptr;
+    const uint32_t contents = (size - 1) / kCellBytes + 1;
+    const uint32_t cells = stock_class::RoundedCells(contents + kGuardCells);
+    ThreadStock* const stock = OwnStock();
+    const Cell start = TakeBlock(cells, contents, stock);
+    if (start == kNoCell) {
+        fails_.fetch_add(1, std::memory_order_relaxed);
+        return nullptr;
+    }
+    if (stock != nullptr) stock->counters.taken.Add(size_t{contents} * kCellBytes);
+    return HandOut(start, contents, SiteOf(file, line));
+}
+
+/// Makes a moving block free for others.
+inline void Pool::GiveBlock(Cell start, BlockTag tag, ThreadStock* stock) {
+    const uint32_t index = stock_class::Of(tag.Cells());
+    if (stock == nullptr || index == stock_class::kNone) return GiveUnderLock(start, tag, stock);
+    if (stock->blocks.Count(index) == OwnBlocks::Room(index)) MakeRoom(*stock, index);
+    map_.At(start).SetTag(tag.In(BlockState::kStockedPaid));
+    stock->blocks.Put(index, start);
 }
 
 int Pool::Free(void* block) {
@@ -85,8 +103,9 @@ int Pool::Free(void* block) {
         record.SetTag(tag.In(BlockState::kDamaged));
         return RefuseDamaged(block, contents, record.site.load(std::memory_order_relaxed));
     }
-    used_.fetch_sub(size_t{contents} * kCellBytes, std::memory_order_relaxed);
-    GiveBlock(start, tag);
+    ThreadStock* const stock = OwnStock();
+    if (stock != nullptr) stock->counters.returned.Add(size_t{contents} * kCellBytes);
+    GiveBlock(start, tag, stock);
     return 0;
 }
 
@@ -119,28 +138,6 @@ bool Pool::GuardIsIntact(Cell cell) const {
     uint64_t guard[2];
     std::memcpy(guard, address, sizeof(guard));
     return guard[0] == GuardFor(address) && guard[1] == GuardFor(address);
-}
-
-mpu_stat Pool::Stat() const {
-    // Returned blocks first: whatever is counted there was taken before and is counted below.
-    unsigned long returned = shared_counters_.returned.load(std::memory_order_acquire);
-    for (const auto& stock : stocks_) {
-        const ThreadStock* const each = stock.load(std::memory_order_acquire);
-        if (each != nullptr) returned += each->counters.returned.load(std::memory_order_acquire);
-    }
-    unsigned long taken = shared_counters_.taken.load(std::memory_order_relaxed);
-    for (const auto& stock : stocks_) {
-        const ThreadStock* const each = stock.load(std::memory_order_acquire);
-        if (each != nullptr) taken += each->counters.taken.load(std::memory_order_relaxed);
-    }
-    mpu_stat stat{};
-    stat.size = size_;
-    stat.used = used_.load(std::memory_order_relaxed);
-    stat.peak = peak_.load(std::memory_order_relaxed);
-    stat.blocks = taken - returned;
-    stat.allocs = taken;
-    stat.fails = fails_.load(std::memory_order_relaxed);
-    return stat;
 }
 
 } // namespace onu_mng_platform

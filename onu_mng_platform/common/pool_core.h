@@ -7,6 +7,7 @@
 #include <mutex>
 
 #include "onu_mng_platform/common/pool_blocks.h"
+#include "onu_mng_platform/common/pool_meter.h"
 #include "onu_mng_platform/common/pool_stock.h"
 #include "onu_mng_platform/common/pool_thread.h"
 #include "onu_mng_platform/mpu.h"
@@ -48,10 +49,24 @@ public:
     }
 
 private:
+    /// Requests and their bytes, written by one owner at a time, so that nothing dearer than an addition is
+    /// needed.
+    class Counter {
+    public:
+        void Add(size_t bytes) {
+            bytes_.store(Bytes() + bytes, std::memory_order_relaxed);
+            requests_.store(Requests() + 1, std::memory_order_release);
+        }
+        unsigned long Requests() const { return requests_.load(std::memory_order_acquire); }
+        size_t Bytes() const { return bytes_.load(std::memory_order_relaxed); }
+
+    private:
+        std::atomic<unsigned long> requests_{0};
+        std::atomic<size_t> bytes_{0};
+    };
     struct Counters {
-        // Each pair is written by one owner at a time, so that plain additions do.
-        std::atomic<unsigned long> taken{0};
-        std::atomic<unsigned long> returned{0};
+        Counter taken;
+        Counter returned;
     };
     using OwnBlocks = Stock<32, 8 * 1024>;
     using Depot = Stock<256, 64 * 1024>;
@@ -61,25 +76,44 @@ private:
         uint8_t batches[stock_class::kCount] = {}; // blocks fetched the last time, doubled each time
     };
 
+    struct TakenBlock {
+        Cell start;
+        uint32_t paid; // contents that are paid for
+    };
+
     Pool(const char* name, size_t size, std::byte* region, uint32_t cells, BlockRecord* records);
 
     ThreadStock* OwnStock();
-    Cell TakeBlock(uint32_t cells);
-    Cell TakeUnderLock(uint32_t cells, uint32_t index, ThreadStock* stock);
-    Cell TakeFromDepot(uint32_t index, ThreadStock* stock);
+    [[gnu::noinline]] ThreadStock* MakeStock();
+
+    [[gnu::always_inline]] Cell TakeBlock(uint32_t cells, uint32_t contents, ThreadStock* stock);
+    [[gnu::noinline]] Cell TakeUnderLock(uint32_t cells, uint32_t contents, ThreadStock* stock);
+    Cell TakeFromDepot(uint32_t index, uint32_t contents, ThreadStock* stock);
     Cell TakeFromMap(uint32_t cells, uint32_t index, ThreadStock* stock);
     template <class AnyStock>
-    Cell PopLive(AnyStock& stock, uint32_t index);
+    [[gnu::always_inline]] TakenBlock PopLive(AnyStock& stock, uint32_t index);
     void TakeStocksBack();
 
-    void GiveBlock(Cell start, BlockTag tag);
-    void GiveUnderLock(Cell start, BlockTag tag, uint32_t index);
+    [[gnu::always_inline]] void GiveBlock(Cell start, BlockTag tag, ThreadStock* stock);
+    [[gnu::noinline]] void GiveUnderLock(Cell start, BlockTag tag, ThreadStock* stock);
     void MakeRoom(ThreadStock& stock, uint32_t index);
     void Unstock(Cell start, uint32_t index);
 
+    [[gnu::noinline]] void PayAnew(uint32_t paid, uint32_t contents);
+    void Pay(size_t bytes);
+    void CollectPayments(size_t bytes);
+    size_t Used() const;
+
     void* HandOut(Cell start, uint32_t contents, uint32_t site);
-    int RefuseState(const void* block, BlockState state) const;
-    int RefuseDamaged(const void* block, uint32_t contents, uint32_t site) const;
+    [[gnu::cold]] int RefuseState(const void* block, BlockState state) const;
+    [[gnu::cold]] int RefuseDamaged(const void* block, uint32_t contents, uint32_t site) const;
+
+    template <class Visit>
+    void ForEachStock(Visit visit) const;
+
+    static bool IsStocked(BlockTag tag, Cell start, uint32_t index) {
+        return tag.IsStocked() && tag.StartsAt(start) && tag.Cells() == stock_class::CellsOf(index);
+    }
 
     std::byte* AddressOf(Cell cell) const { return region_ + size_t{cell - kFirstCell} * kCellBytes; }
     void WriteGuard(Cell cell);
@@ -91,18 +125,46 @@ private:
     const size_t size_;  // asked for
     char name_[32];
 
-    std::atomic<ThreadStock*> stocks_[kMaxThreadSlots] = {};
+    std::atomic<ThreadStock*> stocks_[kMaxThreadSlots + 2] = {}; // the last two stay null
 
-    // Written by every request: on a cache line of their own.
-    alignas(64) std::atomic<size_t> used_{0};
-    std::atomic<size_t> peak_{0};
     std::atomic<unsigned long> fails_{0};
 
-    alignas(64) std::mutex lock_; // guards everything below
+    // Apart from what every request reads.
+    alignas(64) mutable std::mutex lock_; // guards everything below
+    PeakMeter meter_;
     BlockMap map_;
     Depot depot_;
     Counters shared_counters_; // of requests that had no stock
 };
+
+/// Returns the calling thread's stock; null when it has none and works under the lock instead.
+inline Pool::ThreadStock* Pool::OwnStock() {
+    ThreadStock* const stock = stocks_[detail::t_slot].load(std::memory_order_acquire);
+    return stock != nullptr ? stock : MakeStock();
+}
+
+template <class Visit>
+void Pool::ForEachStock(Visit visit) const {
+    for (const auto& stock : stocks_) {
+        ThreadStock* const each = stock.load(std::memory_order_acquire);
+        if (each != nullptr) visit(*each);
+    }
+}
+
+/// Takes a live block out of a stock of the caller's; kNoCell when the class is empty.
+template <class AnyStock>
+inline Pool::TakenBlock Pool::PopLive(AnyStock& stock, uint32_t index) {
+    while (stock.Count(index) != 0) {
+        const Cell start = stock.Pop(index);
+        if (start == kNoCell) continue;
+        BlockRecord& record = map_.At(start);
+        const BlockTag tag = record.Tag();
+        if (!IsStocked(tag, start, index) || !record.Move(tag, tag.In(BlockState::kLive))) continue;
+        const bool is_paid = tag.State() == BlockState::kStockedPaid;
+        return {start, is_paid ? record.contents.load(std::memory_order_relaxed) : 0};
+    }
+    return {kNoCell, 0};
+}
 
 } // namespace onu_mng_platform
 

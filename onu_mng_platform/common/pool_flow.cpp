@@ -5,83 +5,53 @@
 #include "onu_mng_platform/common/pool_core.h"
 
 namespace onu_mng_platform {
-namespace {
 
-void AddOne(std::atomic<unsigned long>& counter) {
-    counter.store(counter.load(std::memory_order_relaxed) + 1, std::memory_order_release);
-}
-
-BlockTag StockedTag(Cell start, uint32_t index) {
-    return BlockTag(BlockState::kStocked, start, stock_class::CellsOf(index));
-}
-
-} // namespace
-
-/// Returns the calling thread's stock; null when it has none and works under the lock instead.
-Pool::ThreadStock* Pool::OwnStock() {
+Pool::ThreadStock* Pool::MakeStock() {
     const unsigned int slot = ThreadSlot();
     if (slot == kNoThreadSlot) return nullptr;
     ThreadStock* stock = stocks_[slot].load(std::memory_order_acquire);
-    if (stock != nullptr) return stock;
-    stock = new (std::nothrow) ThreadStock;
+    if (stock == nullptr) stock = new (std::nothrow) ThreadStock;
     stocks_[slot].store(stock, std::memory_order_release);
     return stock;
 }
 
-/// Returns a live block of at least `cells` cells; kNoCell when there is none.
-Cell Pool::TakeBlock(uint32_t cells) {
+Cell Pool::TakeUnderLock(uint32_t cells, uint32_t contents, ThreadStock* stock) {
     const uint32_t index = stock_class::Of(cells);
-    ThreadStock* const stock = index == stock_class::kNone ? nullptr : OwnStock();
-    if (stock != nullptr) {
-        const Cell start = PopLive(stock->blocks, index);
-        if (start != kNoCell) {
-            AddOne(stock->counters.taken);
-            return start;
-        }
-    }
-    return TakeUnderLock(cells, index, stock);
-}
-
-template <class AnyStock>
-Cell Pool::PopLive(AnyStock& stock, uint32_t index) {
-    while (stock.Count(index) != 0) {
-        const Cell start = stock.Pop(index);
-        if (start == kNoCell) continue;
-        const BlockTag stocked = StockedTag(start, index);
-        if (map_.At(start).Move(stocked, stocked.In(BlockState::kLive))) return start;
-    }
-    return kNoCell;
-}
-
-Cell Pool::TakeUnderLock(uint32_t cells, uint32_t index, ThreadStock* stock) {
     const std::lock_guard<std::mutex> guard(lock_);
-    Cell start = index == stock_class::kNone ? kNoCell : TakeFromDepot(index, stock);
-    if (start == kNoCell) start = TakeFromMap(cells, index, stock);
+    Cell start = index == stock_class::kNone ? kNoCell : TakeFromDepot(index, contents, stock);
     if (start == kNoCell) {
-        TakeStocksBack();
-        start = map_.Take(cells, BlockState::kLive);
+        start = TakeFromMap(cells, index, stock);
+        if (start == kNoCell) {
+            TakeStocksBack();
+            start = map_.Take(cells, BlockState::kLive);
+        }
+        if (start == kNoCell) return kNoCell;
+        Pay(size_t{contents} * kCellBytes);
     }
-    if (start != kNoCell) AddOne(stock != nullptr ? stock->counters.taken : shared_counters_.taken);
+    if (stock == nullptr) shared_counters_.taken.Add(size_t{contents} * kCellBytes);
     return start;
 }
 
 /// Takes one block of a class and moves as many more as a batch has to `stock`.
-Cell Pool::TakeFromDepot(uint32_t index, ThreadStock* stock) {
-    const Cell start = PopLive(depot_, index);
-    if (start == kNoCell || stock == nullptr) return start;
+Cell Pool::TakeFromDepot(uint32_t index, uint32_t contents, ThreadStock* stock) {
+    const TakenBlock taken = PopLive(depot_, index);
+    if (taken.start == kNoCell) return kNoCell;
+    meter_.PayBack(size_t{taken.paid} * kCellBytes);
+    Pay(size_t{contents} * kCellBytes);
+    if (stock == nullptr) return taken.start;
     const uint32_t batch = OwnBlocks::Room(index) / 2;
     for (uint32_t i = 1; i < batch && depot_.Count(index) != 0; ++i) {
         const Cell more = depot_.Pop(index);
         if (more != kNoCell) stock->blocks.Put(index, more);
     }
-    return start;
+    return taken.start;
 }
 
 /// Takes one block and cuts some more for `stock`: twice as many each time, so that a thread that needs few
 /// blocks of a class does not hoard them.
 Cell Pool::TakeFromMap(uint32_t cells, uint32_t index, ThreadStock* stock) {
     const Cell start = map_.Take(cells, BlockState::kLive);
-    if (start == kNoCell || stock == nullptr) return start;
+    if (start == kNoCell || stock == nullptr || index == stock_class::kNone) return start;
     const uint32_t limit = OwnBlocks::Room(index) / 2;
     const uint32_t batch = std::clamp(2 * uint32_t{stock->batches[index]}, uint32_t{1}, limit);
     stock->batches[index] = static_cast<uint8_t>(batch);
@@ -101,16 +71,18 @@ Cell Pool::TakeFromMap(uint32_t cells, uint32_t index, ThreadStock* stock) {
 
 /// Moves a stocked block to the map unless its entry was out of date.
 void Pool::Unstock(Cell start, uint32_t index) {
-    const BlockTag stocked = StockedTag(start, index);
-    if (map_.At(start).Move(stocked, stocked.In(BlockState::kMoving))) map_.Release(start);
+    BlockRecord& record = map_.At(start);
+    const BlockTag tag = record.Tag();
+    if (!IsStocked(tag, start, index) || !record.Move(tag, tag.In(BlockState::kMoving))) return;
+    if (tag.State() == BlockState::kStockedPaid) {
+        meter_.PayBack(size_t{record.contents.load(std::memory_order_relaxed)} * kCellBytes);
+    }
+    map_.Release(start);
 }
 
 void Pool::TakeStocksBack() {
     const auto unstock = [this](Cell start, uint32_t index) { Unstock(start, index); };
-    for (auto& stock : stocks_) {
-        ThreadStock* const each = stock.load(std::memory_order_acquire);
-        if (each != nullptr) each->blocks.TakeBack(unstock);
-    }
+    ForEachStock([&](ThreadStock& stock) { stock.blocks.TakeBack(unstock); });
     depot_.TakeBack(unstock);
 }
 
@@ -122,26 +94,19 @@ void Pool::Flush(unsigned int slot) {
     std::fill(std::begin(stock->batches), std::end(stock->batches), uint8_t{0});
 }
 
-/// Makes a moving block free for others.
-void Pool::GiveBlock(Cell start, BlockTag tag) {
+void Pool::GiveUnderLock(Cell start, BlockTag tag, ThreadStock* stock) {
     const uint32_t index = stock_class::Of(tag.Cells());
-    ThreadStock* const stock = index == stock_class::kNone ? nullptr : OwnStock();
-    if (stock == nullptr) return GiveUnderLock(start, tag, index);
-    if (stock->blocks.Count(index) == OwnBlocks::Room(index)) MakeRoom(*stock, index);
-    AddOne(stock->counters.returned);
-    map_.At(start).SetTag(tag.In(BlockState::kStocked));
-    stock->blocks.Put(index, start);
-}
-
-void Pool::GiveUnderLock(Cell start, BlockTag tag, uint32_t index) {
     const std::lock_guard<std::mutex> guard(lock_);
-    AddOne(shared_counters_.returned);
-    if (index == stock_class::kNone || depot_.Count(index) == Depot::Room(index)) {
-        map_.At(start).SetTag(tag.In(BlockState::kMoving));
-        return map_.Release(start);
+    BlockRecord& record = map_.At(start);
+    const size_t bytes = size_t{record.contents.load(std::memory_order_relaxed)} * kCellBytes;
+    if (stock == nullptr) shared_counters_.returned.Add(bytes);
+    if (index != stock_class::kNone && depot_.Count(index) < Depot::Room(index)) {
+        record.SetTag(tag.In(BlockState::kStockedPaid));
+        return depot_.Put(index, start);
     }
-    map_.At(start).SetTag(tag.In(BlockState::kStocked));
-    depot_.Put(index, start);
+    meter_.PayBack(bytes);
+    record.SetTag(tag.In(BlockState::kMoving));
+    map_.Release(start);
 }
 
 /// Moves the older half of a class to the depot, and to the map what the depot has no room for.

@@ -48,24 +48,22 @@ constexpr uint32_t CellsOf(uint32_t index) {
 /// somewhere, because an entry is dropped only when the block is not stocked at that moment and each block
 /// that becomes stocked is entered anew.
 ///
-/// Thread safety: one owner (a thread, or the pool's lock) calls everything but TakeBack(), which any thread
-/// may call. RemoveOldest() and TakeBack() run under the pool's lock.
+/// Thread safety: one owner (a thread, or the pool's lock) calls everything but TakeBack() and ForEach(),
+/// which any thread may call. RemoveOldest() and TakeBack() run under the pool's lock.
 template <uint32_t MaxEntries, uint32_t MaxBytes>
 class Stock {
 public:
     /// Returns how many blocks of a class fit.
-    static constexpr uint32_t Room(uint32_t index) {
-        return std::clamp(MaxBytes / (stock_class::CellsOf(index) * kCellBytes), uint32_t{4}, MaxEntries);
-    }
+    static uint32_t Room(uint32_t index) { return kRooms.of[index]; }
 
     uint32_t Count(uint32_t index) const { return counts_[index]; }
 
     /// Adds a block; the class has room for it.
     void Put(uint32_t index, Cell cell) {
-        entries_[index][counts_[index]++].store(cell, std::memory_order_relaxed);
-        const uint64_t bit = uint64_t{1} << index;
-        const uint64_t used = used_.load(std::memory_order_relaxed);
-        if ((used & bit) == 0) used_.store(used | bit, std::memory_order_relaxed);
+        const uint16_t count = counts_[index];
+        entries_[index][count].store(cell, std::memory_order_relaxed);
+        counts_[index] = static_cast<uint16_t>(count + 1);
+        if (count == 0) MarkUsed(index);
     }
 
     /// Removes the entry on top; the class is not empty. kNoCell when it was taken back.
@@ -99,7 +97,38 @@ public:
         }
     }
 
+    /// Shows the entries to `visit(cell, index)` until that returns false.
+    template <class Visit>
+    void ForEach(Visit visit) const {
+        const uint64_t used = used_.load(std::memory_order_relaxed);
+        for (uint32_t index = 0; index < stock_class::kCount; ++index) {
+            if ((used >> index & 1) == 0) continue;
+            for (const std::atomic<Cell>& entry : entries_[index]) {
+                const Cell cell = entry.load(std::memory_order_relaxed);
+                if (cell != kNoCell && !visit(cell, index)) return;
+            }
+        }
+    }
+
 private:
+    struct Rooms {
+        uint16_t of[stock_class::kCount];
+    };
+    static constexpr Rooms MakeRooms() {
+        Rooms rooms{};
+        for (uint32_t i = 0; i < stock_class::kCount; ++i) {
+            const uint32_t fitting = MaxBytes / (stock_class::CellsOf(i) * kCellBytes);
+            rooms.of[i] = static_cast<uint16_t>(std::clamp(fitting, uint32_t{4}, MaxEntries));
+        }
+        return rooms;
+    }
+    static constexpr Rooms kRooms = MakeRooms();
+
+    void MarkUsed(uint32_t index) {
+        const uint64_t used = used_.load(std::memory_order_relaxed);
+        used_.store(used | uint64_t{1} << index, std::memory_order_relaxed);
+    }
+
     std::atomic<uint64_t> used_{0}; // a bit for each class that ever had an entry
     uint16_t counts_[stock_class::kCount] = {};
     std::atomic<Cell> entries_[stock_class::kCount][MaxEntries] = {};

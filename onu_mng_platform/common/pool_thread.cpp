@@ -5,13 +5,11 @@
 namespace onu_mng_platform {
 namespace {
 
-constexpr unsigned int kNotAsked = kMaxThreadSlots + 1;
-
 std::atomic<bool> g_taken[kMaxThreadSlots];
 
-// Apart from the lease, because it is read on every request and outlives the lease.
-thread_local unsigned int t_slot = kNotAsked;
+using detail::t_slot;
 
+/// Apart from the number itself, which is read on every request and outlives the lease.
 struct Lease {
     Lease() {
         t_slot = kNoThreadSlot;
@@ -32,15 +30,11 @@ struct Lease {
     }
 };
 
-unsigned int TakeSlot() {
-    static thread_local Lease lease;
-    return t_slot;
-}
-
 } // namespace
 
-unsigned int ThreadSlot() {
-    return t_slot == kNotAsked ? TakeSlot() : t_slot;
+unsigned int detail::TakeThreadSlot() {
+    static thread_local Lease lease;
+    return t_slot;
 }
 
 } // namespace onu_mng_platform
