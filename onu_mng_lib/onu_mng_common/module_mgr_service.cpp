@@ -72,9 +72,12 @@ ServiceModule::ServiceModule(unsigned int type, const char* name, unsigned int p
     }
 }
 
+// A destructor must not be unwound by the end of the task it runs in, and draining receives.
 ServiceModule::~ServiceModule() {
     EndTask();
+    bep_taskSafeEx();
     DrainQueue();
+    bep_taskUnsafeEx();
 }
 
 unsigned int ServiceModule::InitModule() {
