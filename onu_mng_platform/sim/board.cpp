@@ -90,7 +90,8 @@ SimHoldings Board::Holdings() const {
     for (const Entry& entry : entries) {
         if (entry.object == nullptr) continue;
         holdings.queues += entry.kind == ObjectKind::kQueue;
-        holdings.tasks += entry.kind == ObjectKind::kTask;
+        if (entry.kind == ObjectKind::kTask)
+            holdings.tasks += !static_cast<const Task&>(*entry.object).is_host;
         if (entry.kind != ObjectKind::kSemaphore) continue;
         const auto& semaphore = static_cast<const BinarySemaphore&>(*entry.object);
         ++holdings.semaphores;

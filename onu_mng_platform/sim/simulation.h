@@ -82,7 +82,7 @@ struct SimLogLine {
 
 /// What is in use on the board, all but `locks_taken` counted from the start of the run.
 struct SimHoldings {
-    long tasks;
+    long tasks; ///< not deleted yet, the body and the host tasks aside
     long queues;
     long semaphores;
     long blocks;      ///< of all pools
@@ -137,7 +137,7 @@ public:
     SimTime Now() const;
     /// Moves the calendar (CLOCK_REALTIME, getDateTime()) without time passing, as setting the date does.
     void StepCalendar(SimTime step);
-    /// Lets tasks of this name wait for a semaphore without limit in quiet.
+    /// Lets tasks of this name wait for a semaphore, or for room in a queue, without limit in quiet.
     void MayIdle(const char* task);
 
     /// From now on the `nth` call of the kind fails (1: the next); `FailFrom`: and every later one;
