@@ -21,10 +21,9 @@ class Report : public testing::Test {
 protected:
     static void SetUpTestSuite() {
         ASSERT_TRUE(InitPool());
-        CommandFormatMgr& reports = *CommandFormatMgr::GetInstance();
-        reports.RegisterCmd(kReport, {kReport, "Replaced", "Replaced"});
-        reports.RegisterCmd(kReport, {kReport, "A report", "Head line"});
-        reports.RegisterCmd(kHeadOnly, {kHeadOnly, "", "Only a head line"});
+        reports->RegisterCmd(kReport, {kReport, "Replaced", "Replaced"});
+        reports->RegisterCmd(kReport, {kReport, "A report", "Head line"});
+        reports->RegisterCmd(kHeadOnly, {kHeadOnly, "", "Only a head line"});
         ParameterFormat columns[] = {
             {30, "FLAG", "Any flag", VARIANT_TYPE_BOOL, 0},
             {20, "NUMBER", "A number", VARIANT_TYPE_INT, 0},
@@ -33,9 +32,9 @@ protected:
             {50, "SHORT_TEXT", "A text", VARIANT_TYPE_STRING, 8},
         };
         for (ParameterFormat& column : columns)
-            reports.RegisterParameter(kReport, column);
+            reports->RegisterParameter(kReport, column);
         ParameterFormat id = {0, "ID", "Its id", VARIANT_TYPE_USHORT, 0};
-        reports.RegisterParameter(kColumnsOnly, id);
+        reports->RegisterParameter(kColumnsOnly, id);
     }
 
     /// Prints to a terminal and to standard output, which must get the same.
