@@ -2,39 +2,68 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
-#include <regex>
 #include <set>
+#include <sstream>
 
 namespace cli_test {
 namespace {
 
 using Words = std::vector<FormWord>;
 
-std::vector<std::string> Tokens(const std::string& text, const char* pattern) {
-    const std::regex token(pattern);
-    return {std::sregex_token_iterator(text.begin(), text.end(), token), std::sregex_token_iterator()};
+std::vector<std::string> Split(const std::string& text, char separator) {
+    std::vector<std::string> parts;
+    std::istringstream stream(text);
+    for (std::string part; std::getline(stream, part, separator);)
+        if (!part.empty()) parts.push_back(part);
+    return parts;
 }
 
 Alternative AlternativeOf(const std::string& text) {
-    std::smatch range;
-    if (std::regex_match(text, range, std::regex("<(-?[0-9]+)-(-?[0-9]+)>")))
-        return {text, Alternative::kNumber, std::stoll(range[1]), std::stoll(range[2])};
+    long long low = 0;
+    long long high = 0;
+    if (std::sscanf(text.c_str(), "<%lld-%lld>", &low, &high) == 2)
+        return {text, Alternative::kNumber, low, high};
     return {text, text[0] == '<' ? Alternative::kAnything : Alternative::kText, 0, 0};
 }
 
 FormWord WordOf(const std::string& token) {
-    FormWord word{{}, token[0] == '[' || token[0] == '<'};
-    for (const std::string& text : Tokens(token, R"([^\[\]|]+)"))
+    const bool is_choice = token[0] == '[';
+    FormWord word{{}, is_choice || token[0] == '<'};
+    for (const std::string& text : Split(is_choice ? token.substr(1, token.size() - 2) : token, '|'))
         word.alternatives.push_back(AlternativeOf(text));
     return word;
 }
 
 Words WordsOf(const std::string& tokens) {
     Words words;
-    for (const std::string& token : Tokens(tokens, R"(\[[^\]]*\]|<[^>]*>|[^ ]+)"))
+    for (const std::string& token : Split(tokens, ' '))
         words.push_back(WordOf(token));
     return words;
+}
+
+/// The syntax as plain words and, of groups that stand behind each other, what is in their braces.
+struct Part {
+    Words plain;
+    std::vector<Words> groups;
+};
+
+std::vector<Part> PartsOf(const std::string& syntax) {
+    std::vector<Part> parts;
+    bool in_groups = true;
+    for (size_t at = 0; at < syntax.size();) {
+        const bool is_group = syntax[at] == '{';
+        if (!is_group || !in_groups || parts.empty()) parts.emplace_back();
+        in_groups = is_group;
+        const size_t end = std::min(syntax.find(is_group ? '}' : ' ', at), syntax.size());
+        if (is_group)
+            parts.back().groups.push_back(WordsOf(syntax.substr(at + 1, end - at - 1)));
+        else
+            parts.back().plain = WordsOf(syntax.substr(at, end - at));
+        at = std::min(syntax.find_first_not_of(' ', is_group ? end + 3 : end), syntax.size());
+    }
+    return parts;
 }
 
 /// Every order of every choice of the groups.
@@ -51,21 +80,11 @@ void Arrange(std::vector<Words> groups, const Words& so_far, std::vector<Words>*
 
 std::vector<Words> Expand(const std::string& syntax) {
     std::vector<Words> forms = {{}};
-    const std::string group = R"(\{[^}]*\}\*1)";
-    for (const std::string& part : Tokens(syntax, R"((?:\{[^}]*\}\*1 *)+|[^{]+)")) {
-        std::vector<Words> groups;
-        for (const std::string& text : Tokens(part, group.c_str()))
-            groups.push_back(WordsOf(text.substr(1, text.size() - 4)));
+    for (const Part& part : PartsOf(syntax)) {
         std::vector<Words> longer;
-        for (const Words& form : forms) {
-            Words plain = form;
-            if (groups.empty()) {
-                const Words words = WordsOf(part);
-                plain.insert(plain.end(), words.begin(), words.end());
-                longer.push_back(plain);
-            } else {
-                Arrange(groups, form, &longer);
-            }
+        for (Words form : forms) {
+            form.insert(form.end(), part.plain.begin(), part.plain.end());
+            Arrange(part.groups, form, &longer);
         }
         forms = longer;
     }
@@ -122,7 +141,7 @@ void Narrow(std::vector<const Form*>* forms, size_t at, const std::string& typed
 }
 
 std::vector<std::string> Delivered(const Form& form, const std::vector<std::string>& typed) {
-    std::vector<std::string> words = {form.command->name};
+    std::vector<std::string> words = {form.command};
     for (size_t i = 0; i < typed.size(); ++i) {
         if (!form.words[i].delivered) continue;
         const std::string* full = Find(form.words[i], typed[i], kFull);
@@ -138,7 +157,7 @@ std::vector<Form> FormsOf(const std::vector<cmd_element>& commands) {
     std::vector<Form> forms;
     for (const cmd_element& command : commands)
         for (const Words& words : Expand(command.syntax))
-            forms.push_back({&command, words});
+            forms.push_back({command.name, words});
     return forms;
 }
 

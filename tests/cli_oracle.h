@@ -27,7 +27,7 @@ struct FormWord {
 
 /// One sequence of words that a syntax allows, every group either there or not.
 struct Form {
-    const cmd_element* command;
+    std::string command;
     std::vector<FormWord> words;
 };
 

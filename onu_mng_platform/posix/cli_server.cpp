@@ -137,7 +137,8 @@ const char* CliServer::Loop::Attend(const std::shared_ptr<CliSession>& session, 
 void CliServer::Loop::End(const Entry& entry, const char* cause) const {
     char line[64];
     std::snprintf(line, sizeof line, "%% Closed: %s.\r\n", cause);
-    entry.session->Close(line);
+    // Who has left or does not read needs no words.
+    entry.session->Close(entry.session->Ending() == nullptr ? line : "");
     ulogPrintf(options_.log_module, kSessionLevel, "%s: closed, %s\r\n", entry.user.c_str(), cause);
 }
 

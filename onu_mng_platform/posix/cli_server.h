@@ -26,7 +26,7 @@ class CliServer {
 public:
     struct Options {
         unsigned int log_module = 0;
-        std::chrono::seconds idle_limit{600};
+        std::chrono::milliseconds idle_limit{600000};
         size_t max_sessions = 32;
         size_t output_limit = size_t{1} << 18; ///< bytes that a session keeps for its reader, twice
     };

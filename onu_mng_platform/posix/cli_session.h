@@ -21,7 +21,7 @@ struct CliSessionSettings {
     unsigned int node = 0;
     std::string prompt;
     unsigned int log_module = 0;
-    std::chrono::seconds idle_limit{600};
+    std::chrono::milliseconds idle_limit{600000};
     size_t output_limit = size_t{1} << 18;
 };
 
