@@ -1,5 +1,6 @@
 #include "onu_mng_lib/onu_mng_cli_cmd.h"
 
+#include <iterator>
 #include <new>
 
 #include "onu_mng_lib/onu_mng_common/cmd_fmt.h"
@@ -57,19 +58,17 @@ constexpr Column kSystemEnv[] = {
     {"DEVICE", "Device type", VARIANT_TYPE_USHORT},
 };
 
-template <unsigned int N>
-void RegisterReport(unsigned int cmd_id, const char* title, const Column (&columns)[N]) {
+void RegisterReport(unsigned int cmd_id, const char* title, const Column* first, const Column* last) {
     CommandFormatMgr& reports = *CommandFormatMgr::GetInstance();
     try {
         reports.RegisterCmd(cmd_id, {cmd_id, title, "The result is shown as follows"});
         ParameterFormat format;
-        for (unsigned int param_id = 0; param_id < N; ++param_id) {
-            const Column& column = columns[param_id];
-            format.param_id = param_id;
-            format.name = column.name;
-            format.description = column.description;
-            format.type = column.type;
-            format.width = column.width;
+        for (const Column* column = first; column != last; ++column) {
+            format.param_id = static_cast<unsigned int>(column - first);
+            format.name = column->name;
+            format.description = column->description;
+            format.type = column->type;
+            format.width = column->width;
             reports.RegisterParameter(cmd_id, format);
         }
     } catch (const std::bad_alloc&) {
@@ -81,23 +80,24 @@ void RegisterReport(unsigned int cmd_id, const char* title, const Column (&colum
 } // namespace
 
 void InitCmdCLI_CMD_SHOW_STATE_CONTEXT(unsigned int cmd_id) {
-    RegisterReport(cmd_id, "Omci state context information", kStateContext);
+    RegisterReport(cmd_id, "Omci state context information", std::begin(kStateContext),
+                   std::end(kStateContext));
 }
 
 void InitCmdCLI_CMD_SHOW_MODULE_SUMMARY(unsigned int cmd_id) {
-    RegisterReport(cmd_id, "Omci modules information", kModuleSummary);
+    RegisterReport(cmd_id, "Omci modules information", std::begin(kModuleSummary), std::end(kModuleSummary));
 }
 
 void InitCmdCLI_CMD_SHOW_MODULE(unsigned int cmd_id) {
-    RegisterReport(cmd_id, "Omci modules information", kModule);
+    RegisterReport(cmd_id, "Omci modules information", std::begin(kModule), std::end(kModule));
 }
 
 void InitCmdCLI_CMD_SHOW_ONU_TRACE(unsigned int cmd_id) {
-    RegisterReport(cmd_id, "Omci onu log trace information", kOnuTrace);
+    RegisterReport(cmd_id, "Omci onu log trace information", std::begin(kOnuTrace), std::end(kOnuTrace));
 }
 
 void InitCmdCLI_CMD_SHOW_SYSTEM_ENV(unsigned int cmd_id) {
-    RegisterReport(cmd_id, "Omci system environment", kSystemEnv);
+    RegisterReport(cmd_id, "Omci system environment", std::begin(kSystemEnv), std::end(kSystemEnv));
 }
 
 unsigned int onu_mng_init_cli_cmd(void) {

@@ -75,10 +75,9 @@ int ReadPair(TraceRequest& request, vty* terminal, const char* keyword, char* va
         return ReadSn(request, terminal, value);
     case kDebugLevel:
         return ReadLevels(request, terminal, value);
-    case kUnknown:
+    default:
         return 0;
     }
-    return 0;
 }
 
 /// Asks the host for the one of ONU id and serial number that is missing; what it does not know stays

@@ -9,8 +9,8 @@
 #include "onu_mng_lib/onu_mng_common/cmd_fmt.h"
 #include "onu_mng_lib/onu_mng_common/text_output.h"
 
-/// Adds a cell. A value that found no block in the pool gets none, so that its column prints blanks and those
-/// behind it stay in their places.
+/// Adds a cell. A value that found no block in the pool gets none, so that its column prints blanks and
+/// those behind it stay in their places.
 inline void AddCell(std::vector<ParameterContent>& row, unsigned int param_id, Variant value) {
     if (!value.IsEmpty()) row.push_back({param_id, std::move(value)});
 }
@@ -26,8 +26,8 @@ std::vector<ParameterContent> MakeRow(const Values&... values) {
 }
 
 /// Has `gather(rows)` gather all rows of a report and prints it then, when whatever `gather` locked is free.
-/// @return true; false when memory was short and the report was not printed, which a line on the terminal
-/// tells.
+/// @return true; false when memory was short and the report was not printed, which a line on the
+///         terminal tells.
 template <typename Gather>
 bool PrintReport(unsigned int report_id, void* terminal, Gather gather) {
     CommandFormatMgr::Rows rows;

@@ -1,7 +1,7 @@
 /// The tables and lists that diagnostic commands print.
 ///
-/// At start-up each report registers its head line and its columns once. A command then gathers rows of typed
-/// cells and prints them:
+/// At start-up each report registers its head line and its columns once. A command then gathers rows of
+/// typed cells and prints them:
 ///
 ///     std::vector<std::vector<ParameterContent>> rows;
 ///     rows.push_back({{0, Variant(true)}, {1, Variant("KVXQ-12345678")}});
@@ -49,8 +49,8 @@ struct ParameterContent {
 ///
 /// Lines end in CR LF. Output goes to the terminal `out` (a `vty*`), or to standard output when it is null;
 /// both get the same characters. What is not registered is not printed. A cell that cannot be converted to
-/// its column's type prints nothing, not even blanks; a column without a cell prints blanks; of two cells for
-/// a column the first counts; cells of no column are not printed.
+/// its column's type prints nothing, not even blanks; a column without a cell prints blanks; of two cells
+/// for a column the first counts; cells of no column are not printed.
 ///
 /// One instance for the process. Reports are registered before any is printed, by one task; then any number
 /// of tasks may print, each its own rows. No lock, no waiting but for the terminal.
@@ -68,8 +68,8 @@ public:
     /// registered twice is printed twice. Where memory is short there is no such column (one level-13 line).
     void RegisterParameter(unsigned int cmd_id, ParameterFormat& fmt);
 
-    /// Prints a report: a table when there are two rows or more, else a list; then, with `show_summary`, what
-    /// the columns mean and the number of rows. Converts the cells in place.
+    /// Prints a report: a table when there are two rows or more, else a list; then, with `show_summary`,
+    /// what the columns mean and the number of rows. Converts the cells in place.
     void PrintCmd(unsigned int cmd_id, Rows& rows, bool show_summary, void* out);
 
     /// The parts of a report, in this order.
@@ -78,8 +78,8 @@ public:
     void PrintCmdTail(CommandFormatType type, unsigned int cmd_id, const Rows& rows, bool show_summary,
                       void* out);
 
-    /// Prints a field: the text, never cut, and blanks up to the width (16 characters in a list, the column's
-    /// in a table), at least one.
+    /// Prints a field: the text, never cut, and blanks up to the width (16 characters in a list, the
+    /// column's in a table), at least one.
     void PrintValue(CommandFormatType type, const ParameterFormat& fmt, const std::string& text, void* out);
     /// The same with the value's text, once the value is converted to the column's type; nothing when it
     /// cannot be.

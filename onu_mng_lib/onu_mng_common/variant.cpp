@@ -59,13 +59,13 @@ void Variant::Take(Variant& src) {
     pos = 0;
     value = src.value;
     src.Forget();
+    if (type == VARIANT_TYPE_STRING) len = ContentLen() + 1;
 }
 
 // ---- Setting a value ----
 
 Variant::Variant(Variant&& src) noexcept {
     Take(src);
-    len = type == VARIANT_TYPE_STRING ? ContentLen() + 1 : len;
 }
 
 Variant& Variant::operator=(Variant&& src) noexcept {
@@ -73,7 +73,6 @@ Variant& Variant::operator=(Variant&& src) noexcept {
     if (this == &src) return *this;
     Reset();
     Take(src);
-    len = type == VARIANT_TYPE_STRING ? ContentLen() + 1 : len;
     return *this;
 }
 

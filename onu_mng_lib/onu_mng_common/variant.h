@@ -12,10 +12,11 @@
 /// Holds one value of a `VariantType`, or nothing.
 ///
 /// - A value: set it with `Copy`, `=` or `()`, convert it with `ResetType`, compare it, print it.
-/// - A buffer: a BUFFER or STRING of fixed capacity and one cursor. `Append` writes at the cursor and `Fetch`
-///   reads there, integers in network byte order; both move it forward. `Clear` and every new value put it
-///   back to 0, and a copy starts at 0: what was appended is read from a copy.
-/// - A record: `Serialize` writes type, length and value into such a buffer, `UnSerialize` reads them back.
+/// - A buffer: a BUFFER or STRING of fixed capacity and one cursor. `Append` writes at the cursor and
+///   `Fetch` reads there, integers in network byte order; both move it forward. `Clear` and every new value
+///   put it back to 0, and a copy starts at 0: what was appended is read from a copy.
+/// - A record: `Serialize` writes type, length and value into such a buffer, `UnSerialize` reads them
+///   back.
 ///
 /// Scalars live in the object. Text and bytes live in a block of the memory pool that belongs to this object
 /// alone; copying copies the block, moving takes it over.
@@ -49,8 +50,7 @@ public:
     /// What `Realloc` makes of an empty object.
     Variant(VariantType new_type, unsigned int size) { Realloc(new_type, size); }
 
-    /// What copying gives, with the block taken over; `src` is left empty. Nothing is logged for an empty
-    /// `src`.
+    /// What copying gives, with the block taken over; `src` is left empty. An empty `src` is not logged.
     Variant(Variant&& src) noexcept;
     /// The same for assignment. An empty `src` is refused as `Copy` refuses it.
     Variant& operator=(Variant&& src) noexcept;
@@ -88,17 +88,20 @@ public:
     /// `Realloc`, with its result.
     unsigned int operator()(VariantType new_type, unsigned int size) { return Realloc(new_type, size); }
 
-    /// Copies `size` bytes as a BUFFER like `Copy`. @return 0.
+    /// Does what `Copy` does. @return 0.
     unsigned int Assign(const char* data, unsigned int size);
 
     /// Reads a value from bytes in network order: a scalar from as many bytes as its type has (`size` is not
-    /// looked at), a STRING from `size` bytes, to which a NUL is added, a BUFFER from `size` bytes (0 changes
-    /// nothing). Any type above BUFFER changes nothing.
-    /// @return 0; 0x800001f5 when `data` is null (nothing changes) or there is no block for a STRING.
+    /// looked at), a STRING from `size` bytes, to which a NUL is added, a BUFFER from `size` bytes (0
+    /// changes nothing). Any type above BUFFER changes nothing.
+    /// @return 0, for a BUFFER that found no block too; 0x800001f5 when `data` is null (nothing
+    ///         changes) and when there is no block for a STRING.
     unsigned int Assign(VariantType new_type, const char* data, unsigned int size);
 
-    /// Makes a scalar of value 0, a STRING with room for `size` characters, or a BUFFER of `size` zero bytes.
-    /// @return 0; 0x800001f5 for a type above BUFFER, a BUFFER of 0 bytes, and without a block: then empty.
+    /// Makes a scalar of value 0, a STRING with room for `size` characters, or a BUFFER of `size` zero
+    /// bytes.
+    /// @return 0; 0x800001f5 for a type above BUFFER, a BUFFER of 0 bytes, and without a block: then
+    ///         empty.
     unsigned int Realloc(VariantType new_type, unsigned int size);
 
     /// Makes the object empty.
@@ -110,12 +113,11 @@ public:
     /// Zeroes a block in place and puts the cursor back to 0; type and capacity stay.
     void Clear();
 
-    /// Converts the value in place. Scalars are cut to size (to BOOL: any bit set). A STRING becomes a BUFFER
-    /// whose last byte is the NUL; a BUFFER becomes a STRING, cut at its first NUL where it does not end in
-    /// one.
-    /// @return 0; 0x800001f5 between a scalar and a block type or with an empty side, and without a block for
-    /// a
-    ///         STRING: the value then stays as it was.
+    /// Converts the value in place. Scalars are cut to size (to BOOL: any bit set). A STRING becomes a
+    /// BUFFER whose last byte is the NUL; a BUFFER becomes a STRING, which ends at its first NUL unless the
+    /// last byte is one.
+    /// @return 0; 0x800001f5 between a scalar and a block type, when either side is empty, and
+    ///         without a block for a STRING: the value then stays as it was.
     unsigned int ResetType(VariantType new_type);
 
     // ---- Reading it ----
@@ -129,8 +131,8 @@ public:
     /// The block of a STRING or BUFFER, valid until the value changes; null for any other type.
     const char* GetBuff() const { return IsBlock() ? value.buff : nullptr; }
 
-    /// A scalar as 64 bits: CHAR and the unsigned types zero-extended, the signed ones sign-extended.
-    /// Any other type gives 0 and a log line.
+    /// A scalar as 64 bits: CHAR and the unsigned types zero-extended, the signed ones sign-extended. Any
+    /// other type gives 0 and a log line.
     unsigned long long GetValue() const;
 
     /// A total order: the empty Variant, then scalars by `GetValue` as unsigned numbers (negative ones come
@@ -150,8 +152,8 @@ public:
     /// type: no digits give 0, too large a number saturates, an unsigned one may have a minus sign. BUFFER,
     /// and STRING where the text begins with 0x, take hexadecimal text; a STRING then ends at the first NUL.
     /// A type above BUFFER, and no digits for a BUFFER, change nothing.
-    /// @return 0; 0x800001f5 when hexadecimal text is malformed or there is no block to decode it in: nothing
-    ///         changes.
+    /// @return 0, for a value that found no block too; 0x800001f5 when hexadecimal text is malformed
+    ///         or there is no block to decode it in: nothing changes.
     unsigned int FromString(VariantType new_type, std::string text);
 
     /// Writes the value to the terminal `out` (a `vty*`), or to standard output when it is null: numbers in
@@ -170,8 +172,8 @@ public:
     /// Writes a value at the cursor: a scalar big-endian in its width, `size` bytes, or the value of `src`
     /// (of a STRING its text without the NUL). Then the cursor moves by `offset`, which is no less than the
     /// size; what lies between is left as it is.
-    /// @return 0; 0x800001f5 when this is no buffer, has too little room, `data` is null or `src` empty: then
-    ///         nothing changes.
+    /// @return 0; 0x800001f5 when this is no buffer, has too little room, `data` is null or `src`
+    ///         empty: then nothing changes.
     template <typename T, RequireVariantScalar<T> = 0>
     unsigned int Append(T number, unsigned int offset = kOffsetOfSize) {
         char* const place = Claim(sizeof(number), offset, Access::kAppend);
@@ -181,17 +183,16 @@ public:
     }
     unsigned int Append(const char* data, unsigned int size, unsigned int offset = kOffsetOfSize);
     unsigned int Append(const Variant& src, unsigned int offset = kOffsetOfSize);
-    /// Converts `src` itself to `new_type` first. @return as above; 0x800001f5 also where it cannot be
-    /// converted.
+    /// Converts `src` itself to `new_type` first.
+    /// @return as above; 0x800001f5 also when it cannot be converted.
     unsigned int Append(Variant& src, VariantType new_type, unsigned int offset = kOffsetOfSize);
     unsigned int Append(const Variant&, VariantType, unsigned int = kOffsetOfSize) = delete;
 
-    /// Reads a value at the cursor: a scalar, `size` bytes, or a value of the type that `out` has; a block of
-    /// `out` is filled from its start with min(its room, `offset`) bytes, a STRING keeping its NUL. Then the
-    /// cursor moves by `offset`.
-    /// @return 0; 0x800001f5 when this is no buffer, holds too little, or `out` is null or empty: then
-    /// nothing
-    ///         changes, `out` neither.
+    /// Reads a value at the cursor: a scalar, `size` bytes, or a value of the type that `out` has; a block
+    /// of `out` is filled from its start with min(its room, `offset`) bytes, a STRING keeping its NUL. Then
+    /// the cursor moves by `offset`.
+    /// @return 0; 0x800001f5 when this is no buffer, holds too little, or `out` is null or empty:
+    ///         then nothing changes, `out` neither.
     template <typename T, RequireVariantScalar<T> = 0>
     unsigned int Fetch(T& number, unsigned int offset = kOffsetOfSize) const {
         const char* const place = Claim(sizeof(number), offset, Access::kFetch);
@@ -205,16 +206,16 @@ public:
     // ---- As a record: 1 byte type, 4 bytes length, the value as `Append` writes it ----
 
     /// Appends this value to the buffer `out` as a record.
-    /// @return 0; 0x800001f5 for an empty value or too little room: the parts written before stay, with the
-    ///         cursor behind them.
+    /// @return 0; 0x800001f5 for an empty value or too little room: the parts written before stay,
+    ///         with the cursor behind them.
     unsigned int Serialize(Variant& out) const;
 
     /// Takes the value of the record at the cursor of the buffer `in` and moves that cursor behind it. A
     /// record of a type above BUFFER is skipped and changes nothing.
-    /// @return 0; 0x800001f5 when the type or the length cannot be fetched, when the value is not there in
-    /// full
-    ///         (this object then stays as it was) and when there is no block for a STRING; the cursor then
-    ///         stands behind what was fetched, never behind the value.
+    /// @return 0, for a BUFFER that found no block too; 0x800001f5 when type or length cannot be
+    ///         fetched or the value is not there in full (this object then stays as it was), and when there
+    ///         is no block for a STRING: the cursor then stands behind what was fetched, not behind the
+    ///         value.
     unsigned int UnSerialize(const Variant& in);
 
 private:
@@ -259,7 +260,8 @@ private:
         pos = 0;
         value.bits = 0;
     }
-    /// Takes over the value and the block of `src`, which is left empty. This object has no block.
+    /// Takes over the value and the block of `src`, which is left empty; of a STRING only the text counts.
+    /// This object has no block.
     void Take(Variant& src);
     bool OwnsByte(const char* place) const;
     /// Makes a STRING of the `size` characters at `text`.

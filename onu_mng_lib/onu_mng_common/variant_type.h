@@ -21,8 +21,8 @@ enum VariantType : unsigned int {
     VARIANT_TYPE_NONE = 255,  ///< nothing
 };
 
-/// The scalar types by their `VariantType` numbers, from 0 on: the one place that ties a number to a C++ type
-/// and so to a width.
+/// The scalar types by their `VariantType` numbers, from 0 on: the one place that ties a number to a C++
+/// type and so to a width.
 template <typename... Scalars>
 struct VariantScalarTable {
     /// Calls `visit(T())` for the C++ type `T` of a scalar type. @return false when `type` is no scalar.

@@ -8,12 +8,14 @@
 
 namespace {
 
-/// A formatted piece of text, cut where it is longer than the longest piece.
+constexpr std::size_t kLongestPiece = 1024;
+
+/// A formatted piece of text, cut where it is too long.
 class FormattedPiece {
 public:
     FormattedPiece(const char* format, std::va_list arguments) {
         const int wanted = std::vsnprintf(text, sizeof(text), format, arguments);
-        length = wanted < 0 ? 0 : std::min(static_cast<std::size_t>(wanted), sizeof(text) - 1);
+        length = wanted < 0 ? 0 : std::min(static_cast<std::size_t>(wanted), kLongestPiece);
     }
     void Assign(std::string& target) const {
         try {
@@ -29,7 +31,7 @@ public:
     }
 
 private:
-    char text[1025];
+    char text[kLongestPiece + 1];
     std::size_t length;
 };
 

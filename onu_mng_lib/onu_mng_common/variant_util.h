@@ -48,7 +48,8 @@ public:
         return static_cast<T>(LoadBytes<Bits<T>>(data, std::make_index_sequence<sizeof(T)>()));
     }
 
-    /// Reverses in place the bytes of a 16, 32 or 64-bit integer at `data`. Any other type and null: nothing.
+    /// Reverses in place the bytes of a 16, 32 or 64-bit integer at `data`. Any other type and null:
+    /// nothing.
     static void ReverseByteOrder(VariantType type, char* data);
 
     // Text. Where memory is short the strings and the list stay as they were.
