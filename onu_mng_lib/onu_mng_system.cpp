@@ -2,23 +2,18 @@
 
 #include <cstdio>
 
+#include "onu_mng_lib/onu_mng_common/log_failure.h"
 #include "onu_mng_lib/onu_mng_common/mem_mgr.h"
 #include "onu_mng_lib/onu_mng_common/module_mgr.h"
 #include "onu_mng_lib/onu_mng_common/result.h"
 #include "onu_mng_lib/onu_mng_common/state_machine.h"
 #include "onu_mng_lib/onu_mng_system_reg_interface.h"
-#include "onu_mng_platform/ulog.h"
 
 namespace {
 
 constexpr int kPoolShared = 1;
 constexpr int kPoolOptions = 0;
 constexpr unsigned int kSupervisionPriority = 100;
-
-unsigned int Report(unsigned int status, int level, const char* text) {
-    ulogPrintf(onu_mng_system_get_log_module(), level, "%s", text);
-    return status;
-}
 
 } // namespace
 
@@ -30,17 +25,17 @@ unsigned int onu_mng_system_init(void) {
     }
     if (MemoryAllocator::GetInstance()->Init("OnuMngMemPool", MemoryAllocator::kPoolSize, kPoolShared,
                                              kPoolOptions) != ONU_MNG_OK)
-        return Report(ONU_MNG_FAILURE, ONU_MNG_LOG_FATAL, "Init memory pool failed\r\n");
+        return LogFailure("Init memory pool failed\r\n", ONU_MNG_LOG_FATAL);
     if (StateContextManager::GetInstance()->Init(kSupervisionPriority) != ONU_MNG_OK)
-        return Report(ONU_MNG_FAILURE, ONU_MNG_LOG_FATAL, "Init state context mgr failed\r\n");
+        return LogFailure("Init state context mgr failed\r\n", ONU_MNG_LOG_FATAL);
     return ONU_MNG_OK;
 }
 
 unsigned int onu_mng_system_start(void) {
     ModuleManager* modules = ModuleManager::GetInstance();
     if (const unsigned int status = modules->InitModules(); status != ONU_MNG_OK)
-        return Report(status, ONU_MNG_LOG_ERROR, "InitModules failed \r\n");
+        return LogFailure("InitModules failed \r\n", ONU_MNG_LOG_ERROR, status);
     if (const unsigned int status = modules->StartModules(); status != ONU_MNG_OK)
-        return Report(status, ONU_MNG_LOG_FATAL, "StartModules failed\r\n");
+        return LogFailure("StartModules failed\r\n", ONU_MNG_LOG_FATAL, status);
     return ONU_MNG_OK;
 }

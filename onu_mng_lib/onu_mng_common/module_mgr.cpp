@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <new>
 
+#include "onu_mng_lib/onu_mng_common/log_failure.h"
 #include "onu_mng_lib/onu_mng_common/mem_mgr.h"
 #include "onu_mng_lib/onu_mng_common/result.h"
 #include "onu_mng_lib/onu_mng_common/state_machine.h"
@@ -12,11 +13,6 @@
 namespace {
 
 constexpr unsigned int kAnyPriority = 65535;
-
-unsigned int Fail(const char* text) {
-    ulogPrintf(onu_mng_system_get_log_module(), ONU_MNG_LOG_ERROR, "%s", text);
-    return ONU_MNG_FAILURE;
-}
 
 } // namespace
 
@@ -43,14 +39,14 @@ ModuleManager::~ModuleManager() {
 }
 
 unsigned int ModuleManager::RegisterModule(ServiceModule* module) {
-    if (module == nullptr) return Fail("module to be registered is NULL\r\n");
+    if (module == nullptr) return LogFailure("module to be registered is NULL\r\n");
     LockGuard guard(lock);
     if (std::find(module_list.begin(), module_list.end(), module) != module_list.end())
-        return Fail("module to be registered is registered already\r\n");
+        return LogFailure("module to be registered is registered already\r\n");
     try {
         module_list.push_back(module);
     } catch (const std::bad_alloc&) {
-        return Fail("no memory to register the module\r\n");
+        return LogFailure("no memory to register the module\r\n");
     }
     module->mod_id = ++last_mod_id;
     return ONU_MNG_OK;
@@ -63,7 +59,7 @@ unsigned int ModuleManager::RemoveModule(unsigned int mod_type) {
         if (module->mod_type != mod_type) {
             ++entry;
         } else if (module->IsCurrent()) {
-            Fail("module cannot be removed by its own task\r\n");
+            LogFailure("module cannot be removed by its own task\r\n");
             ++entry;
         } else {
             module->EndTask();

@@ -3,6 +3,7 @@
 #include <new>
 
 #include "onu_mng_lib/onu_mng_common/clock.h"
+#include "onu_mng_lib/onu_mng_common/log_failure.h"
 #include "onu_mng_lib/onu_mng_common/mem_mgr.h"
 #include "onu_mng_lib/onu_mng_common/module_mgr.h"
 #include "onu_mng_lib/onu_mng_common/result.h"
@@ -19,11 +20,6 @@ constexpr int kTimeoutNone = -2;
 /// that a broken queue takes neither the processor nor the log away from the other modules.
 constexpr unsigned int kPromptRetries = 3;
 constexpr int kSlowRetryMs = 1000;
-
-unsigned int Fail(const char* text) {
-    ulogPrintf(onu_mng_system_get_log_module(), ONU_MNG_LOG_ERROR, "%s", text);
-    return ONU_MNG_FAILURE;
-}
 
 void FreePacket(MessagePacket* packet) {
     MemoryAllocator::GetInstance()->MemFree(packet, 0, __FILE__, __func__, __LINE__);
@@ -68,7 +64,7 @@ ServiceModule::ServiceModule(unsigned int type, const char* name, unsigned int p
     try {
         if (name != nullptr) mod_name = name;
     } catch (const std::bad_alloc&) {
-        Fail("no memory for the module's name\r\n");
+        LogFailure("no memory for the module's name\r\n");
     }
 }
 
@@ -90,7 +86,7 @@ unsigned int ServiceModule::InitModule() {
                msg_queue.Init(static_cast<int>(msg_num), static_cast<int>(msg_size)) == ONU_MNG_OK;
         is_init = done;
     }
-    if (!done) return Fail("msgQueue Init failed\r\n");
+    if (!done) return LogFailure("msgQueue Init failed\r\n");
     ulogPrintf(onu_mng_system_get_log_module(), ONU_MNG_LOG_START, "Init module %s succeeded\r\n",
                mod_name.c_str());
     return ONU_MNG_OK;
@@ -104,7 +100,7 @@ unsigned int ServiceModule::StartModule() {
         done = Thread::Start();
         is_start = done;
     }
-    if (!done) return Fail("start failed\r\n");
+    if (!done) return LogFailure("start failed\r\n");
     ulogPrintf(onu_mng_system_get_log_module(), ONU_MNG_LOG_START, "Start module %s succeeded\r\n",
                mod_name.c_str());
     return ONU_MNG_OK;
@@ -112,11 +108,11 @@ unsigned int ServiceModule::StartModule() {
 
 unsigned int ServiceModule::SendMsg(unsigned int msg_type, MsgSyncProcType sync_type, unsigned short pon_no,
                                     unsigned short onu_id, char* data, unsigned int pkg_size) {
-    if (data == nullptr || pkg_size == 0) return Fail("ServiceModule::SendMsg input is NULL\r\n");
+    if (data == nullptr || pkg_size == 0) return LogFailure("ServiceModule::SendMsg input is NULL\r\n");
     if (sync_type != MSG_PROC_ASYNC) return HandleMsg(msg_type, pon_no, onu_id, data, pkg_size);
 
     OwnedPacket packet(NewPacket(msg_type, pon_no, onu_id, data, pkg_size));
-    if (packet.Get() == nullptr) return Fail("new MessagePacket failed\r\n");
+    if (packet.Get() == nullptr) return LogFailure("new MessagePacket failed\r\n");
     MessagePacket* address = packet.Get();
     const unsigned int ret = SendMsg(reinterpret_cast<char*>(&address), msg_size);
     if (ret == ONU_MNG_OK) {
@@ -130,12 +126,12 @@ unsigned int ServiceModule::SendMsg(unsigned int msg_type, MsgSyncProcType sync_
 }
 
 unsigned int ServiceModule::SendMsg(char* buf, unsigned int len) {
-    if (buf == nullptr || len == 0) return Fail("ServiceModule::SendMsg input is NULL\r\n");
+    if (buf == nullptr || len == 0) return LogFailure("ServiceModule::SendMsg input is NULL\r\n");
     return msg_queue.SendMsg(buf, len, kTimeoutNone);
 }
 
 unsigned int ServiceModule::HandleMsg(char* buf, unsigned int) {
-    if (buf == nullptr) return Fail("handle invalid msg\r\n");
+    if (buf == nullptr) return LogFailure("handle invalid msg\r\n");
     MessagePacket header;
     std::memcpy(&header, buf, sizeof header);
     return HandleMsg(header.msg_type, header.pon_no, header.onu_id, buf + sizeof header, header.pkg_size);
@@ -150,7 +146,7 @@ MessagePacket* ServiceModule::ReceivePacket(unsigned int& failures) {
     }
     failures = 0;
     if (size == msg_size && packet != nullptr) return packet;
-    Fail("msgRecv invalid MessagePacket\r\n");
+    LogFailure("msgRecv invalid MessagePacket\r\n");
     return nullptr;
 }
 

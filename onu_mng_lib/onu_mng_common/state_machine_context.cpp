@@ -1,5 +1,6 @@
 #include <new>
 
+#include "onu_mng_lib/onu_mng_common/log_failure.h"
 #include "onu_mng_lib/onu_mng_common/result.h"
 #include "onu_mng_lib/onu_mng_common/state_machine.h"
 #include "onu_mng_lib/onu_mng_log_cinterface.h"
@@ -13,13 +14,15 @@ constexpr unsigned int kMsPerSecond = 1000;
 /// No procedure advances this often by one message; states that name one another for ever would.
 constexpr unsigned int kMaxSteps = 65535;
 
-unsigned int Fail(unsigned int result, const char* text) {
-    ulogPrintf(onu_mng_system_get_log_module(), ONU_MNG_LOG_ERROR, "%s", text);
-    return result;
-}
-
 bool IsTermination(StateMsgType msg_type) {
     return msg_type == STATE_MSG_DELAY_TERMINATE || msg_type == STATE_MSG_IMMEDIATE_TERMINATE;
+}
+
+void LogTermination(StateMsgType msg_type) {
+    if (!IsTermination(msg_type)) return;
+    ulogPrintf(onu_mng_system_get_log_module(), ONU_MNG_LOG_TRACE,
+               "service state %s terminates in StateContext::Handle \r\n",
+               msg_type == STATE_MSG_DELAY_TERMINATE ? "delay" : "immediate");
 }
 
 void TraceJob(const char* what, int pon_no, int onu_id) {
@@ -53,7 +56,7 @@ bool StateContext::Match(char*, unsigned int) {
 void StateContext::Occupy(char*, unsigned int) {}
 
 unsigned int StateContext::RegisterState(ServiceState* state) {
-    if (state == nullptr) return Fail(ONU_MNG_FAILURE, "state obj to be registered is NULL\r\n");
+    if (state == nullptr) return LogFailure("state obj to be registered is NULL\r\n");
     if (p_state_register == nullptr) p_state_register = new (std::nothrow) StateRegister;
     if (state->state_id > STATE_MAX) {
         ulogPrintf(onu_mng_system_get_log_module(), ONU_MNG_LOG_ERROR,
@@ -152,7 +155,8 @@ void StateContext::ChangeStateOfJob(unsigned int of_job, unsigned int next_state
 
 unsigned int StateContext::Handle(StateMsgType msg_type, char* p_msg, unsigned int len) {
     if (p_msg == nullptr && !IsTermination(msg_type))
-        return Fail(ONU_MNG_STATE_REFUSED, "p_msg is NULL in StateContext::Handle \r\n");
+        return LogFailure("p_msg is NULL in StateContext::Handle \r\n", ONU_MNG_LOG_ERROR,
+                          ONU_MNG_STATE_REFUSED);
     const unsigned int this_job = job;
     unsigned int ret = ONU_MNG_OK;
     for (unsigned int step = 0; step < kMaxSteps; ++step) {
@@ -162,7 +166,7 @@ unsigned int StateContext::Handle(StateMsgType msg_type, char* p_msg, unsigned i
         last_ret = ret;
         if (msg_type == STATE_MSG_NOTIFY || !auto_next) return ret;
     }
-    return Fail(ret, "states advance without end in StateContext::Handle \r\n");
+    return LogFailure("states advance without end in StateContext::Handle \r\n", ONU_MNG_LOG_ERROR, ret);
 }
 
 /// The state that is to handle the message; null when none is, with the answer in `ret`.
@@ -173,23 +177,17 @@ ServiceState* StateContext::AdmitMessage(StateMsgType msg_type, unsigned int of_
         if (cur_state == STATE_IDLE || job != of_job) {
             failure = "service state object is IDEL in StateContext::Handle \r\n";
         } else {
-            if (msg_type == STATE_MSG_DELAY_TERMINATE) {
-                ulogPrintf(onu_mng_system_get_log_module(), ONU_MNG_LOG_TRACE,
-                           "service state delay terminates in StateContext::Handle \r\n");
-                if (stop_times < kAbsorbedStops) {
-                    ++stop_times;
-                    ret = ONU_MNG_OK;
-                    return nullptr;
-                }
-            } else if (msg_type == STATE_MSG_IMMEDIATE_TERMINATE) {
-                ulogPrintf(onu_mng_system_get_log_module(), ONU_MNG_LOG_TRACE,
-                           "service state immediate terminates in StateContext::Handle \r\n");
+            LogTermination(msg_type);
+            if (msg_type == STATE_MSG_DELAY_TERMINATE && stop_times < kAbsorbedStops) {
+                ++stop_times;
+                ret = ONU_MNG_OK;
+                return nullptr;
             }
             if (ServiceState* state = CurrentState()) return state;
             failure = "service state object is NULL in StateContext::Handle \r\n";
         }
     }
-    ret = Fail(ONU_MNG_STATE_UNMATCHED, failure);
+    ret = LogFailure(failure, ONU_MNG_LOG_ERROR, ONU_MNG_STATE_UNMATCHED);
     return nullptr;
 }
 

@@ -3,21 +3,16 @@
 #include <limits>
 #include <new>
 
+#include "onu_mng_lib/onu_mng_common/log_failure.h"
 #include "onu_mng_lib/onu_mng_common/mem_mgr.h"
 #include "onu_mng_lib/onu_mng_common/result.h"
 #include "onu_mng_lib/onu_mng_common/state_machine.h"
 #include "onu_mng_lib/onu_mng_log_cinterface.h"
-#include "onu_mng_lib/onu_mng_system_reg_interface.h"
-#include "onu_mng_platform/ulog.h"
 
 namespace {
 
 constexpr unsigned int kSupervisionStackSize = 32768;
 constexpr int kShortestSleepMs = 1000;
-
-void LogError(const char* text) {
-    ulogPrintf(onu_mng_system_get_log_module(), ONU_MNG_LOG_ERROR, "%s", text);
-}
 
 int SleepOfInterval(unsigned int seconds) {
     const std::uint64_t ms = std::uint64_t{seconds} * 1000;
@@ -46,12 +41,10 @@ unsigned int StateContextManager::Init(unsigned int priority) {
     interval_run_time = kDefaultInterval;
     if (IsAlive()) return ONU_MNG_OK;
     if (!Thread::Init("OmciUpgExcDetect", priority, kSupervisionStackSize)) {
-        LogError("Init StateContextDetect failed\r\n");
-        return ONU_MNG_FAILURE;
+        return LogFailure("Init StateContextDetect failed\r\n");
     }
     if (!Thread::Start()) {
-        LogError("start StateContextDetect failed\r\n");
-        return ONU_MNG_FAILURE;
+        return LogFailure("start StateContextDetect failed\r\n");
     }
     return ONU_MNG_OK;
 }
@@ -62,7 +55,8 @@ void StateContextManager::RegisterContext(StateContext* context, unsigned int& c
     try {
         context_list.push_back(context);
     } catch (const std::bad_alloc&) {
-        return LogError("no memory to register the state context\r\n");
+        LogFailure("no memory to register the state context\r\n");
+        return;
     }
     context_id = ++last_context_id;
     context->context_id = context_id;

@@ -4,22 +4,13 @@
 
 #include <algorithm>
 
-#include "onu_mng_lib/onu_mng_system_reg_interface.h"
+#include "onu_mng_lib/onu_mng_common/log_failure.h"
 #include "onu_mng_platform/ulog.h"
-
-namespace {
-
-unsigned int Fail(const char* text) {
-    ulogPrintf(onu_mng_system_get_log_module(), ONU_MNG_LOG_ERROR, "%s", text);
-    return ONU_MNG_FAILURE;
-}
-
-} // namespace
 
 bool Variant::Refuse(unsigned int size, unsigned int offset, Access access) const {
     if (!IsBlock()) {
-        Fail(access == Access::kAppend ? "Current variant is not buffer, not support Append\r\n"
-                                       : "Current variant is not buffer, not support getVal\r\n");
+        LogFailure(access == Access::kAppend ? "Current variant is not buffer, not support Append\r\n"
+                                             : "Current variant is not buffer, not support getVal\r\n");
         return false;
     }
     ulogPrintf(onu_mng_system_get_log_module(), ONU_MNG_LOG_ERROR,
@@ -32,7 +23,7 @@ bool Variant::Refuse(unsigned int size, unsigned int offset, Access access) cons
 
 unsigned int Variant::Append(const char* data, unsigned int size, unsigned int offset) {
     if (!Admits(size, offset, Access::kAppend)) return ONU_MNG_FAILURE;
-    if (data == nullptr) return Fail("append buffer is NULL \r\n");
+    if (data == nullptr) return LogFailure("append buffer is NULL \r\n");
     std::memmove(value.buff + pos, data, size);
     pos += Step(size, offset);
     return ONU_MNG_OK;
@@ -60,7 +51,7 @@ unsigned int Variant::Append(Variant& src, VariantType new_type, unsigned int of
 
 unsigned int Variant::Fetch(char* out, unsigned int size, unsigned int offset) const {
     if (!Admits(size, offset, Access::kFetch)) return ONU_MNG_FAILURE;
-    if (out == nullptr) return Fail("fetch buffer is NULL \r\n");
+    if (out == nullptr) return LogFailure("fetch buffer is NULL \r\n");
     std::memmove(out, value.buff + pos, size);
     pos += Step(size, offset);
     return ONU_MNG_OK;
