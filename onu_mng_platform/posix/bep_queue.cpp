@@ -20,7 +20,7 @@ public:
     bool Reserve(uint32_t capacity, uint32_t message_size) {
         constexpr size_t kAlign = alignof(uint32_t);
         const size_t stride = (sizeof(uint32_t) + message_size + kAlign - 1) / kAlign * kAlign;
-        if (capacity > std::numeric_limits<size_t>::max() / stride) return false;
+        if (capacity > kMaxBytes / stride) return false;
         cells_.reset(new (std::nothrow) char[capacity * stride]);
         stride_ = stride;
         capacity_ = capacity;
@@ -60,6 +60,8 @@ public:
     }
 
 private:
+    static constexpr size_t kMaxBytes = std::numeric_limits<int32_t>::max();
+
     char* CellAt(uint32_t index) const { return cells_.get() + index * stride_; }
 
     std::unique_ptr<char[]> cells_;

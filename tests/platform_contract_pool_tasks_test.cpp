@@ -1,0 +1,168 @@
+// Memory pools, on every port: many tasks at once.
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <vector>
+
+#include "onu_mng_platform/bep.h"
+#include "onu_mng_platform/mpu.h"
+#include "tests/support/log_lines.h"
+#include "tests/support/pool_blocks.h"
+#include "tests/support/port_fixture.h"
+#include "tests/support/port_task.h"
+#include "tests/support/seeded.h"
+
+namespace {
+
+constexpr unsigned int kSize = 256 * 1024;
+
+/// Takes blocks until the pool refuses.
+std::vector<void*> TakeAll(int pool, unsigned int size) {
+    std::vector<void*> blocks;
+    while (void* const block = Take(pool, size))
+        blocks.push_back(block);
+    return blocks;
+}
+
+TEST(PlatformPool, UsesTheStocksOfOtherTasksBeforeItRefuses) {
+    RunOnPort([] {
+        const int pool = mpuCreate("stocked", kSize, 1, 0);
+        const std::vector<void*> all = TakeAll(pool, 64);
+        // The blocks come back through tasks that stay and through tasks that end.
+        const uint32_t leave = bep_semBCreateEx(2, 0, __FILE__, __LINE__);
+        std::vector<std::unique_ptr<PortTask>> tasks;
+        for (size_t first = 0; first < 8; ++first) {
+            tasks.push_back(std::make_unique<PortTask>("returning", [&, first] {
+                for (size_t i = first; i < all.size(); i += 8)
+                    mpuFree(all[i]);
+                if (first % 2 == 0) bep_semTakeEx(leave, -1, __FILE__, __LINE__);
+            }));
+        }
+        LetOthersSettle();
+        EXPECT_EQ(StatOf(pool).used, 0u);
+        EXPECT_EQ(TakeAll(pool, 64).size(), all.size());
+        EXPECT_EQ(StatOf(pool).used, 64 * all.size());
+        tasks.clear();
+        bep_semDeleteEx(leave);
+
+        const int other = mpuCreate("in one piece", kSize, 1, 0);
+        PortTask using_it("using", [&] {
+            for (void* const block : TakeAll(other, 200))
+                mpuFree(block);
+        });
+        using_it.WaitUntilDone();
+        EXPECT_NE(Take(other, kSize), nullptr);
+    });
+}
+
+// Several tasks hold blocks at once, as many as together make the peak.
+TEST(PlatformPool, CountsTheExactPeakOfAllTasks) {
+    RunOnPort([] {
+        constexpr size_t kTasks = 5;
+        constexpr size_t kBlocks = 40;
+        const int pool = mpuCreate("peak", kSize, 1, 0);
+        const uint32_t queue = bep_msgQCreateEx(kTasks * kBlocks, sizeof(void*), 0, __FILE__, __LINE__);
+        for (int round = 0; round < 3; ++round) {
+            std::vector<std::unique_ptr<PortTask>> tasks;
+            for (size_t i = 0; i < kTasks; ++i) {
+                tasks.push_back(std::make_unique<PortTask>("holding", [&] {
+                    for (size_t n = 0; n < kBlocks; ++n) {
+                        void* const block = Take(pool, 16);
+                        bep_msgQSendEx(queue, reinterpret_cast<const char*>(&block), sizeof(block), -1, 1,
+                                       __FILE__, __LINE__);
+                    }
+                }));
+            }
+            for (const auto& task : tasks)
+                task->WaitUntilDone();
+            EXPECT_EQ(StatOf(pool).used, kTasks * kBlocks * 16);
+            // The main task returns what the others took, so that allowances of all kinds are about.
+            void* block = nullptr;
+            while (bep_msgQReceiveEx(queue, reinterpret_cast<char*>(&block), sizeof(block), 0, __FILE__,
+                                     __LINE__) > 0) {
+                EXPECT_EQ(mpuFree(block), 0);
+            }
+            EXPECT_EQ(StatOf(pool).used, 0u);
+            EXPECT_EQ(StatOf(pool).peak, kTasks * kBlocks * 16);
+        }
+        Block blocks[3] = {Block::Take(pool, 1600, 'x'), Block::Take(pool, 1000, 'y'),
+                           Block::Take(pool, 700, 'z')};
+        EXPECT_EQ(StatOf(pool).peak, 1600u + 1008u + 704u);
+        for (const Block& each : blocks)
+            mpuFree(each.address);
+        bep_msgQDeleteEx(queue);
+    });
+}
+
+/// Takes random blocks, passes some on, and returns its own and others'.
+void Trade(int pool, uint32_t queue, Seeded random, unsigned long* taken) {
+    for (int i = 0; i < 3000; ++i) {
+        Block block = Block::Take(pool, 1 + random.Below(1500), random.Byte());
+        if (block.address != nullptr) {
+            ++*taken;
+            if (random.Below(2) == 0 || bep_msgQSendEx(queue, reinterpret_cast<const char*>(&block),
+                                                       sizeof(block), 0, 1, __FILE__, __LINE__) != 0) {
+                EXPECT_TRUE(block.IsIntact());
+                EXPECT_EQ(mpuFree(block.address), 0);
+            }
+        }
+        if (bep_msgQReceiveEx(queue, reinterpret_cast<char*>(&block), sizeof(block), 0, __FILE__, __LINE__) >
+            0) {
+            EXPECT_TRUE(block.IsIntact());
+            EXPECT_EQ(mpuFree(block.address), 0);
+        }
+    }
+}
+
+TEST(PlatformPool, ServesManyTasksAtOnce) {
+    RunOnPort([] {
+        Seeded seeds;
+        const int pool = mpuCreate("traded", 64 * 1024, 1, 0); // small enough to run out now and then
+        const uint32_t queue = bep_msgQCreateEx(60, sizeof(Block), 0, __FILE__, __LINE__);
+        unsigned long taken[4] = {};
+        std::vector<std::unique_ptr<PortTask>> tasks;
+        for (unsigned long& count : taken) {
+            Seeded random = seeds;
+            for (size_t skip = 0; skip < static_cast<size_t>(&count - taken); ++skip)
+                random.Bits();
+            tasks.push_back(
+                std::make_unique<PortTask>("trading", [&, random] { Trade(pool, queue, random, &count); }));
+        }
+        for (const auto& task : tasks)
+            task->WaitUntilDone();
+        tasks.clear();
+        Block block;
+        while (bep_msgQReceiveEx(queue, reinterpret_cast<char*>(&block), sizeof(block), 0, __FILE__,
+                                 __LINE__) > 0) {
+            EXPECT_EQ(mpuFree(block.address), 0);
+        }
+        const mpu_stat stat = StatOf(pool);
+        EXPECT_EQ(stat.used, 0u);
+        EXPECT_EQ(stat.blocks, 0u);
+        EXPECT_EQ(stat.allocs, taken[0] + taken[1] + taken[2] + taken[3]);
+        EXPECT_EQ(stat.allocs + stat.fails, 4 * 3000u);
+        EXPECT_LE(stat.peak, stat.size);
+        EXPECT_NE(Take(pool, 64 * 1024), nullptr);
+        bep_msgQDeleteEx(queue);
+    });
+}
+
+TEST(PlatformPool, LetsOneOfTwoTasksReturnABlock) {
+    RunOnPort([] {
+        const int pool = mpuCreate("twice", kSize, 1, 0);
+        LogLines lines;
+        for (int round = 0; round < 200; ++round) {
+            void* const block = Take(pool, round % 2 == 0 ? 64 : 4000);
+            int results[2] = {1, 1};
+            PortTask one("one", [&] { results[0] = mpuFree(block); });
+            PortTask two("two", [&] { results[1] = mpuFree(block); });
+            one.WaitUntilDone();
+            two.WaitUntilDone();
+            ASSERT_EQ(results[0] + results[1], -1);
+        }
+        EXPECT_EQ(lines.Take().size(), 200u);
+        EXPECT_EQ(StatOf(pool).blocks, 0u);
+    });
+}
+
+} // namespace

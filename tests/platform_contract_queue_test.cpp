@@ -1,0 +1,256 @@
+// Message queues, on every port.
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <cstring>
+#include <ctime>
+#include <deque>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "onu_mng_platform/bep.h"
+#include "tests/support/port_fixture.h"
+#include "tests/support/port_task.h"
+#include "tests/support/seeded.h"
+
+namespace {
+
+uint32_t Create(int max_msgs, int msg_size) {
+    return bep_msgQCreateEx(max_msgs, msg_size, 0, __FILE__, __LINE__);
+}
+
+int Send(uint32_t queue, const std::string& text, int ticks = 0) {
+    return bep_msgQSendEx(queue, text.data(), static_cast<unsigned int>(text.size()), ticks, 1, __FILE__,
+                          __LINE__);
+}
+
+/// Returns what was received; nothing when nothing was.
+std::optional<std::string> Receive(uint32_t queue, int ticks = 0, unsigned int room = 64) {
+    char buffer[64];
+    const int size = bep_msgQReceiveEx(queue, buffer, room, ticks, __FILE__, __LINE__);
+    if (size < 0) return std::nullopt;
+    return std::string(buffer, static_cast<size_t>(size));
+}
+
+double Now() {
+    timespec now{};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
+}
+
+TEST(PlatformQueue, RefusesWhatItCannotCreate) {
+    RunOnPort([] {
+        EXPECT_EQ(Create(0, 8), 0u);
+        EXPECT_EQ(Create(8, 0), 0u);
+        EXPECT_EQ(Create(-1, 8), 0u);
+        EXPECT_EQ(Create(8, -1), 0u);
+        EXPECT_EQ(Create(INT_MAX, INT_MAX), 0u);
+        const uint32_t queue = Create(1, 1);
+        EXPECT_NE(queue, 0u);
+        EXPECT_EQ(bep_msgQDeleteEx(queue), 0);
+    });
+}
+
+TEST(PlatformQueue, RefusesBadMessagesAndCutsLongOnes) {
+    RunOnPort([] {
+        const uint32_t queue = Create(2, 4);
+        char byte = 0;
+        EXPECT_EQ(Send(queue, ""), -1);
+        EXPECT_EQ(Send(queue, "12345"), -1);
+        EXPECT_EQ(bep_msgQSendEx(queue, nullptr, 1, 0, 1, __FILE__, __LINE__), -1);
+        EXPECT_EQ(bep_msgQReceiveEx(queue, nullptr, 1, 0, __FILE__, __LINE__), -1);
+        EXPECT_EQ(bep_msgQReceiveEx(queue, &byte, 0, 0, __FILE__, __LINE__), -1);
+        EXPECT_EQ(bep_msgQNumMsgsEx(queue), 0);
+
+        EXPECT_EQ(Send(queue, "1234"), 0);
+        EXPECT_EQ(Send(queue, "ab"), 0);
+        EXPECT_EQ(Receive(queue, 0, 3), "123"); // the rest of it is gone
+        EXPECT_EQ(Receive(queue), "ab");
+        EXPECT_EQ(Receive(queue), std::nullopt);
+        bep_msgQDeleteEx(queue);
+    });
+}
+
+struct ModelQueue {
+    uint32_t id = 0;
+    size_t capacity = 0;
+    size_t message_size = 0;
+    std::deque<std::string> messages;
+};
+
+/// One random operation on a queue that may have been deleted; the model says what must come of it.
+void Step(Seeded& random, ModelQueue& queue, bool exists) {
+    if (random.Below(2) == 0) {
+        std::string message(1 + random.Below(10), random.Byte());
+        const bool taken =
+            exists && message.size() <= queue.message_size && queue.messages.size() < queue.capacity;
+        ASSERT_EQ(Send(queue.id, message), taken ? 0 : -1);
+        if (taken) queue.messages.push_back(message);
+    } else {
+        const unsigned int room = 1 + random.Below(10);
+        std::optional<std::string> expected;
+        if (exists && !queue.messages.empty()) {
+            expected = queue.messages.front().substr(0, room);
+            queue.messages.pop_front();
+        }
+        ASSERT_EQ(Receive(queue.id, 0, room), expected);
+    }
+    ASSERT_EQ(bep_msgQNumMsgsEx(queue.id), exists ? static_cast<int>(queue.messages.size()) : 0);
+}
+
+TEST(PlatformQueue, FollowsAModelThroughRandomOperations) {
+    RunOnPort([] {
+        Seeded random;
+        std::vector<ModelQueue> alive;
+        std::vector<ModelQueue> deleted;
+        for (int i = 0; i < 20000 && !testing::Test::HasFatalFailure(); ++i) {
+            const unsigned int what = random.Below(100);
+            if (alive.empty() || what == 0) {
+                ModelQueue queue;
+                queue.capacity = 1 + random.Below(8);
+                queue.message_size = 1 + random.Below(9);
+                queue.id = Create(static_cast<int>(queue.capacity), static_cast<int>(queue.message_size));
+                ASSERT_NE(queue.id, 0u);
+                alive.push_back(queue);
+            } else if (what == 1) {
+                const size_t which = random.Below(static_cast<unsigned int>(alive.size()));
+                ASSERT_EQ(bep_msgQDeleteEx(alive[which].id), 0);
+                ASSERT_EQ(bep_msgQDeleteEx(alive[which].id), -1);
+                deleted.push_back(alive[which]);
+                alive.erase(alive.begin() + static_cast<std::ptrdiff_t>(which));
+            } else if (what == 2 && !deleted.empty()) {
+                Step(random, deleted[random.Below(static_cast<unsigned int>(deleted.size()))], false);
+            } else {
+                Step(random, alive[random.Below(static_cast<unsigned int>(alive.size()))], true);
+            }
+        }
+        for (const ModelQueue& queue : alive)
+            bep_msgQDeleteEx(queue.id);
+    });
+}
+
+TEST(PlatformQueue, WaitsAsLongAsAskedButNoLess) {
+    RunOnPort([] {
+        const uint32_t queue = Create(1, 1);
+        const int ticks = bep_sysClkRateGetEx() / 20;
+        double start = Now();
+        EXPECT_EQ(Receive(queue, ticks), std::nullopt);
+        EXPECT_GE(Now() - start, 0.05);
+
+        EXPECT_EQ(Send(queue, "x", ticks), 0);
+        start = Now();
+        EXPECT_EQ(Send(queue, "y", ticks), -1);
+        EXPECT_GE(Now() - start, 0.05);
+        EXPECT_EQ(bep_msgQNumMsgsEx(queue), 1);
+        bep_msgQDeleteEx(queue);
+    });
+}
+
+TEST(PlatformQueue, WakesWhoWaits) {
+    RunOnPort([] {
+        const uint32_t queue = Create(1, 8);
+        std::optional<std::string> received;
+        PortTask receiver("receiver", [&] { received = Receive(queue, -1); });
+        LetOthersSettle();
+        EXPECT_EQ(Send(queue, "one"), 0);
+        receiver.WaitUntilDone();
+        EXPECT_EQ(received, "one");
+
+        EXPECT_EQ(Send(queue, "two"), 0);
+        int sent = 1;
+        PortTask sender("sender", [&] { sent = Send(queue, "three", -1); });
+        LetOthersSettle();
+        EXPECT_EQ(bep_msgQNumMsgsEx(queue), 1);
+        EXPECT_EQ(Receive(queue), "two");
+        sender.WaitUntilDone();
+        EXPECT_EQ(sent, 0);
+        EXPECT_EQ(Receive(queue), "three");
+        bep_msgQDeleteEx(queue);
+    });
+}
+
+// A receiver that is deleted or times out just when a message comes for it must not leave the message lying
+// while another receiver waits.
+TEST(PlatformQueue, LosesNoMessageWithADeletedReceiver) {
+    RunOnPort([] {
+        for (int round = 0; round < 100; ++round) {
+            const uint32_t queue = Create(4, 8);
+            std::optional<std::string> first;
+            std::optional<std::string> second;
+            PortTask doomed("doomed", [&] { first = Receive(queue, -1); });
+            if (round % 2 == 0) LetOthersSettle();
+            PortTask patient("patient", [&] { second = Receive(queue, -1); });
+            PortTask sender("sender", [&] { EXPECT_EQ(Send(queue, "x"), 0); });
+            doomed.Delete();
+            if (first.has_value()) {
+                EXPECT_EQ(Send(queue, "y"), 0);
+            }
+            patient.WaitUntilDone();
+            ASSERT_EQ(second, first.has_value() ? "y" : "x");
+            sender.WaitUntilDone();
+            bep_msgQDeleteEx(queue);
+        }
+    });
+}
+
+constexpr uint32_t kStreams = 4;
+constexpr uint32_t kPerStream = 3000;
+
+struct Parcel {
+    uint32_t stream;
+    uint32_t number;
+};
+
+void SendStream(uint32_t queue, uint32_t stream) {
+    for (uint32_t number = 0; number < kPerStream; ++number) {
+        const Parcel parcel{stream, number};
+        ASSERT_EQ(bep_msgQSendEx(queue, reinterpret_cast<const char*>(&parcel), sizeof(parcel), -1, 1,
+                                 __FILE__, __LINE__),
+                  0);
+    }
+}
+
+/// Receives until a parcel of no stream comes; counts the parcels and expects each stream in order.
+void ReceiveStreams(uint32_t queue, uint32_t* count) {
+    uint32_t next[kStreams] = {};
+    for (;;) {
+        Parcel parcel{};
+        ASSERT_EQ(bep_msgQReceiveEx(queue, reinterpret_cast<char*>(&parcel), sizeof(parcel), -1, __FILE__,
+                                    __LINE__),
+                  static_cast<int>(sizeof(parcel)));
+        if (parcel.stream == kStreams) return;
+        ASSERT_GE(parcel.number, next[parcel.stream]);
+        next[parcel.stream] = parcel.number + 1;
+        ++*count;
+    }
+}
+
+TEST(PlatformQueue, KeepsTheOrderOfEachSenderAndLosesNothing) {
+    RunOnPort([] {
+        const uint32_t queue = Create(3, sizeof(Parcel));
+        uint32_t counts[2] = {};
+        PortTask receiver1("receiver1", [&] { ReceiveStreams(queue, &counts[0]); });
+        PortTask receiver2("receiver2", [&] { ReceiveStreams(queue, &counts[1]); });
+        {
+            PortTask sender1("sender1", [&] { SendStream(queue, 0); });
+            PortTask sender2("sender2", [&] { SendStream(queue, 1); });
+            PortTask sender3("sender3", [&] { SendStream(queue, 2); });
+            PortTask sender4("sender4", [&] { SendStream(queue, 3); });
+            for (PortTask* sender : {&sender1, &sender2, &sender3, &sender4})
+                sender->WaitUntilDone();
+        }
+        const Parcel end{kStreams, 0};
+        for (int i = 0; i < 2; ++i) {
+            bep_msgQSendEx(queue, reinterpret_cast<const char*>(&end), sizeof(end), -1, 1, __FILE__,
+                           __LINE__);
+        }
+        receiver1.WaitUntilDone();
+        receiver2.WaitUntilDone();
+        EXPECT_EQ(counts[0] + counts[1], kStreams * kPerStream);
+        EXPECT_EQ(bep_msgQNumMsgsEx(queue), 0);
+        bep_msgQDeleteEx(queue);
+    });
+}
+
+} // namespace

@@ -1,0 +1,321 @@
+// Tasks, and above all their end, on every port.
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cerrno>
+#include <ctime>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "onu_mng_platform/bep.h"
+#include "tests/support/port_fixture.h"
+#include "tests/support/port_task.h"
+
+namespace {
+
+uint32_t CreateQueue() {
+    return bep_msgQCreateEx(1, 1, 0, __FILE__, __LINE__);
+}
+int Send(uint32_t queue, int ticks) {
+    return bep_msgQSendEx(queue, "x", 1, ticks, 1, __FILE__, __LINE__);
+}
+int Receive(uint32_t queue, int ticks) {
+    char byte = 0;
+    return bep_msgQReceiveEx(queue, &byte, 1, ticks, __FILE__, __LINE__);
+}
+uint32_t CreateSemaphore(bool available) {
+    return bep_semBCreateEx(2, available ? 1 : 0, __FILE__, __LINE__);
+}
+int Take(uint32_t semaphore, int ticks) {
+    return bep_semTakeEx(semaphore, ticks, __FILE__, __LINE__);
+}
+int Give(uint32_t semaphore) {
+    return bep_semGiveEx(semaphore, __FILE__, __LINE__);
+}
+
+int Sleep(time_t seconds, long nanoseconds = 0) {
+    const timespec duration{seconds, nanoseconds};
+    return nanosleep(&duration, nullptr);
+}
+
+double Now() {
+    timespec now{};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
+}
+
+/// Sets a flag when it is destroyed.
+struct Flagging {
+    explicit Flagging(std::atomic<bool>& which) : flag(which) {}
+    ~Flagging() { flag = true; }
+    std::atomic<bool>& flag;
+};
+
+intptr_t g_arguments[10];
+
+void KeepArguments(intptr_t a1, intptr_t a2, intptr_t a3, intptr_t a4, intptr_t a5, intptr_t a6, intptr_t a7,
+                   intptr_t a8, intptr_t a9, intptr_t a10) {
+    const intptr_t all[] = {a1, a2, a3, a4, a5, a6, a7, a8, a9, a10};
+    std::copy(std::begin(all), std::end(all), g_arguments);
+}
+
+TEST(PlatformTask, GetsItsArgumentsAndKeepsItsIdUntilDeleted) {
+    RunOnPort([] {
+        const uint32_t task =
+            bep_taskSpawnEx("arguments", 100, 8, 32768, KeepArguments, 1, 2, 3, 4, 5, 6, 7, 8, 9, INTPTR_MIN);
+        ASSERT_NE(task, 0u);
+        LetOthersSettle();
+        EXPECT_EQ(bep_taskDeleteEx(task), 0);
+        for (intptr_t i = 0; i < 9; ++i)
+            EXPECT_EQ(g_arguments[i], i + 1);
+        EXPECT_EQ(g_arguments[9], INTPTR_MIN);
+        EXPECT_EQ(bep_taskDeleteEx(task), -1);
+        EXPECT_EQ(bep_taskSpawnEx("nothing", 100, 8, 32768, nullptr, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0), 0u);
+    });
+}
+
+TEST(PlatformTask, AnswersStaleAndForeignIdsWithAnError) {
+    RunOnPort([] {
+        const uint32_t queue = CreateQueue();
+        const uint32_t semaphore = CreateSemaphore(true);
+        std::vector<uint32_t> ids{0, 1, ~0u, queue, semaphore};
+        for (int i = 0; i < 200; ++i) {
+            PortTask task("short", [] {});
+            ids.push_back(task.Id());
+        }
+        PortTask living("living", [] { Sleep(1000); });
+        for (const uint32_t id : ids)
+            EXPECT_EQ(bep_taskDeleteEx(id), -1) << id;
+        int own_deletion = 0;
+        uint32_t own_id = 0;
+        const uint32_t told = CreateSemaphore(false);
+        PortTask self("self", [&] {
+            Take(told, -1);
+            own_deletion = bep_taskDeleteEx(own_id);
+        });
+        own_id = self.Id();
+        Give(told);
+        self.WaitUntilDone();
+        EXPECT_EQ(own_deletion, -1);
+        for (const uint32_t id : {semaphore, told})
+            bep_semDeleteEx(id);
+        bep_msgQDeleteEx(queue);
+    });
+}
+
+struct WaitCase {
+    const char* name;
+    std::function<void(uint32_t queue, uint32_t semaphore)> wait; ///< for ever
+};
+
+TEST(PlatformTask, IsDeletedWhereverItWaits) {
+    const WaitCase cases[] = {
+        {"receiving", [](uint32_t queue, uint32_t) { Receive(queue, -1); }},
+        {"receiving with a limit", [](uint32_t queue, uint32_t) { Receive(queue, 1000000); }},
+        {"sending",
+         [](uint32_t queue, uint32_t) {
+             while (Send(queue, -1) == 0) {
+             }
+         }},
+        {"sending with a limit",
+         [](uint32_t queue, uint32_t) {
+             while (Send(queue, 1000000) == 0) {
+             }
+         }},
+        {"taking", [](uint32_t, uint32_t semaphore) { Take(semaphore, -1); }},
+        {"taking with a limit", [](uint32_t, uint32_t semaphore) { Take(semaphore, 1000000); }},
+        {"sleeping", [](uint32_t, uint32_t) { Sleep(1000000); }},
+        {"sleeping again and again",
+         [](uint32_t, uint32_t) {
+             for (;;)
+                 Sleep(0, 1);
+         }},
+        {"polling a queue",
+         [](uint32_t queue, uint32_t) {
+             for (;;)
+                 Receive(queue, 0);
+         }},
+    };
+    for (const WaitCase& each : cases) {
+        RunOnPort([&each] {
+            for (int round = 0; round < 20; ++round) {
+                const uint32_t queue = CreateQueue();
+                const uint32_t semaphore = CreateSemaphore(false);
+                std::atomic<bool> unwound{false};
+                bool returned = false;
+                PortTask task("waiting", [&] {
+                    const Flagging flagging(unwound);
+                    each.wait(queue, semaphore);
+                    returned = true;
+                });
+                if (round % 2 == 0 && each.name != std::string("polling a queue") &&
+                    each.name != std::string("sleeping again and again")) {
+                    LetOthersSettle();
+                }
+                EXPECT_EQ(task.Delete(), 0) << each.name;
+                // A task that was never scheduled before its deletion ends at its first end point all the
+                // same.
+                EXPECT_TRUE(unwound) << each.name;
+                EXPECT_FALSE(returned) << each.name;
+                bep_msgQDeleteEx(queue);
+                bep_semDeleteEx(semaphore);
+            }
+        });
+    }
+}
+
+// A module's task waits on its queue, and both go together.
+TEST(PlatformTask, WaitsToBeDeletedWhenItsQueueIsGone) {
+    RunOnPort([] {
+        const uint32_t queue = CreateQueue();
+        std::atomic<int> calls{0};
+        const auto receive_for_ever = [&] {
+            for (;;) {
+                ++calls;
+                Receive(queue, -1);
+            }
+        };
+        PortTask early("early", receive_for_ever);
+        LetOthersSettle();
+        EXPECT_EQ(bep_msgQDeleteEx(queue), 0);
+        PortTask late("late", receive_for_ever);
+        PortTask sender("sender", [&] { EXPECT_EQ(Send(queue, -1), -1); });
+        sender.WaitUntilDone();
+        LetOthersSettle();
+        EXPECT_EQ(calls, 2); // nobody spins
+        EXPECT_EQ(Receive(queue, 0), -1);
+        EXPECT_EQ(early.Delete(), 0);
+        EXPECT_EQ(late.Delete(), 0);
+    });
+}
+
+TEST(PlatformTask, KeepsItsLimitWhenItsQueueIsDeleted) {
+    RunOnPort([] {
+        const uint32_t queue = CreateQueue();
+        const int ticks = bep_sysClkRateGetEx() / 10;
+        const double start = Now();
+        int result = 0;
+        PortTask task("limited", [&] { result = Receive(queue, ticks); });
+        LetOthersSettle();
+        bep_msgQDeleteEx(queue);
+        task.WaitUntilDone();
+        EXPECT_EQ(result, -1);
+        EXPECT_GE(Now() - start, 0.1);
+    });
+}
+
+TEST(PlatformTask, IsEndedInAReceiveEvenWhenAMessageIsThere) {
+    RunOnPort([] {
+        const uint32_t queue = CreateQueue();
+        const uint32_t go = CreateSemaphore(false);
+        bool returned = false;
+        PortTask task("receiving", [&] {
+            bep_taskSafeEx();
+            Take(go, -1);
+            bep_taskUnsafeEx();
+            Receive(queue, -1);
+            returned = true;
+        });
+        EXPECT_EQ(Send(queue, 0), 0);
+        PortTask deleter("deleter", [&] { EXPECT_EQ(task.Delete(), 0); });
+        LetOthersSettle();
+        Give(go);
+        deleter.WaitUntilDone();
+        EXPECT_FALSE(returned);
+        EXPECT_EQ(bep_msgQNumMsgsEx(queue), 1);
+        bep_msgQDeleteEx(queue);
+        bep_semDeleteEx(go);
+    });
+}
+
+TEST(PlatformTask, IsNotEndedBetweenSafeAndUnsafe) {
+    RunOnPort([] {
+        const uint32_t queue = CreateQueue();
+        const uint32_t semaphore = CreateSemaphore(false);
+        std::string done;
+        PortTask task("protected", [&] {
+            bep_taskSafeEx();
+            bep_taskSafeEx();
+            if (Take(semaphore, -1) == 0) done += "taken ";
+            if (Receive(queue, 1) == -1) done += "waited ";
+            bep_taskUnsafeEx();
+            const double start = Now();
+            if (Sleep(0, 20'000'000) == 0 && Now() - start >= 0.02) done += "slept ";
+            bep_taskUnsafeEx();
+            if (Give(semaphore) == 0) done += "gave "; // no end point
+            Receive(queue, -1);
+            done += "went on ";
+        });
+        LetOthersSettle();
+        PortTask deleter("deleter", [&] { EXPECT_EQ(task.Delete(), 0); });
+        LetOthersSettle();
+        EXPECT_EQ(done, "");
+        Give(semaphore);
+        deleter.WaitUntilDone();
+        EXPECT_EQ(done, "taken waited slept gave ");
+        EXPECT_EQ(Take(semaphore, 0), 0);
+        bep_msgQDeleteEx(queue);
+        bep_semDeleteEx(semaphore);
+    });
+}
+
+/// A lock that waits for another task when it goes, as destructors may.
+struct SlowGuard {
+    SlowGuard(uint32_t lock, uint32_t event) : lock_id(lock), event_id(event) { Take(lock, -1); }
+    ~SlowGuard() {
+        EXPECT_EQ(Take(event_id, -1), 0);
+        EXPECT_EQ(Sleep(0, 1), 0);
+        Give(lock_id);
+    }
+    uint32_t lock_id;
+    uint32_t event_id;
+};
+
+TEST(PlatformTask, RunsItsDestructorsToTheEnd) {
+    RunOnPort([] {
+        const uint32_t lock = CreateSemaphore(true);
+        const uint32_t event = CreateSemaphore(false);
+        PortTask task("guarded", [&] {
+            const SlowGuard guard(lock, event);
+            Sleep(1000000);
+        });
+        LetOthersSettle();
+        EXPECT_EQ(Take(lock, 0), -1);
+        PortTask deleter("deleter", [&] { EXPECT_EQ(task.Delete(), 0); });
+        LetOthersSettle();
+        Give(event);
+        deleter.WaitUntilDone();
+        EXPECT_EQ(Take(lock, 0), 0);
+        bep_semDeleteEx(lock);
+        bep_semDeleteEx(event);
+    });
+}
+
+TEST(PlatformTask, IsDeletedByOneOfTwoOperators) {
+    RunOnPort([] {
+        for (int round = 0; round < 50; ++round) {
+            PortTask task("wanted", [] { Sleep(1000000); });
+            int results[2] = {1, 1};
+            PortTask one("one", [&] { results[0] = bep_taskDeleteEx(task.Id()); });
+            PortTask two("two", [&] { results[1] = bep_taskDeleteEx(task.Id()); });
+            one.WaitUntilDone();
+            two.WaitUntilDone();
+            ASSERT_EQ(results[0] + results[1], -1);
+        }
+    });
+}
+
+TEST(PlatformTask, SleepsForTheTimeAskedAndRefusesNonsense) {
+    RunOnPort([] {
+        const double start = Now();
+        EXPECT_EQ(Sleep(0, 30'000'000), 0);
+        EXPECT_GE(Now() - start, 0.03);
+        EXPECT_EQ(Sleep(0, 0), 0);
+        EXPECT_EQ(Sleep(0, 1'000'000'000), -1);
+        EXPECT_EQ(errno, EINVAL);
+        EXPECT_EQ(Sleep(-1, 0), -1);
+    });
+}
+
+} // namespace

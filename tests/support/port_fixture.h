@@ -1,0 +1,13 @@
+/// Runs a test on the port that the executable is linked with; one source for each port defines these.
+#ifndef ONU_MNG_TESTS_SUPPORT_PORT_FIXTURE_H
+#define ONU_MNG_TESTS_SUPPORT_PORT_FIXTURE_H
+
+#include <functional>
+
+/// Runs `body` in a task and returns when it has ended. A body that hangs ends the program with a message.
+void RunOnPort(const std::function<void()>& body);
+
+/// Called from a body: returns when every other task waits or has ended.
+void LetOthersSettle();
+
+#endif
