@@ -2,6 +2,7 @@
 #include <ctime>
 
 #include "onu_mng_platform/bep.h"
+#include "onu_mng_platform/common/text.h"
 #include "onu_mng_platform/cutil.h"
 #include "onu_mng_platform/sim/seam_call.h"
 
@@ -84,7 +85,6 @@ int bep_sysClkRateGetEx(void) {
     return call.Result(kTicksPerSecond);
 }
 
-// UTC, so that a run prints the same on every machine.
 int getDateTime(unsigned short* year, unsigned char* month, unsigned char* day, unsigned char* hour,
                 unsigned char* minute, unsigned char* second) {
     SeamCall call(kDate);
@@ -92,15 +92,5 @@ int getDateTime(unsigned short* year, unsigned char* month, unsigned char* day, 
         call.Run() != nullptr
             ? static_cast<std::time_t>(Calendar(*call.Run()).count() / kNanosecondsPerSecond)
             : std::time(nullptr);
-    std::tm date{};
-    const bool has_room = year != nullptr && month != nullptr && day != nullptr && hour != nullptr &&
-                          minute != nullptr && second != nullptr;
-    if (!has_room || gmtime_r(&now, &date) == nullptr) return call.Result(-1);
-    *year = static_cast<unsigned short>(date.tm_year + 1900);
-    *month = static_cast<unsigned char>(date.tm_mon + 1);
-    *day = static_cast<unsigned char>(date.tm_mday);
-    *hour = static_cast<unsigned char>(date.tm_hour);
-    *minute = static_cast<unsigned char>(date.tm_min);
-    *second = static_cast<unsigned char>(date.tm_sec);
-    return call.Result(0);
+    return call.Result(LocalDateTime(now, year, month, day, hour, minute, second));
 }

@@ -1,5 +1,8 @@
 #include "onu_mng_platform/sim/run.h"
 
+#include <cstdlib>
+#include <ctime>
+
 #include "onu_mng_platform/common/log.h"
 #include "onu_mng_platform/sim/seam_call.h"
 
@@ -9,6 +12,15 @@ namespace {
 
 constexpr int kLogThreshold = 10; ///< of a log that nobody touched
 constexpr unsigned int kHostPriority = 100;
+
+/// Null for the machine's own.
+void SetZone(const char* zone) {
+    if (zone != nullptr)
+        setenv("TZ", zone, 1);
+    else
+        unsetenv("TZ");
+    tzset();
+}
 
 void Collect(void* context, unsigned int module, int level, const char* text) {
     SimRun& run = *static_cast<SimRun*>(context);
@@ -39,6 +51,8 @@ std::shared_ptr<Task> SimRun::Spawn(const char* name, unsigned int priority, std
 }
 
 void SimRun::Begin() {
+    if (const char* zone = std::getenv("TZ")) zone_before = zone;
+    SetZone("UTC0");
     Board& board = Board::Instance();
     before = board.Holdings();
     board.BeginNumbers();
@@ -49,6 +63,7 @@ void SimRun::Begin() {
 }
 
 void SimRun::End() {
+    SetZone(zone_before ? zone_before->c_str() : nullptr);
     LogSetSink(nullptr, nullptr);
     for (const auto& [module, level] : opened_levels)
         LogSetModIgnore(module, level, 0);

@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -42,6 +43,8 @@ public:
 private:
     void Begin();
     void End();
+
+    std::optional<std::string> zone_before; ///< TZ in the environment
 };
 
 } // namespace onu_mng_platform

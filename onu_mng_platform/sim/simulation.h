@@ -29,7 +29,8 @@ namespace onu_mng_platform {
 
 using SimTime = std::chrono::nanoseconds; ///< virtual time, since the start of the run
 
-/// The virtual date at the start of a run in seconds since 1970: 2026-01-01 00:00:00 UTC.
+/// The virtual date at the start of a run in seconds since 1970: 2026-01-01 00:00:00 UTC. The board stands in
+/// that zone, whatever the machine's, until a program sets TZ.
 constexpr std::int64_t kSimStartDate = 1767225600;
 
 struct SimOptions {

@@ -47,11 +47,12 @@ inline bool Passes(const std::function<void()>& scenario) {
            }) == 0;
 }
 
-/// Runs `scenario` on a board under each of ONU_MNG_SEEDS seeds, or under ONU_MNG_SEED alone, up to the first
-/// that fails; that one's command line is printed.
-inline void ForEachSeed(const std::function<void(std::uint64_t seed)>& scenario) {
+/// Runs `scenario` under each of `seeds` seeds (ONU_MNG_SEEDS in the environment replaces the number), or
+/// under ONU_MNG_SEED alone, up to the first that fails; that one's command line is printed.
+inline void ForEachSeed(const std::function<void(std::uint64_t seed)>& scenario,
+                        std::uint64_t seeds = kDefaultSeeds) {
     const std::uint64_t only = FromEnvironment("ONU_MNG_SEED", 0);
-    const std::uint64_t last = only != 0 ? only : FromEnvironment("ONU_MNG_SEEDS", kDefaultSeeds);
+    const std::uint64_t last = only != 0 ? only : FromEnvironment("ONU_MNG_SEEDS", seeds);
     for (std::uint64_t seed = only != 0 ? only : 1; seed <= last; ++seed) {
         if (Passes([&] { scenario(seed); })) continue;
         const testing::TestInfo& test = *testing::UnitTest::GetInstance()->current_test_info();
