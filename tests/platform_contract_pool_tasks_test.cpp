@@ -94,10 +94,13 @@ TEST(PlatformPool, CountsTheExactPeakOfAllTasks) {
     });
 }
 
+constexpr unsigned int kSmall = 4 * 1024;
+constexpr unsigned int kTrades = 20000;
+
 /// Takes random blocks, passes some on, and returns its own and others'.
 void Trade(int pool, uint32_t queue, Seeded random, unsigned long* taken) {
-    for (int i = 0; i < 3000; ++i) {
-        Block block = Block::Take(pool, 1 + random.Below(1500), random.Byte());
+    for (unsigned int i = 0; i < kTrades; ++i) {
+        Block block = Block::Take(pool, 1 + random.Below(160), random.Byte());
         if (block.address != nullptr) {
             ++*taken;
             if (random.Below(2) == 0 || bep_msgQSendEx(queue, reinterpret_cast<const char*>(&block),
@@ -117,7 +120,7 @@ void Trade(int pool, uint32_t queue, Seeded random, unsigned long* taken) {
 TEST(PlatformPool, ServesManyTasksAtOnce) {
     RunOnPort([] {
         Seeded seeds;
-        const int pool = mpuCreate("traded", 64 * 1024, 1, 0); // small enough to run out now and then
+        const int pool = mpuCreate("traded", kSmall, 1, 0); // runs out all the time
         const uint32_t queue = bep_msgQCreateEx(60, sizeof(Block), 0, __FILE__, __LINE__);
         unsigned long taken[4] = {};
         std::vector<std::unique_ptr<PortTask>> tasks;
@@ -140,9 +143,9 @@ TEST(PlatformPool, ServesManyTasksAtOnce) {
         EXPECT_EQ(stat.used, 0u);
         EXPECT_EQ(stat.blocks, 0u);
         EXPECT_EQ(stat.allocs, taken[0] + taken[1] + taken[2] + taken[3]);
-        EXPECT_EQ(stat.allocs + stat.fails, 4 * 3000u);
+        EXPECT_EQ(stat.allocs + stat.fails, 4 * kTrades);
         EXPECT_LE(stat.peak, stat.size);
-        EXPECT_NE(Take(pool, 64 * 1024), nullptr);
+        EXPECT_NE(Take(pool, kSmall), nullptr) << "a block is lost";
         bep_msgQDeleteEx(queue);
     });
 }

@@ -92,6 +92,7 @@ private:
     Cell TakeFromMap(uint32_t cells, uint32_t index, ThreadStock* stock);
     template <class AnyStock>
     [[gnu::always_inline]] TakenBlock PopLive(AnyStock& stock, uint32_t index);
+    [[gnu::always_inline]] BlockState MoveStocked(Cell start, uint32_t index, BlockState state);
     void TakeStocksBack();
 
     [[gnu::always_inline]] void GiveBlock(Cell start, BlockTag tag, ThreadStock* stock);
@@ -151,17 +152,28 @@ void Pool::ForEachStock(Visit visit) const {
     }
 }
 
+/// Moves a block to `state` if it is a stocked one of the class, and returns the state it was in; kNone when
+/// it is not.
+inline BlockState Pool::MoveStocked(Cell start, uint32_t index, BlockState state) {
+    BlockRecord& record = map_.At(start);
+    BlockTag tag = record.Tag();
+    while (IsStocked(tag, start, index)) {
+        if (record.Move(tag, tag.In(state))) return tag.State();
+        tag = record.Tag(); // still stocked when only its payment was collected
+    }
+    return BlockState::kNone;
+}
+
 /// Takes a live block out of a stock of the caller's; kNoCell when the class is empty.
 template <class AnyStock>
 inline Pool::TakenBlock Pool::PopLive(AnyStock& stock, uint32_t index) {
     while (stock.Count(index) != 0) {
         const Cell start = stock.Pop(index);
         if (start == kNoCell) continue;
-        BlockRecord& record = map_.At(start);
-        const BlockTag tag = record.Tag();
-        if (!IsStocked(tag, start, index) || !record.Move(tag, tag.In(BlockState::kLive))) continue;
-        const bool is_paid = tag.State() == BlockState::kStockedPaid;
-        return {start, is_paid ? record.contents.load(std::memory_order_relaxed) : 0};
+        const BlockState before = MoveStocked(start, index, BlockState::kLive);
+        if (before == BlockState::kNone) continue;
+        const bool is_paid = before == BlockState::kStockedPaid;
+        return {start, is_paid ? map_.At(start).contents.load(std::memory_order_relaxed) : 0};
     }
     return {kNoCell, 0};
 }

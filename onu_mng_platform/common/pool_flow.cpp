@@ -71,11 +71,10 @@ Cell Pool::TakeFromMap(uint32_t cells, uint32_t index, ThreadStock* stock) {
 
 /// Moves a stocked block to the map unless its entry was out of date.
 void Pool::Unstock(Cell start, uint32_t index) {
-    BlockRecord& record = map_.At(start);
-    const BlockTag tag = record.Tag();
-    if (!IsStocked(tag, start, index) || !record.Move(tag, tag.In(BlockState::kMoving))) return;
-    if (tag.State() == BlockState::kStockedPaid) {
-        meter_.PayBack(size_t{record.contents.load(std::memory_order_relaxed)} * kCellBytes);
+    const BlockState before = MoveStocked(start, index, BlockState::kMoving);
+    if (before == BlockState::kNone) return;
+    if (before == BlockState::kStockedPaid) {
+        meter_.PayBack(size_t{map_.At(start).contents.load(std::memory_order_relaxed)} * kCellBytes);
     }
     map_.Release(start);
 }

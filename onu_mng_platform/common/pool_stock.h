@@ -58,10 +58,11 @@ public:
 
     uint32_t Count(uint32_t index) const { return counts_[index]; }
 
-    /// Adds a block; the class has room for it.
+    /// Adds a block that is stocked already, so that who takes it back from here finds it so; the class has
+    /// room.
     void Put(uint32_t index, Cell cell) {
         const uint16_t count = counts_[index];
-        entries_[index][count].store(cell, std::memory_order_relaxed);
+        entries_[index][count].store(cell, std::memory_order_release);
         counts_[index] = static_cast<uint16_t>(count + 1);
         if (count == 0) MarkUsed(index);
     }
@@ -91,7 +92,7 @@ public:
             if ((used >> index & 1) == 0) continue;
             for (std::atomic<Cell>& entry : entries_[index]) {
                 if (entry.load(std::memory_order_relaxed) == kNoCell) continue;
-                const Cell cell = entry.exchange(kNoCell, std::memory_order_relaxed);
+                const Cell cell = entry.exchange(kNoCell, std::memory_order_acquire);
                 if (cell != kNoCell) visit(cell, index);
             }
         }
@@ -104,7 +105,7 @@ public:
         for (uint32_t index = 0; index < stock_class::kCount; ++index) {
             if ((used >> index & 1) == 0) continue;
             for (const std::atomic<Cell>& entry : entries_[index]) {
-                const Cell cell = entry.load(std::memory_order_relaxed);
+                const Cell cell = entry.load(std::memory_order_acquire);
                 if (cell != kNoCell && !visit(cell, index)) return;
             }
         }
