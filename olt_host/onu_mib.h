@@ -2,7 +2,6 @@
 #ifndef OLT_HOST_ONU_MIB_H
 #define OLT_HOST_ONU_MIB_H
 
-#include <array>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -10,11 +9,9 @@
 #include "olt_host/me_class.h"
 #include "olt_host/mib_row.h"
 #include "olt_host/omci_frame.h"
+#include "olt_host/onu_key.h"
 
 namespace olt_host {
-
-/// The 8 bytes of a serial number.
-using SerialNumber = std::array<char, 8>;
 
 /// Entities with their attributes, ordered by class and instance. The first is ONU data, which holds the data
 /// sync counter.
