@@ -1,0 +1,62 @@
+/// A whole host: services, and simulated ONUs at the ends of simulated PONs.
+#ifndef OLT_HOST_HOST_H
+#define OLT_HOST_HOST_H
+
+#include <string>
+#include <vector>
+
+#include "olt_host/fiber.h"
+#include "olt_host/omci_channel.h"
+#include "olt_host/onu_table.h"
+#include "olt_host/service_rack.h"
+#include "olt_host/ticker.h"
+
+namespace olt_host {
+
+struct HostOptions {
+    unsigned int pons = 2;
+    unsigned int onus = 4;  ///< on each PON
+    unsigned int ports = 4; ///< Ethernet ports of each ONU
+    unsigned int tick_ms = 100;
+    unsigned int window = 256; ///< procedures that a service has under way at a time
+    unsigned int queue = 1024; ///< length of each queue
+    unsigned int supervision_s = 5;
+    unsigned int attempts = 1; ///< bring-ups of an ONU; 0: until it is in sync
+    unsigned int audit_s = 0;  ///< between two audits of an ONU in sync; 0: none
+    std::uint64_t seed = 1;    ///< of the impairments
+    WireTap* tap = nullptr;    ///< may be null; outlives the host
+};
+
+/// Owns all of it. Its destruction ends the host's tasks and then the services; meanwhile no other task sends
+/// messages or lists modules. One at a time in a process, as `ServiceRack` says.
+class Host {
+public:
+    explicit Host(const HostOptions& options);
+    ~Host();
+    Host(const Host&) = delete;
+    Host& operator=(const Host&) = delete;
+
+    /// Starts the library, the services and the host's tasks; ONUs come up from then on.
+    /// @return what could not be done; empty when all was.
+    std::string Start();
+
+    OnuTable& Table() { return table; }
+    Fiber& Line() { return fiber; }
+    const std::vector<OmciService*>& Services() const { return rack.Services(); }
+    /// Procedures under way in all services.
+    unsigned int Active() const;
+
+private:
+    bool AddServices();
+
+    const HostOptions options;
+    OnuTable table;
+    std::vector<OmciChannel> channels; ///< by the index of the table
+    Fiber fiber;
+    Ticker ticker;
+    ServiceRack rack; ///< the services use what stands above
+};
+
+} // namespace olt_host
+
+#endif

@@ -1,0 +1,37 @@
+/// The host's sense of time.
+#ifndef OLT_HOST_TICKER_H
+#define OLT_HOST_TICKER_H
+
+#include <vector>
+
+#include "olt_host/fiber.h"
+#include "olt_host/messages.h"
+#include "olt_host/onu_table.h"
+#include "onu_mng_lib/onu_mng_common/runable.h"
+
+namespace olt_host {
+
+/// Sends a tick to the fiber and to each service, at the start and then every `tick_ms` milliseconds. A full
+/// queue misses a tick and learns the time from the next.
+class Ticker : public Thread {
+public:
+    Ticker(unsigned int tick_ms, Fiber& fiber, std::vector<ModuleType> modules);
+    ~Ticker() override { EndTask(); }
+
+    /// @return false when the platform has no task to give.
+    bool Open();
+    /// Ends the task and returns when it has ended.
+    void Close() { EndTask(); }
+
+private:
+    void Run() override;
+    void Send(Tick now);
+
+    const int tick_ms;
+    Fiber& fiber; ///< outlives the ticker
+    const std::vector<ModuleType> modules;
+};
+
+} // namespace olt_host
+
+#endif
