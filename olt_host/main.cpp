@@ -1,0 +1,62 @@
+#include <iostream>
+
+#include "olt_host/host.h"
+#include "olt_host/options.h"
+#include "olt_host/replay.h"
+#include "olt_host/report.h"
+#include "onu_mng_lib/onu_mng_common/result.h"
+#include "onu_mng_lib/onu_mng_log.h"
+#include "onu_mng_platform/ulog.h"
+
+namespace {
+
+using namespace olt_host;
+
+constexpr unsigned int kMostListed = 64;
+
+void SetLog(int verbose) {
+    if (verbose == 0) ulogSetThreshold(ONU_MNG_LOG_ERROR);
+    if (verbose < 2) return;
+    OnuMngLog* trace = OnuMngLog::GetInstance();
+    trace->AddOnuTracer(OnuNo::kNotSet, OnuNo::kNotSet, nullptr, ONU_MNG_LOG_TRACE);
+    trace->trace_switch = true;
+}
+
+void SetFaults(const Options& options, Fiber& line, const OnuTable& table) {
+    const unsigned int ticks_per_s = 1000 / options.host.tick_ms;
+    line.impairments.loss_percent = options.loss_percent;
+    line.impairments.corrupt_percent = options.corrupt_percent;
+    line.impairments.duplicate_percent = options.duplicate_percent;
+    line.impairments.delay_percent = options.delay_percent;
+    line.impairments.delay_ticks = options.delay_ms / options.host.tick_ms;
+    line.impairments.restart_ticks = options.restart_s * ticks_per_s;
+    line.impairments.link_ticks = options.link_s * ticks_per_s;
+    for (const OnuKey onu : options.mute) {
+        if (const auto index = table.IndexOf(onu)) line.SetMute(*index, true);
+    }
+}
+
+int BringUp(const Options& options) {
+    Host host(options.host);
+    SetFaults(options, host.Line(), host.Table());
+    const std::string failed = host.Start();
+    if (!failed.empty()) {
+        std::cerr << "olt_host: " << failed << '\n';
+        return 1;
+    }
+    host.Table().WaitSettled(options.limit_s);
+    const OnuTotals totals = host.Table().Totals();
+    PrintOnus(std::cout, host.Table(), options.verbose > 0 || totals.onus <= kMostListed);
+    PrintTotals(std::cout, totals);
+    return totals.phases[static_cast<unsigned int>(OnuPhase::kInSync)] == totals.onus ? 0 : 1;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    Options options;
+    if (const auto status = ReadOptions(argc, argv, options)) return *status;
+    SetLog(options.verbose);
+    if (options.replay.empty()) return BringUp(options);
+    return Replay(options.replay, {options.check_mic, options.verbose > 0}, std::cout, std::cerr);
+}

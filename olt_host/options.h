@@ -1,0 +1,41 @@
+/// The command line.
+#ifndef OLT_HOST_OPTIONS_H
+#define OLT_HOST_OPTIONS_H
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "olt_host/host.h"
+#include "olt_host/onu_key.h"
+
+namespace olt_host {
+
+/// The status of a command line that makes no sense, and of a file that cannot be read.
+constexpr int kUsageStatus = 2;
+
+struct Options {
+    HostOptions host;
+    std::vector<OnuKey> mute;
+    unsigned int loss_percent = 0;
+    unsigned int corrupt_percent = 0;
+    unsigned int duplicate_percent = 0;
+    unsigned int delay_percent = 0;
+    unsigned int delay_ms = 4000;
+    unsigned int restart_s = 0;
+    unsigned int link_s = 0;
+    unsigned int limit_s = 300;
+    std::string replay; ///< the file; empty: bring ONUs up
+    bool check_mic = false;
+    int verbose = 0;
+};
+
+/// Reads the command line into `options`; says on standard error what is wrong with it, on standard output
+/// what
+/// --help and --version ask for.
+/// @return the status to end with; none to go on.
+std::optional<int> ReadOptions(int argc, char** argv, Options& options);
+
+} // namespace olt_host
+
+#endif

@@ -1,0 +1,23 @@
+/// The host's state as text.
+#ifndef OLT_HOST_REPORT_H
+#define OLT_HOST_REPORT_H
+
+#include <ostream>
+#include <string>
+
+#include "olt_host/onu_table.h"
+
+namespace olt_host {
+
+/// "in sync", "failed: no answer"
+std::string StateText(const OnuStatus& status);
+
+/// A row for each ONU, or only for those that are not in sync.
+void PrintOnus(std::ostream& out, const OnuTable& table, bool all);
+
+/// How many ONUs are in which state, and what it took.
+void PrintTotals(std::ostream& out, const OnuTotals& totals);
+
+} // namespace olt_host
+
+#endif
