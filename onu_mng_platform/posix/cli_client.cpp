@@ -86,9 +86,10 @@ std::optional<int> CliClient::ReceiveAnswer(const Print& print) {
         if (!Receive()) return std::nullopt;
         line_end = received_.find('\n', end);
     }
-    const int result = std::atoi(received_.c_str() + end + 1);
+    const std::string result = received_.substr(end + 1, line_end - end - 1);
+    has_exited_ = result.find(kExit) != std::string::npos;
     received_.erase(0, line_end + 1);
-    return result;
+    return std::atoi(result.c_str());
 }
 
 bool CliClient::Receive() {

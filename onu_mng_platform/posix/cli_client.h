@@ -25,6 +25,9 @@ public:
     ///         more use.
     std::optional<int> Run(std::string_view line, const Print& print);
 
+    /// Whether the last line was "exit", after which the host closes the connection.
+    bool HasExited() const { return has_exited_; }
+
     /// What may come next behind a line; empty when the host is gone.
     std::string Describe(std::string_view line);
 
@@ -42,6 +45,7 @@ private:
 
     Descriptor connection_;
     std::string received_;
+    bool has_exited_ = false;
 };
 
 } // namespace onu_mng_platform

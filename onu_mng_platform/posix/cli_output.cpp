@@ -4,7 +4,7 @@
 #include <cerrno>
 #include <new>
 
-#include <sys/socket.h>
+#include <unistd.h>
 
 #include "onu_mng_platform/posix/cli_protocol.h"
 
@@ -20,9 +20,10 @@ bool IsUnsafe(char c) {
 
 } // namespace
 
-void CliOutput::PutEndOfAnswer(int result) {
-    const std::string end = kEndOfAnswer + std::to_string(result) + '\n';
-    Put(end, false);
+void CliOutput::PutEndOfAnswer(int result, bool is_last) {
+    std::string end = kEndOfAnswer + std::to_string(result);
+    if (is_last) end += kExit;
+    Put(end += '\n', false);
 }
 
 void CliOutput::Put(std::string_view text, bool clean) {
@@ -60,10 +61,9 @@ bool CliOutput::WaitForRoom(std::unique_lock<std::mutex>* lock) {
     return !is_broken_;
 }
 
-void CliOutput::Send(int socket) {
+void CliOutput::Send(int descriptor) {
     if (!Refill()) return;
-    const ssize_t sent =
-        send(socket, sending_.data() + sent_, sending_.size() - sent_, MSG_DONTWAIT | MSG_NOSIGNAL);
+    const ssize_t sent = write(descriptor, sending_.data() + sent_, sending_.size() - sent_);
     if (sent > 0) return Note(static_cast<size_t>(sent));
     if (errno != EAGAIN && errno != EINTR) Break();
 }

@@ -1,4 +1,4 @@
-/// Characters on their way from a command to an operator's socket.
+/// Characters on their way from a command to an operator.
 #ifndef ONU_MNG_PLATFORM_POSIX_CLI_OUTPUT_H
 #define ONU_MNG_PLATFORM_POSIX_CLI_OUTPUT_H
 
@@ -28,11 +28,12 @@ public:
     /// full. Once it is broken nothing is taken.
     void PutText(std::string_view text) { Put(text, true); }
 
-    /// Appends the end of an answer with its result.
-    void PutEndOfAnswer(int result);
+    /// Appends the end of an answer with its result, and whether it was the last.
+    void PutEndOfAnswer(int result, bool is_last);
 
-    /// Sends some of it, as much as the socket takes without blocking.
-    void Send(int socket);
+    /// Sends some of it, as much as a descriptor that does not block takes. From a task that takes no
+    /// SIGPIPE.
+    void Send(int descriptor);
 
     /// Gives up: nothing is kept or taken any more, and a task that waits to put returns.
     void Break();

@@ -14,9 +14,9 @@
 ///     @prompt                the host's prompt, without a line end
 ///
 /// whose output is followed by kEndOfAnswer, the result as a decimal number (that of vty_execute() for
-/// "@run", else 0; -1 for a verb that is none) and LF. Output has no control characters but TAB, CR and LF:
-/// others are replaced by ".", so that nothing that an ONU sends can steer the operator's terminal or end an
-/// answer.
+/// "@run", else 0; -1 for a verb that is none), after "exit" kExit, and LF. Output has no control characters
+/// but TAB, CR and LF: others are replaced by ".", so that nothing that an ONU sends can steer the operator's
+/// terminal or end an answer.
 ///
 /// The host closes the connection after "exit", when it was silent for the idle limit, and when its output
 /// is not read. A line that was not ended when the operator went is not run.
@@ -28,6 +28,7 @@
 namespace onu_mng_platform {
 
 constexpr char kEndOfAnswer = '\x04';
+constexpr std::string_view kExit = " exit";
 
 constexpr std::string_view kRunVerb = "@run ";
 constexpr std::string_view kDescribeVerb = "@describe ";

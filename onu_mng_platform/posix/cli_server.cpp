@@ -22,6 +22,7 @@ namespace {
 
 using Clock = CliSession::Clock;
 
+constexpr int kLeftLevel = 9; // silent at the usual threshold
 constexpr int kSessionLevel = 12;
 constexpr int kErrorLevel = 13;
 constexpr int kStartLevel = 14;
@@ -131,15 +132,17 @@ const char* CliServer::Loop::Attend(const std::shared_ptr<CliSession>& session, 
     } catch (const std::bad_alloc&) {
         return "no memory for it";
     }
+    if (session->IsStuck()) return "its output is not read";
     return Clock::now() < session->Deadline() ? session->Ending() : "idle";
 }
 
 void CliServer::Loop::End(const Entry& entry, const char* cause) const {
-    char line[64];
-    std::snprintf(line, sizeof line, "%% Closed: %s.\r\n", cause);
-    // Who has left or does not read needs no words.
-    entry.session->Close(entry.session->Ending() == nullptr ? line : "");
-    ulogPrintf(options_.log_module, kSessionLevel, "%s: closed, %s\r\n", entry.user.c_str(), cause);
+    const bool left = entry.session->Ending() != nullptr && !entry.session->IsStuck();
+    char line[64] = "";
+    if (!left) std::snprintf(line, sizeof line, "%% Closed: %s.\r\n", cause);
+    entry.session->Close(line);
+    ulogPrintf(options_.log_module, left ? kLeftLevel : kSessionLevel, "%s: closed, %s\r\n",
+               entry.user.c_str(), cause);
 }
 
 void CliServer::Loop::Accept() {

@@ -19,7 +19,8 @@ namespace onu_mng_platform {
 ///
 /// One thread looks after all connections; commands run in further ones, which come into being only when so
 /// many commands run at once. A command that is slow, or whose output is not read, holds up no other
-/// operator. Sessions, refusals and commands that change something are logged: level 12, refusals 13.
+/// operator. Logged are each session and each command that changes something (level 12), refusals (13), and
+/// the end of a session that its operator has left (9).
 ///
 /// Thread safety: one task starts and stops.
 class CliServer {

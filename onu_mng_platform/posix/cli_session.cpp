@@ -98,7 +98,8 @@ void CliSession::Run() {
 
 void CliSession::Answer() {
     if (request_.empty() || request_.front() != '@') return AnswerByHand(request_);
-    output_.PutEndOfAnswer(AnswerVerb(request_));
+    const int result = AnswerVerb(request_);
+    output_.PutEndOfAnswer(result, terminal_->exit_requested);
 }
 
 int CliSession::AnswerVerb(std::string_view request) {
@@ -133,10 +134,9 @@ void CliSession::AnswerCompletion(std::string_view line) {
 }
 
 const char* CliSession::Ending() const {
-    if (output_.IsBroken()) return "its output is not read";
     if (is_running_ || !output_.IsEmpty()) return nullptr;
     if (terminal_->exit_requested) return "exit";
-    return has_left_ && !HasLine() ? "gone" : nullptr;
+    return has_left_ && !HasLine() ? "left" : nullptr;
 }
 
 void CliSession::Close(std::string_view farewell) {

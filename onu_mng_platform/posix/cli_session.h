@@ -50,9 +50,12 @@ public:
     bool TakeRequest();
     void Run();
 
-    /// Why the session has come to its end; null while it goes on. Its owner then calls Close() and forgets
+    /// How the operator has left; null while he has not. The session's owner then calls Close() and forgets
     /// it.
     const char* Ending() const;
+
+    /// Whether the operator does not read, or cannot any more: to be closed, too.
+    bool IsStuck() const { return output_.IsBroken(); }
 
     /// Gives the operator up, with a last line where nothing else is waiting to be sent; a request that runs
     /// goes on into nowhere.

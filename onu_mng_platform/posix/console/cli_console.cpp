@@ -1,0 +1,179 @@
+#include "onu_mng_platform/posix/console/cli_console.h"
+
+#include <atomic>
+#include <new>
+#include <thread>
+
+#include <fcntl.h>
+#include <poll.h>
+#include <unistd.h>
+
+#include "onu_mng_platform/common/cli_terminal.h"
+#include "onu_mng_platform/posix/cli_event.h"
+#include "onu_mng_platform/posix/cli_output.h"
+#include "onu_mng_platform/posix/cli_thread.h"
+#include "onu_mng_platform/posix/cli_workers.h"
+#include "onu_mng_platform/posix/console/cli_editor.h"
+
+namespace onu_mng_platform {
+namespace {
+
+constexpr size_t kOutputLimit = size_t{1} << 18;
+
+using Terminal = std::unique_ptr<vty, decltype(&vty_destroy)>;
+
+Terminal MakeTerminal(void (*write)(void* context, const char* data, size_t size), void* context) {
+    Terminal terminal(vty_create(write, context), vty_destroy);
+    if (terminal == nullptr) throw std::bad_alloc();
+    terminal->may_save = true;
+    return terminal;
+}
+
+void AppendTo(void* text, const char* data, size_t size) {
+    static_cast<std::string*>(text)->append(data, size);
+}
+
+void PutInto(void* output, const char* data, size_t size) {
+    static_cast<CliOutput*>(output)->PutText(std::string_view(data, size));
+}
+
+// In the background the terminal is another process's, and reading from it an error.
+bool HasTerminal() {
+    return isatty(STDIN_FILENO) != 0 && tcgetpgrp(STDIN_FILENO) == getpgrp();
+}
+
+// Opened anew, since a flag set on standard output would be one of everybody who has that terminal.
+Descriptor OpenTerminal() {
+    char name[64];
+    if (ttyname_r(STDOUT_FILENO, name, sizeof name) != 0) return Descriptor();
+    return Descriptor(open(name, O_WRONLY | O_NOCTTY | O_NONBLOCK | O_CLOEXEC));
+}
+
+} // namespace
+
+/// A console from its start to its stop.
+class CliConsole::Loop {
+public:
+    Loop(unsigned int node, const std::string& prompt, Options options)
+        : node_(node), prompt_(prompt), options_(std::move(options)), screen_(OpenTerminal()) {}
+
+    ~Loop() {
+        stop_.Set();
+        if (thread_.joinable()) thread_.join();
+    }
+
+    bool Start() {
+        if (!HasTerminal() || !screen_.IsOpen() || !stop_.IsValid() || !wake_.IsValid()) return false;
+        thread_ = StartThread("cli-console", [this] { Run(); });
+        return thread_.joinable();
+    }
+
+private:
+    void Run();
+    bool Serve(CliEditor* editor);
+    bool Execute(const std::string& line);
+    void Show(CliOutput* output, const std::atomic<bool>& is_running);
+    void Say(std::string_view text) const;
+    Completion Complete(const std::string& line) const;
+    std::string Describe(const std::string& line) const;
+
+    const unsigned int node_;
+    const std::string prompt_;
+    const Options options_;
+    const CliEvent stop_;
+    const CliEvent wake_;
+    const Descriptor screen_;
+    CliWorkers worker_{1};
+    std::thread thread_;
+};
+
+void CliConsole::Loop::Run() {
+    try {
+        CliEditor editor(prompt_,
+                         {[this](const std::string& line) { return Complete(line); },
+                          [this](const std::string& line) { return Describe(line); }},
+                         stop_.descriptor());
+        while (Serve(&editor))
+            ;
+    } catch (const std::bad_alloc&) {
+        // There is no console without an editor.
+    }
+    if (options_.on_exit) options_.on_exit();
+}
+
+/// @return false when the operator has left, or has to.
+bool CliConsole::Loop::Serve(CliEditor* editor) {
+    try {
+        const auto line = editor->Read();
+        if (!line) Say("\n");
+        return line && Execute(*line);
+    } catch (const std::bad_alloc&) {
+        Say("% Out of memory.\n");
+        return true;
+    }
+}
+
+/// @return false after "exit".
+bool CliConsole::Loop::Execute(const std::string& line) {
+    CliOutput output(kOutputLimit, &wake_);
+    const Terminal terminal = MakeTerminal(PutInto, &output);
+    terminal->user = "console (uid " + std::to_string(getuid()) + ")";
+    terminal->log_module = options_.log_module;
+    std::atomic<bool> is_running{true};
+    const bool has_begun = worker_.Submit([&] {
+        vty_execute(terminal.get(), node_, line.c_str());
+        is_running = false;
+        wake_.Set();
+    });
+    if (!has_begun) throw std::bad_alloc();
+    Show(&output, is_running);
+    return !terminal->exit_requested;
+}
+
+void CliConsole::Loop::Show(CliOutput* output, const std::atomic<bool>& is_running) {
+    while (is_running || !output->IsEmpty()) {
+        const bool has_output = !output->IsEmpty();
+        pollfd ready[] = {{wake_.descriptor(), POLLIN, 0},
+                          {has_output ? screen_.get() : -1, POLLOUT, 0},
+                          {has_output ? stop_.descriptor() : -1, POLLIN, 0}};
+        poll(ready, 3, -1);
+        if (ready[0].revents != 0) wake_.Clear();
+        if (ready[1].revents != 0) output->Send(screen_.get());
+        if (ready[2].revents != 0) output->Break();
+    }
+    if (output->IsBroken()) Say("% Output cut.\n");
+}
+
+void CliConsole::Loop::Say(std::string_view text) const {
+    (void)!write(screen_.get(), text.data(), text.size());
+}
+
+Completion CliConsole::Loop::Complete(const std::string& line) const {
+    const Terminal terminal = MakeTerminal(AppendTo, nullptr);
+    return onu_mng_platform::Complete(terminal.get(), node_, line);
+}
+
+std::string CliConsole::Loop::Describe(const std::string& line) const {
+    std::string text;
+    const Terminal terminal = MakeTerminal(AppendTo, &text);
+    onu_mng_platform::Describe(terminal.get(), node_, line);
+    return text;
+}
+
+CliConsole::CliConsole() = default;
+
+CliConsole::~CliConsole() = default;
+
+bool CliConsole::Start(unsigned int node, const std::string& prompt, Options options) {
+    if (loop_ != nullptr) return false;
+    auto loop = std::make_unique<Loop>(node, prompt, std::move(options));
+    if (!loop->Start()) return false;
+    loop_ = std::move(loop);
+    return true;
+}
+
+void CliConsole::Stop() {
+    loop_ = nullptr;
+}
+
+} // namespace onu_mng_platform

@@ -1,0 +1,46 @@
+/// The host's own console.
+#ifndef ONU_MNG_PLATFORM_POSIX_CONSOLE_CLI_CONSOLE_H
+#define ONU_MNG_PLATFORM_POSIX_CONSOLE_CLI_CONSOLE_H
+
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace onu_mng_platform {
+
+/// The commands of one node on standard input and output, when these are a terminal; lines may end in "| save
+/// FILE". Commands that change something are logged (level 12).
+///
+/// Two threads serve it, so that a command whose output the terminal does not take (Ctrl-S) goes on; when 512
+/// KiB wait and none is taken for a second, the rest of that command's output is dropped.
+///
+/// Thread safety: one task starts and stops.
+class CliConsole {
+public:
+    struct Options {
+        unsigned int log_module = 0;
+        std::function<void()> on_exit; ///< called once, in the console's thread, when the operator leaves
+    };
+
+    CliConsole();
+    ~CliConsole();
+    CliConsole(const CliConsole&) = delete;
+    CliConsole& operator=(const CliConsole&) = delete;
+
+    /// @return false, with nothing changed, when there is no terminal, no thread, or a console already.
+    /// Throws
+    ///         std::bad_alloc.
+    bool Start(unsigned int node, const std::string& prompt, Options options);
+
+    /// Ends the console, after the command that runs, and gives the terminal back as it was. Nothing when not
+    /// started. Not from `on_exit`.
+    void Stop();
+
+private:
+    class Loop;
+    std::unique_ptr<Loop> loop_;
+};
+
+} // namespace onu_mng_platform
+
+#endif

@@ -1,0 +1,201 @@
+#include "onu_mng_platform/posix/console/cli_editor.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cwchar>
+#include <new>
+#include <utility>
+
+#include <histedit.h>
+#include <poll.h>
+#include <unistd.h>
+
+namespace onu_mng_platform {
+namespace {
+
+constexpr int kHistorySize = 500;
+constexpr char kCancel = '\x03'; // Ctrl-C
+constexpr char kQuote = '\x16';  // Ctrl-V
+
+void Print(const std::string& text) {
+    std::fwrite(text.data(), 1, text.size(), stdout);
+    std::fflush(stdout);
+}
+
+std::string UpToCursor(EditLine* edit) {
+    const LineInfo* line = el_line(edit);
+    return std::string(line->buffer, line->cursor);
+}
+
+} // namespace
+
+class CliEditor::Editing {
+public:
+    Editing(const std::string& prompt, Keys keys, int wake)
+        : prompt_(prompt), keys_(std::move(keys)), wake_(wake), history_(history_init()),
+          edit_(el_init("olt", stdin, stdout, stderr)) {
+        if (history_ == nullptr || edit_ == nullptr) throw std::bad_alloc();
+        HistEvent event;
+        history(history_.get(), &event, H_SETSIZE, kHistorySize);
+        history(history_.get(), &event, H_SETUNIQUE, 1);
+        EditLine* edit = edit_.get();
+        el_set(edit, EL_CLIENTDATA, this);
+        el_set(edit, EL_PROMPT, &Editing::Prompt);
+        el_set(edit, EL_EDITOR, "emacs");
+        el_set(edit, EL_HIST, history, history_.get());
+        el_set(edit, EL_GETCFN, &Editing::ReadCharacter);
+        // Ctrl-C is for the line, not for the host.
+        el_set(edit, EL_SETTY, "-d", "-isig", nullptr);
+    }
+
+    std::optional<std::string> Read() {
+        // Before the prompt, so that a key that is pressed at its sight is one of the editor's.
+        el_set(edit_.get(), EL_PREP_TERM, 1);
+        do {
+            is_cancelled_ = false;
+            int size = 0;
+            const char* line = el_gets(edit_.get(), &size);
+            if (line == nullptr || size <= 0) return std::nullopt;
+            line_.assign(line, static_cast<size_t>(size));
+        } while (is_cancelled_);
+        while (!line_.empty() && (line_.back() == '\n' || line_.back() == '\r'))
+            line_.pop_back();
+        return Remember();
+    }
+
+    History* history_object() const { return history_.get(); }
+
+private:
+    struct EndEdit {
+        void operator()(EditLine* edit) const { el_end(edit); }
+    };
+    struct EndHistory {
+        void operator()(History* past) const { history_end(past); }
+    };
+    static Editing* Of(EditLine* edit) {
+        void* self = nullptr;
+        el_get(edit, EL_CLIENTDATA, &self);
+        return static_cast<Editing*>(self);
+    }
+
+    static char* Prompt(EditLine* edit) { return Of(edit)->prompt_.data(); }
+    static int ReadCharacter(EditLine* edit, wchar_t* character) { return Of(edit)->Next(character); }
+
+    std::string Remember() {
+        HistEvent event;
+        if (line_.find_first_not_of(" \t") != std::string::npos)
+            history(history_.get(), &event, H_ENTER, line_.c_str());
+        return line_;
+    }
+
+    int Next(wchar_t* character);
+    int NextByte(char* byte);
+    bool TakeKey(char* byte);
+    void Help();
+    void Complete();
+    void PrintBelow(const std::string& text);
+
+    std::string prompt_;
+    const Keys keys_;
+    const int wake_;
+    std::unique_ptr<History, EndHistory> history_;
+    std::unique_ptr<EditLine, EndEdit> edit_;
+    std::string line_;
+    std::string typed_for_; ///< what TAB has yet to type for the operator
+    std::mbstate_t half_read_{};
+    bool is_quote_ = false; ///< the last key was Ctrl-V
+    bool is_cancelled_ = false;
+};
+
+int CliEditor::Editing::Next(wchar_t* character) {
+    char byte = 0;
+    int result = 0;
+    while ((result = NextByte(&byte)) == 1) {
+        if (TakeKey(&byte)) continue;
+        const size_t size = std::mbrtowc(character, &byte, 1, &half_read_);
+        if (size <= 1) return 1;
+        // Half a character goes on with the next byte; what is none is left out.
+        if (size == static_cast<size_t>(-1)) half_read_ = std::mbstate_t{};
+    }
+    return result;
+}
+
+/// Does what a key of ours does. The editing library is not told of them: it would never free their names.
+bool CliEditor::Editing::TakeKey(char* byte) {
+    const bool is_quoted = std::exchange(is_quote_, !is_quote_ && *byte == kQuote);
+    if (is_quoted) return false;
+    // Nothing is thrown through the library, which is C: a key that memory is too short for does nothing.
+    try {
+        if (*byte == '?') return Help(), true;
+        if (*byte == '\t') return Complete(), true;
+    } catch (const std::bad_alloc&) {
+        return true;
+    }
+    is_cancelled_ = *byte == kCancel;
+    if (is_cancelled_) {
+        Print("^C");
+        *byte = '\n';
+    }
+    return false;
+}
+
+void CliEditor::Editing::Help() {
+    PrintBelow("?\n" + keys_.describe(UpToCursor(edit_.get())));
+}
+
+void CliEditor::Editing::Complete() {
+    const Completion completion = keys_.complete(UpToCursor(edit_.get()));
+    typed_for_ = completion.insert;
+    if (!typed_for_.empty()) return;
+    if (completion.choices.empty()) return Print("\a");
+    std::string list = "\n";
+    for (const std::string& choice : completion.choices)
+        list.append("  ").append(choice);
+    PrintBelow(list + "\n");
+}
+
+void CliEditor::Editing::PrintBelow(const std::string& text) {
+    Print(text);
+    el_set(edit_.get(), EL_REFRESH); // begins a new line on the screen
+}
+
+int CliEditor::Editing::NextByte(char* byte) {
+    if (!typed_for_.empty()) {
+        *byte = typed_for_.front();
+        typed_for_.erase(0, 1);
+        return 1;
+    }
+    pollfd input[] = {{STDIN_FILENO, POLLIN, 0}, {wake_, POLLIN, 0}};
+    do {
+        if (poll(input, 2, -1) < 0) continue;
+        if (input[1].revents != 0) return 0;
+        const ssize_t size = read(STDIN_FILENO, byte, 1);
+        if (size >= 0) return static_cast<int>(size);
+    } while (errno == EINTR || errno == EAGAIN);
+    return -1;
+}
+
+CliEditor::CliEditor(const std::string& prompt, Keys keys, int wake)
+    : editing_(std::make_unique<Editing>(prompt, std::move(keys), wake)) {}
+
+CliEditor::~CliEditor() = default;
+
+std::optional<std::string> CliEditor::Read() {
+    return editing_->Read();
+}
+
+void CliEditor::LoadHistory(const std::string& path) {
+    HistEvent event;
+    history(editing_->history_object(), &event, H_LOAD, path.c_str());
+}
+
+void CliEditor::SaveHistory(const std::string& path) {
+    HistEvent event;
+    // Two clients that leave at once must not write into one file.
+    const std::string draft = path + "." + std::to_string(getpid());
+    if (history(editing_->history_object(), &event, H_SAVE, draft.c_str()) < 0 ||
+        std::rename(draft.c_str(), path.c_str()) != 0)
+        unlink(draft.c_str());
+}
+
+} // namespace onu_mng_platform

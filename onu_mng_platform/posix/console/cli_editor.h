@@ -1,0 +1,48 @@
+/// Lines typed on a terminal.
+#ifndef ONU_MNG_PLATFORM_POSIX_CONSOLE_CLI_EDITOR_H
+#define ONU_MNG_PLATFORM_POSIX_CONSOLE_CLI_EDITOR_H
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "onu_mng_platform/common/cli_assist.h"
+
+namespace onu_mng_platform {
+
+/// Reads lines from standard input, a terminal, with editing, history, TAB and "?". Ctrl-C gives a line up,
+/// Ctrl-V types a key that would do something.
+///
+/// One at a time in a process, used by one task.
+class CliEditor {
+public:
+    /// What the keys ask, for the line up to the cursor.
+    struct Keys {
+        std::function<Completion(const std::string& line)> complete;
+        std::function<std::string(const std::string& line)> describe;
+    };
+
+    /// Reading ends when the descriptor `wake` becomes readable; -1 for none. Throws std::bad_alloc.
+    CliEditor(const std::string& prompt, Keys keys, int wake = -1);
+    ~CliEditor();
+    CliEditor(const CliEditor&) = delete;
+    CliEditor& operator=(const CliEditor&) = delete;
+
+    /// Blocks until a line is typed. @return it, without its end; nothing at the end of input or after
+    /// `wake`. Throws
+    ///         std::bad_alloc, with a line lost.
+    std::optional<std::string> Read();
+
+    /// Takes the history from a file; writes it there, for its owner alone, in place of what it held.
+    void LoadHistory(const std::string& path);
+    void SaveHistory(const std::string& path);
+
+private:
+    class Editing;
+    std::unique_ptr<Editing> editing_;
+};
+
+} // namespace onu_mng_platform
+
+#endif

@@ -1,0 +1,7 @@
+#!/bin/sh
+# A person at a terminal: cli_session.sh HOST CLIENT. Exit status 77 where there is no expect to type.
+if ! command -v expect > /dev/null; then
+    echo "skipped: expect is not installed"
+    exit 77
+fi
+exec expect "$(dirname "$0")/cli_session.exp" "$1" "$2"
