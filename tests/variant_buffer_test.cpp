@@ -63,7 +63,7 @@ TEST_F(VariantBuffer, AppendsAndFetchesVariants) {
     EXPECT_EQ(ab.GetType(), VARIANT_TYPE_BUFFER);
 
     const Variant in = Buffer({"\x00\x00\x01\x02\x02ghijklmnop", 15});
-    Variant number(0U), flag(false), text("1234"), two("12345678");
+    Variant number(0U), flag(false), text("1234"), two("12345678"), wide(7LL);
     for (Variant* out : {&number, &flag, &text})
         EXPECT_EQ(in.Fetch(*out), ONU_MNG_OK);
     EXPECT_EQ(number, Variant(258));
@@ -72,6 +72,8 @@ TEST_F(VariantBuffer, AppendsAndFetchesVariants) {
     EXPECT_EQ(Block(two), std::string("kl345678\0", 9));
     EXPECT_EQ(in.GetPos(), 11U);
     EXPECT_EQ(in.Fetch(text, 5), ONU_MNG_FAILURE);
+    EXPECT_EQ(in.Fetch(wide), ONU_MNG_FAILURE);
+    EXPECT_EQ(wide, Variant(7));
     EXPECT_EQ(Block(text), std::string("ghij\0", 5));
 }
 
