@@ -561,6 +561,19 @@ TEST(Faults, OfAShareComeFromTheSeed) {
     EXPECT_NEAR(100.0, static_cast<double>(std::count(some.begin(), some.end(), '-')), 30.0);
 }
 
+TEST(PoolBlocks, HoldNeitherZerosNorWhatTheyHeldBefore) {
+    static const int pool = mpuCreate("filled", 4096, 1, 0);
+    Simulation board(1);
+    board.Run([] {
+        auto* const block = static_cast<unsigned char*>(mpuAlloc_(pool, 20, __FILE__, __LINE__));
+        EXPECT_EQ(std::vector<unsigned char>(20, 0xCD), std::vector<unsigned char>(block, block + 20));
+        std::fill(block, block + 20, 7);
+        EXPECT_EQ(0, mpuFree(block));
+        EXPECT_EQ(std::vector<unsigned char>(20, 0xDD), std::vector<unsigned char>(block, block + 20));
+    });
+    EXPECT_TRUE(board.Result().Ok()) << board.Result().report;
+}
+
 TEST(Priorities, DecideWhenChosen) {
     for (std::uint64_t seed = 1; seed <= 50; ++seed) {
         SimOptions options;

@@ -10,6 +10,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "onu_mng_lib/onu_mng_common/mem_mgr.h"
@@ -342,6 +343,35 @@ TEST(Interleavings, OfTraceSwitchingWriteOnlyTracedOnus) {
             EXPECT_FALSE(traces->IsTraceOnu(1, 1, nullptr, 4));
             ulogPrintf(SimHost::kLogModule, 4, "a level that is left open\r\n");
             EXPECT_EQ(0u, board.Logged("a level that is left open\r\n"));
+        });
+    });
+}
+
+// A signal that comes before the wait counts as much as one that comes during it.
+TEST(Interleavings, OfSignalsAndWaitsLoseNoSignal) {
+    sim_scenario::ForEachSeed([](std::uint64_t seed) {
+        RunHost(seed, [](Simulation& board) {
+            constexpr int kItems = 5;
+            Semaphore work;
+            int items = 0;
+            for (int producer = 0; producer < 2; ++producer)
+                board.Spawn("producer", [&] {
+                    for (int item = 0; item < kItems; ++item) {
+                        ++items;
+                        work.Signal();
+                    }
+                });
+            board.Spawn("consumer", [&] {
+                for (int consumed = 0; consumed < 2 * kItems;) {
+                    if (items % 2 == 0)
+                        work.Wait();
+                    else
+                        EXPECT_EQ(0, work.TryWait(3600)) << consumed;
+                    consumed += std::exchange(items, 0);
+                }
+            });
+            board.Join();
+            EXPECT_FALSE(work.IsWaiting());
         });
     });
 }

@@ -26,15 +26,8 @@ constexpr CallName kSet{"memSet", nullptr, "size", nullptr};
 constexpr CallName kLength{"StrLen", nullptr, nullptr, nullptr};
 constexpr CallName kCompare{"StrNCmp", nullptr, "size", nullptr};
 
-/// How the record counts what the call is about; nothing to count outside of a run.
 std::int64_t PoolNumber(const SeamCall& call, int pool_id) {
     return call.Run() != nullptr ? call.Run()->blocks.PoolNumber(pool_id) : 0;
-}
-std::int64_t Taken(const SeamCall& call, const void* block) {
-    return call.Run() != nullptr ? call.Run()->blocks.Taken(block) : 0;
-}
-std::int64_t Number(const SeamCall& call, const void* block) {
-    return call.Run() != nullptr ? call.Run()->blocks.Number(block) : 0;
 }
 
 } // namespace
@@ -51,13 +44,17 @@ void* mpuAlloc_(int pool_id, unsigned int size, const char* file, int line) {
     SeamCall call(kPoolAlloc, {file, line});
     call.With(PoolNumber(call, pool_id), size);
     void* block = call.IsToFail(SimFault::kPoolAlloc) ? nullptr : PoolAlloc(pool_id, size, file, line);
-    return call.Result(block, Taken(call, block));
+    return call.Result(block, call.Run() != nullptr ? call.Run()->blocks.Taken(block, size) : 0);
 }
 
 int mpuFree(void* block) {
     SeamCall call(kPoolFree);
-    call.With(Number(call, block));
-    return call.Result(PoolFree(block));
+    if (call.Run() == nullptr) return PoolFree(block);
+    Blocks& blocks = call.Run()->blocks;
+    call.With(blocks.Number(block));
+    const int result = PoolFree(block);
+    if (result == 0) blocks.Returned(block);
+    return call.Result(result);
 }
 
 void mpuShow(void) {

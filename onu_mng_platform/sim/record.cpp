@@ -3,8 +3,6 @@
 #include <cstdio>
 #include <cstring>
 
-#include "onu_mng_platform/common/pool.h"
-
 namespace onu_mng_platform {
 
 std::string TimeText(SimTime time) {
@@ -65,26 +63,6 @@ std::vector<std::string> Record::Lines() const {
     for (const RecordedCall& call : calls)
         lines.push_back(Line(call));
     return lines;
-}
-
-void BlockNumbers::Begin() {
-    mpu_stat stat;
-    while (PoolGetStat(old_pools, &stat) == 0)
-        ++old_pools;
-}
-
-std::int64_t BlockNumbers::PoolNumber(int pool_id) const {
-    return pool_id < old_pools ? -1 - pool_id : pool_id - old_pools + 1;
-}
-
-std::int64_t BlockNumbers::Taken(const void* block) {
-    if (block == nullptr) return 0;
-    return blocks[block] = ++last_block;
-}
-
-std::int64_t BlockNumbers::Number(const void* block) const {
-    const auto entry = blocks.find(block);
-    return entry != blocks.end() ? entry->second : 0;
 }
 
 } // namespace onu_mng_platform

@@ -5,7 +5,6 @@
 #include <cstdint>
 #include <map>
 #include <string>
-#include <unordered_map>
 #include <vector>
 
 #include "onu_mng_platform/sim/board.h"
@@ -51,24 +50,6 @@ private:
     std::vector<RecordedCall> calls;
     std::map<std::uint32_t, std::string> task_names;
     std::uint64_t hash = 0xcbf29ce484222325u;
-};
-
-/// Numbers for pools and their blocks that do not depend on what was there before the run.
-class BlockNumbers {
-public:
-    /// Pools from now on count from 1.
-    void Begin();
-    /// Of a pool that was there before: below 0; of none: 0.
-    std::int64_t PoolNumber(int pool_id) const;
-    /// Gives a block that was taken its number, from 1; 0 for null.
-    std::int64_t Taken(const void* block);
-    /// Of a block that was not taken in the run: 0.
-    std::int64_t Number(const void* block) const;
-
-private:
-    int old_pools = 0;
-    std::int64_t last_block = 0;
-    std::unordered_map<const void*, std::int64_t> blocks;
 };
 
 /// "seconds.nanoseconds".

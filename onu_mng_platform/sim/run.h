@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "onu_mng_platform/sim/blocks.h"
 #include "onu_mng_platform/sim/board.h"
 #include "onu_mng_platform/sim/faults.h"
 #include "onu_mng_platform/sim/record.h"
@@ -33,7 +34,7 @@ public:
     Scheduler scheduler;
     Faults faults;
     Record record;
-    BlockNumbers blocks;
+    Blocks blocks;
     std::vector<SimLogLine> log;
     std::vector<std::pair<unsigned int, int>> opened_levels; ///< module and level
     SimTime calendar_step{0};
