@@ -4,8 +4,10 @@ set_property(CACHE ONU_MNG_PLATFORM PROPERTY STRINGS posix sim)
 
 # Makes onu_mng::platform the chosen port.
 function(onu_mng_choose_platform)
-  if(ONU_MNG_PLATFORM MATCHES "^(posix|sim)$")
-    add_library(onu_mng::platform ALIAS onu_mng_platform_${ONU_MNG_PLATFORM})
+  if(ONU_MNG_PLATFORM STREQUAL "posix")
+    add_library(onu_mng::platform ALIAS onu_mng_platform_posix)
+  elseif(ONU_MNG_PLATFORM STREQUAL "sim")
+    add_library(onu_mng::platform ALIAS onu_mng_platform_sim_main)
   elseif(IS_DIRECTORY "${ONU_MNG_PLATFORM}")
     add_subdirectory("${ONU_MNG_PLATFORM}" "${CMAKE_BINARY_DIR}/onu_mng_platform/own")
     if(NOT TARGET onu_mng_platform_own)

@@ -9,3 +9,10 @@ target_link_libraries(service_on_sim PRIVATE onu_mng_lib onu_mng_platform_sim)
 onu_mng_warnings(service_on_sim)
 add_test(NAME service_on_sim COMMAND service_on_sim)
 set_tests_properties(service_on_sim PROPERTIES TIMEOUT 120)
+
+# A program that knows nothing of the board, on it.
+add_executable(reboot_service_on_sim ${PROJECT_SOURCE_DIR}/examples/reboot_service.cpp)
+target_link_libraries(reboot_service_on_sim PRIVATE onu_mng_lib onu_mng_platform_sim_main)
+onu_mng_warnings(reboot_service_on_sim)
+add_test(NAME reboot_service_on_sim COMMAND reboot_service_on_sim)
+set_tests_properties(reboot_service_on_sim PROPERTIES TIMEOUT 60)

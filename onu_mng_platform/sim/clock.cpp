@@ -43,10 +43,6 @@ ClockKind KindOf(clockid_t clock) {
     }
 }
 
-SimTime Calendar(const SimRun& run) {
-    return std::chrono::seconds(kSimStartDate) + run.scheduler.Now() + run.calendar_step;
-}
-
 bool IsSpan(const timespec* span) {
     return span != nullptr && span->tv_sec >= 0 && span->tv_nsec >= 0 &&
            span->tv_nsec < kNanosecondsPerSecond;
@@ -65,9 +61,8 @@ int __wrap_clock_gettime(clockid_t clock, timespec* time) {
         return __real_clock_gettime(clock, time);
     SeamCall call(kGetTime);
     call.With(clock);
-    const SimTime now = kind == ClockKind::kCalendar ? Calendar(*call.Run()) : call.Run()->scheduler.Now();
-    time->tv_sec = static_cast<time_t>(now.count() / kNanosecondsPerSecond);
-    time->tv_nsec = static_cast<long>(now.count() % kNanosecondsPerSecond);
+    const SimRun& run = *call.Run();
+    *time = ToTimespec(kind == ClockKind::kCalendar ? run.Calendar() : run.scheduler.Now());
     return call.Result(0);
 }
 
@@ -88,9 +83,7 @@ int bep_sysClkRateGetEx(void) {
 int getDateTime(unsigned short* year, unsigned char* month, unsigned char* day, unsigned char* hour,
                 unsigned char* minute, unsigned char* second) {
     SeamCall call(kDate);
-    const std::time_t now =
-        call.Run() != nullptr
-            ? static_cast<std::time_t>(Calendar(*call.Run()).count() / kNanosecondsPerSecond)
-            : std::time(nullptr);
+    const SimRun* run = call.Run();
+    const std::time_t now = run != nullptr ? ToTimespec(run->Calendar()).tv_sec : std::time(nullptr);
     return call.Result(LocalDateTime(now, year, month, day, hour, minute, second));
 }

@@ -29,12 +29,28 @@ void Collect(void* context, unsigned int module, int level, const char* text) {
     run.log.push_back({run.scheduler.Now(), task != nullptr ? task->name : "", module, level, text});
 }
 
+timespec BoardCalendar() {
+    return ToTimespec(Board::Instance().run.load()->Calendar());
+}
+
 } // namespace
+
+timespec ToTimespec(SimTime time) {
+    const auto seconds = std::chrono::floor<std::chrono::seconds>(time);
+    timespec result{};
+    result.tv_sec = static_cast<time_t>(seconds.count());
+    result.tv_nsec = static_cast<long>((time - seconds).count());
+    return result;
+}
 
 SimRun::SimRun(const SimOptions& run_options)
     : options(run_options), scheduler(run_options), faults(run_options.seed),
       record(run_options.keep_record) {
     result.seed = run_options.seed;
+}
+
+SimTime SimRun::Calendar() const {
+    return std::chrono::seconds(kSimStartDate) + scheduler.Now() + calendar_step;
 }
 
 std::shared_ptr<Task> SimRun::Spawn(const char* name, unsigned int priority, std::size_t stack_size,
@@ -60,11 +76,13 @@ void SimRun::Begin() {
     board.run = this;
     LogSetThreshold(kLogThreshold);
     LogSetSink(Collect, this);
+    LogSetClock(BoardCalendar);
 }
 
 void SimRun::End() {
     SetZone(zone_before ? zone_before->c_str() : nullptr);
     LogSetSink(nullptr, nullptr);
+    LogSetClock(nullptr);
     for (const auto& [module, level] : opened_levels)
         LogSetModIgnore(module, level, 0);
     Board::Instance().RemoveTasks();

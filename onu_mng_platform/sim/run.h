@@ -2,6 +2,7 @@
 #ifndef ONU_MNG_PLATFORM_SIM_RUN_H
 #define ONU_MNG_PLATFORM_SIM_RUN_H
 
+#include <ctime>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -26,6 +27,9 @@ public:
 
     const SimResult& Run(const std::function<void()>& body);
 
+    /// Since 1970.
+    SimTime Calendar() const;
+
     /// Puts a task on the board and starts it. Null when the system has no thread.
     std::shared_ptr<Task> Spawn(const char* name, unsigned int priority, std::size_t stack_size,
                                 std::function<void()> entry, bool is_host);
@@ -47,6 +51,8 @@ private:
 
     std::optional<std::string> zone_before; ///< TZ in the environment
 };
+
+timespec ToTimespec(SimTime time);
 
 } // namespace onu_mng_platform
 
