@@ -95,8 +95,9 @@ uint32_t bep_taskSpawnEx(const char* name, unsigned int priority, int options, u
                          intptr_t arg10);
 
 /* Ends task `task_id` at its next end point (above) and returns when it has ended; at once when it had ended
- * before. No end point itself: the caller's own deletion waits. Returns 0; -1 for an id that is none (a
- * second deletion included) and for the calling task itself, which goes on. */
+ * before. No end point itself: the caller's own deletion waits. Returns 0; -1, with nothing changed, for an id
+ * that is none (a second deletion included), for the calling task itself, and for a task that is itself
+ * deleting the caller, directly or through others. */
 int bep_taskDeleteEx(uint32_t task_id);
 
 /* Between bep_taskSafeEx() and the matching bep_taskUnsafeEx() the calling task is not ended: its waits run

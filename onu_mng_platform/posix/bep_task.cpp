@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <ctime>
 #include <exception>
+#include <mutex>
 
 #include "onu_mng_platform/bep.h"
 #include "onu_mng_platform/common/log.h"
@@ -37,10 +38,13 @@ struct Task {
     pthread_t thread{};
     bep_task_entry entry = nullptr;
     intptr_t arguments[10] = {};
-    char name[16] = {}; // what the system shows of it
+    char name[16] = {};            // what the system shows of it
+    const Task* deletes = nullptr; // the task whose end it waits for; guarded by g_deletions
 };
 
 SlotTable<Task, 64, 1024> g_tasks;
+std::mutex g_deletions;
+thread_local Task* t_self = nullptr; // null in a thread that is no task
 
 void RunEntry(const Task& task) {
     const intptr_t* const a = task.arguments;
@@ -51,6 +55,7 @@ void* RunTask(void* context) {
     Task& task = *static_cast<Task*>(context);
     pthread_setname_np(pthread_self(), task.name);
     Sleeper::Become(task.sleeper);
+    t_self = &task;
     try {
         RunEntry(task);
     } catch (const TaskEnd&) {
@@ -120,9 +125,24 @@ int StartThread(Task& task, unsigned int priority, unsigned int stack_size) {
     return pthread_create(&task.thread, raw, RunTask, &task);
 }
 
-bool Change(Task& task, uint32_t generation, State from, State to) {
-    uint32_t word = Word(generation, from);
-    return task.word.compare_exchange_strong(word, Word(generation, to), std::memory_order_acq_rel);
+/// Makes the calling thread the one that deletes a task. Returns false when the task does not exist, another
+/// thread deletes it already, or it waits itself, directly or through others, for the caller to end.
+bool BeginDeletion(Task& task, uint32_t generation) {
+    const std::lock_guard<std::mutex> guard(g_deletions);
+    for (const Task* each = &task; t_self != nullptr && each != nullptr; each = each->deletes) {
+        if (each == t_self) return false;
+    }
+    uint32_t word = Word(generation, kExists);
+    if (!task.word.compare_exchange_strong(word, Word(generation, kEnding), std::memory_order_acq_rel))
+        return false;
+    if (t_self != nullptr) t_self->deletes = &task;
+    return true;
+}
+
+void EndDeletion(Task& task, uint32_t generation) {
+    const std::lock_guard<std::mutex> guard(g_deletions);
+    if (t_self != nullptr) t_self->deletes = nullptr;
+    task.word.store(Word(Id::NextGeneration(generation), kNone), std::memory_order_release);
 }
 
 bool IsDuration(const timespec& duration) {
@@ -159,15 +179,10 @@ extern "C" uint32_t bep_taskSpawnEx(const char* name, unsigned int priority, int
 extern "C" int bep_taskDeleteEx(uint32_t task_id) {
     const Id id(task_id);
     Task* const task = g_tasks.Find(id, IdKind::kTask);
-    if (task == nullptr || &task->sleeper == &Sleeper::Current()) return -1;
-    if (!Change(*task, id.Generation(), kExists, kEnding)) return -1;
+    if (task == nullptr || !BeginDeletion(*task, id.Generation())) return -1;
     task->sleeper.AskToEnd();
-    if (pthread_join(task->thread, nullptr) != 0) {
-        // The task is deleting the caller and waits for that already.
-        Change(*task, id.Generation(), kEnding, kExists);
-        return -1;
-    }
-    task->word.store(Word(Id::NextGeneration(id.Generation()), kNone), std::memory_order_release);
+    pthread_join(task->thread, nullptr);
+    EndDeletion(*task, id.Generation());
     g_tasks.Release(id.Index());
     return 0;
 }
