@@ -39,14 +39,11 @@ int Refuse(vty* terminal, const char* message) {
     return 1;
 }
 
-/// Visits the items of one class with a position of its own, so that walks of several operators do not meet.
-template <typename Item, typename Visit>
-void ForEach(Aggregate& aggregate, Visit visit) {
-    for (Iterator iterator(&aggregate); !iterator.IsEnd(); iterator++) {
-        AggregateObject* const object = iterator();
-        if (object == nullptr) return; // the aggregate became shorter during the walk
-        if (Item* const item = dynamic_cast<Item*>(object)) visit(*item);
-    }
+/// Visits the modules with a position of its own, so that walks of several operators do not meet.
+template <typename Visit>
+void ForEachModule(Visit visit) {
+    for (Iterator iterator(ModuleManager::GetInstance()); !iterator.IsEnd(); iterator++)
+        if (auto* const module = dynamic_cast<ServiceModule*>(iterator())) visit(*module);
 }
 
 std::vector<ParameterContent> StateContextRow(StateContext& context) {
@@ -78,7 +75,7 @@ int cl_onu_mng_show_state_context_cmd_fun(cmd_element*, vty* terminal, int argc,
     const char* const word = CliWords(argc, argv)[0];
     const int type = word == nullptr ? kNoFilter : NumberOf(word);
     const bool printed = PrintReport(CLI_CMD_SHOW_STATE_CONTEXT, terminal, [type](Rows& rows) {
-        ForEach<StateContext>(*StateContextManager::GetInstance(), [type, &rows](StateContext& context) {
+        StateContextManager::GetInstance()->ForEachContext([type, &rows](StateContext& context) {
             if (Passes(type, context.service_type)) rows.push_back(StateContextRow(context));
         });
     });
@@ -101,7 +98,7 @@ int cl_onu_mng_show_service_module_cmd_fun(cmd_element*, vty* terminal, int argc
         return 0;
     });
     const bool printed = PrintReport(CLI_CMD_SHOW_MODULE, terminal, [id, type](Rows& rows) {
-        ForEach<ServiceModule>(*ModuleManager::GetInstance(), [id, type, &rows](ServiceModule& module) {
+        ForEachModule([id, type, &rows](ServiceModule& module) {
             if (Passes(id, module.mod_id) && Passes(type, module.mod_type)) rows.push_back(ModuleRow(module));
         });
     });
@@ -110,8 +107,7 @@ int cl_onu_mng_show_service_module_cmd_fun(cmd_element*, vty* terminal, int argc
 
 int cl_onu_mng_show_service_module_summary_cmd_fun(cmd_element*, vty* terminal, int, char**) {
     const bool printed = PrintReport(CLI_CMD_SHOW_MODULE_SUMMARY, terminal, [](Rows& rows) {
-        ForEach<ServiceModule>(*ModuleManager::GetInstance(),
-                               [&rows](ServiceModule& module) { rows.push_back(ModuleSummaryRow(module)); });
+        ForEachModule([&rows](ServiceModule& module) { rows.push_back(ModuleSummaryRow(module)); });
     });
     return printed ? 0 : 1;
 }

@@ -36,8 +36,7 @@ public:
 
     /// Finds the entry that governs an ONU; the caller holds the lock, and `para` is valid as long.
     /// @return true with `para` set; false with `para` null when there is none, or left alone while tracing
-    /// is
-    ///         off.
+    ///         is off.
     bool MatchOnu(unsigned short pon, unsigned short onu, const unsigned char* sn, OnuLogPara*& para);
 
     /// Whether the ONU is traced at `level`; false without taking the lock while tracing is off.

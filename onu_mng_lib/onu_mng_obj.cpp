@@ -18,8 +18,10 @@ OnuNo& OnuNo::operator=(const OnuNo& other) {
 void OnuNo::operator()(unsigned short pon, unsigned short onu, const unsigned char* sn) {
     pon_no = pon;
     onu_id = onu;
-    onu_sn.Reset();
-    if (sn != nullptr) onu_sn.Assign(VARIANT_TYPE_BUFFER, reinterpret_cast<const char*>(sn), ONU_MNG_SN_SIZE);
+    if (sn == nullptr)
+        onu_sn.Reset();
+    else
+        onu_sn.Assign(VARIANT_TYPE_BUFFER, reinterpret_cast<const char*>(sn), ONU_MNG_SN_SIZE);
 }
 
 bool OnuNo::operator<(const OnuNo& other) const {

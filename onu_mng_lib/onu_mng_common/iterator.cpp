@@ -32,7 +32,7 @@ Iterator& Iterator::operator=(const Iterator& other) {
 }
 
 bool Iterator::IsEnd() const {
-    return p_aggregate == nullptr || index == p_aggregate->GetSize();
+    return p_aggregate == nullptr || index >= p_aggregate->GetSize();
 }
 
 AggregateObject* Iterator::CurrentItem() const {

@@ -24,16 +24,14 @@ public:
     /// Creates the pool `name` of `size` bytes; `shared` and `options` go to the platform as they are. Only
     /// the first successful call creates a pool.
     /// @return 0, also when there is a pool already; 0x800001f5 when the platform has none to give, and a
-    /// later
-    ///         call may try again. Logs nothing.
+    ///         later call may try again. Logs nothing.
     unsigned int Init(const char* name, unsigned int size, int shared, int options);
 
     /// Takes a block of `size` bytes, rounded up to 16 and filled with zeros over the whole rounded size.
     ///
     /// `file`, `function` and `line` name the caller; `file` outlives the block.
     /// @return the block, to be given back with `MemFree`; null for a `size` of 0 (one level-13 line) and
-    /// when
-    ///         the pool has no such block. More than `kPoolSize` bytes cost one level-10 line.
+    ///         when the pool has no such block. More than `kPoolSize` bytes cost one level-10 line.
     void* MemAlloc(unsigned int size, const char* file, const char* function, unsigned short line);
 
     /// As `MemAlloc`, with the first `written` bytes left undefined for a caller who overwrites them at once.

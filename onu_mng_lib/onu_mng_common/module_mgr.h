@@ -79,8 +79,7 @@ public:
 
     /// Creates the queue. A second call changes nothing and returns 0.
     /// @return 0, after one level-12 line; 0x800001f5 when the platform has no queue or memory is short,
-    /// after
-    ///         one level-13 line.
+    ///         after one level-13 line.
     unsigned int InitModule() override;
 
     /// Spawns the task. A second call changes nothing and returns 0.
@@ -93,9 +92,8 @@ public:
     /// Asynchronous: copies the payload into a packet and queues that without waiting. Synchronous: runs the
     /// handler on the caller's buffer, for as long as it takes.
     /// @return the handler's result (synchronous); 0 when the message was queued; 0x800001f5 for null `data`
-    /// or
-    ///         a `pkg_size` of 0 and when the pool is exhausted (one level-13 line each), and when the queue
-    ///         is full (level-11 lines).
+    ///         or a `pkg_size` of 0 and when the pool is exhausted (one level-13 line each), and when the
+    ///         queue is full (level-11 lines).
     unsigned int SendMsg(unsigned int msg_type, MsgSyncProcType sync_type, unsigned short pon_no,
                          unsigned short onu_id, char* data, unsigned int pkg_size);
 

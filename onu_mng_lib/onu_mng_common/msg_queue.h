@@ -29,8 +29,7 @@ public:
 
     /// Removes the oldest message and copies at most `len` bytes of it to `buf`.
     /// @return the number of bytes; 0 when none came or the queue refused (one level-13 line); 0x800001f5 for
-    /// a
-    ///         null `buf` or a `len` of 0 (one level-13 line).
+    ///         a null `buf` or a `len` of 0 (one level-13 line).
     unsigned int RecvMsg(char* buf, unsigned int len, int timeout);
 
     /// The number of messages waiting; 0 without a queue.

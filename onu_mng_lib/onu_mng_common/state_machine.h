@@ -9,17 +9,17 @@
 /// Transition rules. After every message but a notification the current state names its successor
 /// (`GetNextState`) and says whether that runs at once with the same message (`IsAutoNextState`):
 ///
-/// | message              | current state | what runs                     | result |
-/// |----------------------|---------------|-------------------------------|--------------------------------------|
-/// | OPERATE              | any           | `Operate`                     | its result; refused when it
-/// succeeded | |                      |               |                               | while a termination
-/// arrived, unless  | |                      |               |                               | in FAIL | |
-/// NOTIFY               | any           | `Notify`; no transition       | its result | | DELAY_TERMINATE 1..6
-/// | any           | nothing; only counted         | 0                                    | | DELAY_TERMINATE
-/// 7    | FAIL          | `Operate`                     | its result                           | | any but
-/// IMMEDIATE    | all but FAIL, | nothing                       | refused (NOTIFY: no transition)      | | |
-/// terminating   |                               |                                      | |
-/// IMMEDIATE_TERMINATE  | any           | nothing                       | refused |
+/// | message              | current state             | what runs               | result                       |
+/// |----------------------|---------------------------|-------------------------|------------------------------|
+/// | OPERATE              | any                       | `Operate`               | its result; refused when it  |
+/// |                      |                           |                         | succeeded while a            |
+/// |                      |                           |                         | termination arrived (but in  |
+/// |                      |                           |                         | FAIL)                        |
+/// | NOTIFY               | any                       | `Notify`, no transition | its result                   |
+/// | DELAY_TERMINATE 1-6  | any                       | nothing, only counted   | 0                            |
+/// | DELAY_TERMINATE 7    | FAIL                      | `Operate`               | its result                   |
+/// | IMMEDIATE_TERMINATE  | any                       | nothing                 | refused                      |
+/// | any other            | any but FAIL, terminating | nothing                 | refused                      |
 ///
 /// A successor of 0 releases the context; any other becomes the current state, registered or not.
 #ifndef ONU_MNG_LIB_ONU_MNG_COMMON_STATE_MACHINE_H
@@ -218,6 +218,7 @@ public:
 
 private:
     friend class ServiceState;
+    friend class StateContextManager;
 
     ServiceState* AdmitMessage(StateMsgType msg_type, unsigned int of_job, unsigned int& ret);
     void ChangeStateOfJob(unsigned int of_job, unsigned int next_state, bool next_is_auto);
@@ -228,6 +229,8 @@ private:
     /// The number of allocations so far. A task whose hook outlasts its job, because the supervision released
     /// the context meanwhile, is told apart by it from the tasks of the next job.
     std::atomic<unsigned int> job{0};
+    /// The terminations that the pool is handing in, which the destructor waits for.
+    std::atomic<unsigned int> pins{0};
 };
 
 /// All state contexts of the process, and the supervision task.
@@ -263,9 +266,18 @@ public:
     /// Ends the supervision task and returns when it has ended.
     void EndSupervision() { EndTask(); }
 
-    /// Both wait for a supervision round in progress.
+    /// Both wait for a supervision round in progress. An item stays valid only as long as its owner keeps it.
     AggregateObject* GetItem(unsigned int index) override;
     unsigned int GetSize() const override;
+
+    /// Calls `visit(StateContext&)` for every context under the pool's lock: none is destroyed meanwhile. The
+    /// visitor is quick, and neither constructs nor destroys contexts nor asks the pool.
+    template <typename Visit>
+    void ForEachContext(Visit visit) {
+        LockGuard guard(lock);
+        for (StateContext* context : context_list)
+            visit(*context);
+    }
 
     /// The period in seconds, read anew for every round. One that is not a positive 32-bit number of
     /// milliseconds is kept as it is and slept as one second.
@@ -275,7 +287,7 @@ private:
     StateContextManager();
     ~StateContextManager() override;
 
-    StateContext* FindContext(unsigned int context_id);
+    StateContext* PinContext(unsigned int context_id);
 
     unsigned int last_context_id = 0;
     std::vector<StateContext*> context_list;

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <limits>
+#include <memory>
 #include <new>
 
 #include "onu_mng_lib/onu_mng_common/log_failure.h"
@@ -13,6 +14,8 @@ namespace {
 
 constexpr unsigned int kSupervisionStackSize = 32768;
 constexpr int kShortestSleepMs = 1000;
+/// How often a context that is being terminated looks whether it may be destroyed.
+constexpr int kPinnedRetryMs = 1;
 
 int SleepOfInterval(unsigned int seconds) {
     const std::uint64_t ms = std::uint64_t{seconds} * 1000;
@@ -63,20 +66,29 @@ void StateContextManager::RegisterContext(StateContext* context, unsigned int& c
 }
 
 void StateContextManager::UnregisterContext(StateContext* context) {
-    LockGuard guard(lock);
-    context_list.erase(std::remove(context_list.begin(), context_list.end(), context), context_list.end());
+    {
+        LockGuard guard(lock);
+        context_list.erase(std::remove(context_list.begin(), context_list.end(), context),
+                           context_list.end());
+    }
+    while (context->pins != 0)
+        Clock::Delay(kPinnedRetryMs);
 }
 
-StateContext* StateContextManager::FindContext(unsigned int context_id) {
+/// Finds a context and keeps it from being destroyed until it is unpinned.
+StateContext* StateContextManager::PinContext(unsigned int context_id) {
     LockGuard guard(lock);
     const auto found =
         std::find_if(context_list.begin(), context_list.end(),
                      [context_id](StateContext* context) { return context->context_id == context_id; });
-    return found == context_list.end() ? nullptr : *found;
+    if (found == context_list.end()) return nullptr;
+    ++(*found)->pins;
+    return *found;
 }
 
 unsigned int StateContextManager::Terminate(unsigned int context_id) {
-    StateContext* context = FindContext(context_id);
+    const auto unpin = [](StateContext* context) { --context->pins; };
+    const std::unique_ptr<StateContext, decltype(unpin)> context(PinContext(context_id), unpin);
     return context == nullptr ? ONU_MNG_STATE_REFUSED
                               : context->Handle(STATE_MSG_DELAY_TERMINATE, nullptr, 0);
 }
