@@ -7,6 +7,13 @@ cd "$(dirname "$0")/.."
 
 # shellcheck disable=SC2086 # a list of words
 need_packages $build_packages
-cmake --preset dev -B build/demo -DONU_MNG_BUILD_TESTS=OFF >/dev/null
-cmake --build build/demo --target olt_host >/dev/null
+mkdir -p build
+echo "Building olt_host (log in build/demo.log)" >&2
+{
+    cmake --preset dev -B build/demo -DONU_MNG_BUILD_TESTS=OFF &&
+        cmake --build build/demo --target olt_host olt_cli
+} >build/demo.log 2>&1 || {
+    cat build/demo.log >&2
+    exit 1
+}
 exec build/demo/olt_host/olt_host "$@"
