@@ -1,8 +1,9 @@
 # Installs the library, the seam and the ports as the package onu_mng, for find_package(onu_mng).
 include(CMakePackageConfigHelpers)
 
-install(TARGETS onu_mng_lib onu_mng_platform_seam onu_mng_platform_posix onu_mng_platform_sim EXPORT onu_mng
-        ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(TARGETS onu_mng_lib onu_mng_platform_seam onu_mng_platform_posix onu_mng_platform_sim onu_mng_platform_sim_main
+                onu_mng_platform_sim_new EXPORT onu_mng
+        ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} OBJECTS DESTINATION ${CMAKE_INSTALL_LIBDIR}/onu_mng)
 set_target_properties(onu_mng_platform_posix PROPERTIES EXPORT_NAME platform_posix)
 set_target_properties(onu_mng_platform_sim PROPERTIES EXPORT_NAME platform_sim)
 set_target_properties(onu_mng_platform_seam PROPERTIES EXPORT_NAME platform_seam)

@@ -16,3 +16,6 @@ target_link_libraries(reboot_service_on_sim PRIVATE onu_mng_lib onu_mng_platform
 onu_mng_warnings(reboot_service_on_sim)
 add_test(NAME reboot_service_on_sim COMMAND reboot_service_on_sim)
 set_tests_properties(reboot_service_on_sim PROPERTIES TIMEOUT 60)
+add_test(NAME simulation_page COMMAND ${CMAKE_COMMAND} -DDOC=${PROJECT_SOURCE_DIR}/docs/simulation.md
+                                      -DPROGRAM=${PROJECT_SOURCE_DIR}/examples/service_on_sim.cpp
+                                      -P ${CMAKE_CURRENT_LIST_DIR}/checks/doc_example.cmake)
