@@ -10,6 +10,7 @@ target_compile_definitions(cli_transcript_test PRIVATE ONU_MNG_GOLDEN_DIR="${CMA
 
 onu_mng_test(cli_execute_test PORT posix SOURCES cli_execute_test.cpp)
 onu_mng_test(cli_filter_test PORT posix SOURCES cli_filter_test.cpp)
+onu_mng_test(cli_memory_test PORT posix SOURCES cli_memory_test.cpp)
 onu_mng_test(cli_server_test PORT posix SOURCES cli_server_test.cpp)
 
 # A person at a terminal; what they see depends on every part from the keys to the handlers.

@@ -162,7 +162,7 @@ TEST(CliExecuteTest, ShortMemoryEndsTheCommandOnly) {
 
 TEST(CliTerminalTest, WritesTextOfAnyLength) {
     CapturedTerminal terminal;
-    for (const size_t size : {0, 1, 511, 512, 513, 100000}) {
+    for (const size_t size : {0U, 1U, 511U, 512U, 513U, 100000U}) {
         const std::string text(size, 'x');
         EXPECT_EQ(vty_out(terminal, "%s", text.c_str()), static_cast<int>(size));
         EXPECT_EQ(terminal.Text(), text);

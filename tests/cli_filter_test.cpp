@@ -42,7 +42,7 @@ std::string Filtered(const std::string& filter) {
     EXPECT_EQ(install_element(kNode, &record), 0);
     CapturedTerminal terminal;
     std::string first;
-    for (const size_t size : {1, 2, 7, 100000}) {
+    for (const size_t size : {1U, 2U, 7U, 100000U}) {
         piece_size = size;
         EXPECT_EQ(vty_execute(terminal, kNode, ("print | " + filter).c_str()), 5);
         const std::string text = terminal.Text();

@@ -324,7 +324,7 @@ TEST_F(CliServerTest, RefusesStrangers) {
     if (geteuid() != 0) GTEST_SKIP() << "only root can become somebody else";
     ASSERT_EQ(Start(), CliStatus::kOk);
     chmod(directory.c_str(), 0755);
-    const auto as_stranger = [this](const std::function<bool()>& check) {
+    const auto as_stranger = [](const std::function<bool()>& check) {
         const pid_t child = fork();
         if (child == 0) _exit(setuid(65534) == 0 && check() ? 0 : 1);
         int status = 1;
