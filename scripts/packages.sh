@@ -27,4 +27,4 @@ need_packages() {
 
 build_packages="g++:g++ cmake:cmake ninja:ninja-build /usr/include/CLI/CLI.hpp:libcli11-dev
 /usr/include/histedit.h:libedit-dev"
-test_packages="clang++:clang clang-format:clang-format /usr/include/gtest/gtest.h:libgtest-dev git:git"
+test_packages="clang++:clang expect:expect clang-format:clang-format /usr/include/gtest/gtest.h:libgtest-dev git:git"
