@@ -22,8 +22,7 @@ constexpr std::size_t kMostLate = 4096;
 
 /// What the queue carries: a frame, or a tick.
 struct Fiber::Parcel {
-    Tick tick;
-    OnuKey onu; ///< PON 0: a tick
+    OnuKey onu; ///< PON 0: time has gone on
     OmciFrame frame;
 };
 
@@ -33,8 +32,8 @@ void Impairments::Clear() {
         *rate = 0;
 }
 
-Fiber::Fiber(const OnuTable& onu_table, const Setup& fiber_setup)
-    : table(onu_table), setup(fiber_setup), random(fiber_setup.seed) {
+Fiber::Fiber(const OnuTable& onu_table, const std::atomic<Tick>& time, const Setup& fiber_setup)
+    : table(onu_table), now(time), setup(fiber_setup), random(fiber_setup.seed) {
     static_assert(std::is_trivially_copyable_v<Parcel>);
     onus.reserve(table.Size());
     for (unsigned int index = 0; index < table.Size(); ++index)
@@ -48,15 +47,15 @@ bool Fiber::Open() {
 
 void Fiber::Send(OnuKey onu, const OmciFrame& frame) {
     if (setup.tap != nullptr) setup.tap->OnSend(onu, frame);
-    Parcel parcel{0, onu, frame};
+    Parcel parcel{onu, frame};
     if (queue.SendMsg(reinterpret_cast<char*>(&parcel), sizeof parcel, kNoWait) != ONU_MNG_OK)
         ++counters.overrun;
 }
 
-void Fiber::Advance(Tick tick) {
-    Parcel parcel{tick, {0, 0}, {}};
+void Fiber::Advance() {
+    Parcel parcel{{0, 0}, {}};
     queue.SendMsg(reinterpret_cast<char*>(&parcel), sizeof parcel,
-                  kNoWait); // a lost tick: the next says more
+                  kNoWait); // a lost one: the next says as much
 }
 
 void Fiber::Run() {
@@ -65,7 +64,7 @@ void Fiber::Run() {
         if (queue.RecvMsg(reinterpret_cast<char*>(&parcel), sizeof parcel, kForEver) != sizeof parcel)
             continue;
         if (parcel.onu.pon_no == 0) {
-            LetTimePass(parcel.tick);
+            LetTimePass();
         } else {
             CarryDown(parcel.onu, parcel.frame);
         }
@@ -138,8 +137,7 @@ void Fiber::Deliver(OnuKey onu, const OmciFrame& frame) {
         ++counters.refused;
 }
 
-void Fiber::LetTimePass(Tick tick) {
-    now = tick;
+void Fiber::LetTimePass() {
     while (!late.empty() && late.begin()->first <= now) {
         const Late next = late.begin()->second;
         late.erase(late.begin());

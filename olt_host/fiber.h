@@ -68,15 +68,15 @@ public:
         WireTap* tap = nullptr; ///< may be null; outlives the fiber
     };
 
-    /// ONUs for the numbers in a table, which outlives the fiber.
-    Fiber(const OnuTable& table, const Setup& setup);
+    /// ONUs for the numbers in a table. Table and time outlive the fiber.
+    Fiber(const OnuTable& table, const std::atomic<Tick>& now, const Setup& setup);
     ~Fiber() override { EndTask(); }
 
     /// @return false when the platform has no queue or task to give.
     bool Open();
     void Send(OnuKey onu, const OmciFrame& frame) override;
-    /// Lets time go on. Does not wait.
-    void Advance(Tick now);
+    /// Says that time has gone on. Does not wait.
+    void Advance();
     /// Ends the task and returns when it has ended.
     void Close() { EndTask(); }
 
@@ -108,7 +108,7 @@ private:
     void CarryUp(unsigned int index, OmciFrame frame);
     void Arrive(unsigned int index, const OmciFrame& frame);
     void Deliver(OnuKey onu, const OmciFrame& frame);
-    void LetTimePass(Tick tick);
+    void LetTimePass();
     void Disturb(unsigned int index);
     bool Happens(unsigned int percent) { return percent != 0 && random() % 100 < percent; }
     bool HappensOnceIn(unsigned int ticks) { return ticks != 0 && random() % ticks == 0; }
@@ -116,11 +116,11 @@ private:
     void MayCorrupt(OmciFrame& frame);
 
     const OnuTable& table;
+    const std::atomic<Tick>& now;
     const Setup setup;
     std::vector<std::unique_ptr<Drop>> onus;
     MessageQueue queue;
     std::mt19937_64 random;
-    Tick now = 0;
     std::multimap<Tick, Late> late; ///< by the tick at which they arrive
 };
 

@@ -37,9 +37,9 @@ RetryPolicy RetryOf(const HostOptions& options) {
 
 Host::Host(const HostOptions& host_options)
     : options(host_options), table(options.pons, options.onus), channels(table.Size()),
-      fiber(table,
+      fiber(table, now,
             {options.ports, options.queue, TicksOf(kSilentSeconds, options), options.seed, options.tap}),
-      ticker(options.tick_ms, fiber, {kMibUploadModule, kProvisioningModule, kNotificationModule}) {}
+      ticker(options.tick_ms, now, fiber, {kMibUploadModule, kProvisioningModule, kNotificationModule}) {}
 
 Host::~Host() {
     ticker.Close();
@@ -58,7 +58,7 @@ std::string Host::Start() {
 
 // Precedence: the answer to a get of ONU data is the first service's, that to any other get the second's.
 bool Host::AddServices() {
-    const ServiceGround ground{table,          channels,         fiber,           options.queue,
+    const ServiceGround ground{table,          channels,         fiber,           now, options.queue,
                                options.window, TimesOf(options), RetryOf(options)};
     return rack.Add(std::make_unique<MibUploadService>(ground, TicksOf(options.audit_s, options))) &&
            rack.Add(std::make_unique<ProvisioningService>(ground)) &&

@@ -2,6 +2,7 @@
 #ifndef OLT_HOST_HOST_H
 #define OLT_HOST_HOST_H
 
+#include <atomic>
 #include <string>
 #include <vector>
 
@@ -50,6 +51,7 @@ private:
     bool AddServices();
 
     const HostOptions options;
+    std::atomic<Tick> now{0};
     OnuTable table;
     std::vector<OmciChannel> channels; ///< by the index of the table
     Fiber fiber;

@@ -17,7 +17,7 @@ enum ModuleType : unsigned int {
 /// Message types. But for frames, each is for one module and carries that module's type in its low bits.
 enum MessageType : unsigned int {
     kMsgFrame = 0,       ///< an OMCI frame from the ONU; its first 40 bytes
-    kMsgTick = 0x100,    ///< time goes on; the tick, 8 bytes big-endian
+    kMsgTick = 0x100,    ///< time has gone on; any byte
     kMsgWork = 0x200,    ///< the ONU may need a procedure of the module; any byte
     kMsgBarrier = 0x300, ///< everything queued before has been handled; any byte
 };

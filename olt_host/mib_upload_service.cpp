@@ -17,19 +17,19 @@ bool ReadDataSync(const OmciFrame& answer, std::uint8_t& data_sync) {
 
 } // namespace
 
-MibUpload::MibUpload(const ServiceGround& ground, const Tick& service_now)
-    : Procedure(kMibUploadModule, ground.link, ground.times, service_now), table(ground.table) {
+MibUpload::MibUpload(const ServiceGround& service_ground) : Procedure(kMibUploadModule, service_ground) {
     using S = Step<MibUpload>;
+    const unsigned long limit_s = ground.times.limit_s;
     RegisterEnds();
-    RegisterState(new S(kAudit, times.limit_s, &MibUpload::AskDataSync, &MibUpload::TakeAudit));
-    RegisterState(new S(kReset, times.limit_s, &MibUpload::AskReset, &MibUpload::TakeReset));
-    RegisterState(new S(kUpload, times.limit_s, &MibUpload::AskUpload, &MibUpload::TakeUpload));
-    RegisterState(new S(kNext, times.limit_s, &MibUpload::AskNext, &MibUpload::TakeNext));
-    RegisterState(new S(kVerify, times.limit_s, &MibUpload::AskDataSync, &MibUpload::TakeVerify));
+    RegisterState(new S(kAudit, limit_s, &MibUpload::AskDataSync, &MibUpload::TakeAudit));
+    RegisterState(new S(kReset, limit_s, &MibUpload::AskReset, &MibUpload::TakeReset));
+    RegisterState(new S(kUpload, limit_s, &MibUpload::AskUpload, &MibUpload::TakeUpload));
+    RegisterState(new S(kNext, limit_s, &MibUpload::AskNext, &MibUpload::TakeNext));
+    RegisterState(new S(kVerify, limit_s, &MibUpload::AskDataSync, &MibUpload::TakeVerify));
 }
 
 unsigned int MibUpload::Prepare() {
-    const OnuStatus status = table.Read(index);
+    const OnuStatus status = ground.table.Read(index);
     is_audit = status.phase != OnuPhase::kUploading;
     expected_sync = is_audit ? status.data_sync : std::uint8_t{0};
     rows.clear();
@@ -99,7 +99,7 @@ unsigned int MibUpload::TakeVerify(const OmciFrame& answer) {
 MibUploadService::MibUploadService(const ServiceGround& service_ground, Tick audits)
     : OmciService(kMibUploadModule, "MibUpload", service_ground), audit_period(audits) {
     for (unsigned int count = 0; count < ground.table.Size(); ++count)
-        AddProcedure(std::make_unique<MibUpload>(ground, now));
+        AddProcedure(std::make_unique<MibUpload>(ground));
 }
 
 bool MibUploadService::Claims(const OmciFrame& frame) const {
@@ -122,9 +122,9 @@ bool MibUploadService::Wants(const OnuStatus& status) const {
     case OnuPhase::kProvisioned:
         return true;
     case OnuPhase::kFailed:
-        return !status.given_up && now >= status.due;
+        return !status.given_up && ground.now >= status.due;
     case OnuPhase::kInSync:
-        return audit_period != 0 && now >= status.due;
+        return audit_period != 0 && ground.now >= status.due;
     default:
         return false;
     }
@@ -149,7 +149,7 @@ void MibUploadService::EndAudit(const MibUpload& audit) {
         if (!audit.succeeded) return;
         status.alarms_lost = true; // the last notification may have been lost, with none behind it to tell
         status.attempts = 0;
-        status.due = now + audit_period;
+        status.due = ground.now + audit_period;
     });
     if (audit.succeeded) Hand(audit.index, kNotificationModule);
 }

@@ -19,7 +19,7 @@ class MibUpload : public Procedure {
 public:
     enum State : unsigned int { kAudit = 10, kReset, kUpload, kNext, kVerify };
 
-    MibUpload(const ServiceGround& ground, const Tick& now);
+    explicit MibUpload(const ServiceGround& service_ground);
 
     bool is_audit = false;
     std::vector<MibRow> rows; ///< the upload, whole after a success
@@ -36,7 +36,6 @@ private:
     unsigned int TakeNext(const OmciFrame& answer);
     unsigned int TakeVerify(const OmciFrame& answer);
 
-    const OnuTable& table;
     std::uint8_t expected_sync = 0;
     unsigned int rows_to_come = 0;
 };

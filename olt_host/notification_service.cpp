@@ -17,18 +17,17 @@ bool AnyBit(const char* bitmap) {
 
 } // namespace
 
-AlarmSync::AlarmSync(const ServiceGround& ground, const Tick& service_now)
-    : Procedure(kNotificationModule, ground.link, ground.times, service_now), table(ground.table) {
+AlarmSync::AlarmSync(const ServiceGround& service_ground) : Procedure(kNotificationModule, service_ground) {
     using S = Step<AlarmSync>;
     RegisterEnds();
-    RegisterState(new S(kAll, times.limit_s, &AlarmSync::AskAll, &AlarmSync::TakeAll));
-    RegisterState(new S(kNext, times.limit_s, &AlarmSync::AskNext, &AlarmSync::TakeNext));
+    RegisterState(new S(kAll, ground.times.limit_s, &AlarmSync::AskAll, &AlarmSync::TakeAll));
+    RegisterState(new S(kNext, ground.times.limit_s, &AlarmSync::AskNext, &AlarmSync::TakeNext));
 }
 
 unsigned int AlarmSync::Prepare() {
     alarmed = AlarmList();
     sequence = 0;
-    seen_before = table.Read(index).alarms;
+    seen_before = ground.table.Read(index).alarms;
     return kAll;
 }
 
@@ -57,7 +56,7 @@ unsigned int AlarmSync::TakeNext(const OmciFrame& answer) {
 NotificationService::NotificationService(const ServiceGround& service_ground)
     : OmciService(kNotificationModule, "Notification", service_ground) {
     for (unsigned int count = 0; count < kProcedures; ++count)
-        AddProcedure(std::make_unique<AlarmSync>(ground, now));
+        AddProcedure(std::make_unique<AlarmSync>(ground));
 }
 
 bool NotificationService::Claims(const OmciFrame& frame) const {

@@ -14,7 +14,7 @@ class AlarmSync : public Procedure {
 public:
     enum State : unsigned int { kAll = 30, kNext };
 
-    AlarmSync(const ServiceGround& ground, const Tick& now);
+    explicit AlarmSync(const ServiceGround& service_ground);
 
     AlarmList alarmed;            ///< whole after a success
     unsigned int seen_before = 0; ///< alarm notifications of the ONU before it was asked
@@ -26,7 +26,6 @@ private:
     OmciFrame AskNext() const;
     unsigned int TakeNext(const OmciFrame& answer);
 
-    const OnuTable& table;
     unsigned int sequence = 0;
     unsigned int entities = 0;
 };

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <utility>
 
-#include "onu_mng_lib/onu_mng_common/variant_util.h"
 #include "onu_mng_lib/onu_mng_module_cinterface.h"
 
 namespace olt_host {
@@ -56,7 +55,7 @@ unsigned int OmciService::HandleMsg(unsigned int msg_type, unsigned short pon_no
         TakeFrame({pon_no, onu_id}, data, pkg_size);
         break;
     case kMsgTick:
-        TakeTick(data, pkg_size);
+        TakeTick();
         break;
     case kMsgWork:
         Consider({pon_no, onu_id});
@@ -94,9 +93,7 @@ void OmciService::TakeAnswer(OnuKey onu, unsigned int index, char* data, unsigne
     Settle(*procedure);
 }
 
-void OmciService::TakeTick(char* data, unsigned int size) {
-    if (size < sizeof(Tick)) return;
-    now = VariantUtil::GetUint64(data);
+void OmciService::TakeTick() {
     looked_at = 0;
     for (std::size_t next = active.size(); next-- > 0;) { // backwards, since those that end leave the list
         active[next]->Tend();
@@ -119,7 +116,7 @@ void OmciService::BeginDue() {
 }
 
 void OmciService::Begin(unsigned int index) {
-    if (!HasRoom() || !ground.channels[index].Acquire(now)) return;
+    if (!HasRoom() || !ground.channels[index].Acquire(ground.now)) return;
     Procedure* procedure = idle.back();
     idle.pop_back();
     active.push_back(procedure);
@@ -152,7 +149,7 @@ void OmciService::NoteEnd(const Procedure& procedure, OnuPhase phase, OnuStatus&
     status.phase = OnuPhase::kFailed;
     status.failure = procedure.failure;
     status.given_up = retry.attempts != 0 && status.attempts >= retry.attempts;
-    status.due = now + PauseAfter(status.attempts, retry);
+    status.due = ground.now + PauseAfter(status.attempts, retry);
 }
 
 void OmciService::Hand(unsigned int index, ModuleType to) const {

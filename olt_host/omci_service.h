@@ -7,32 +7,13 @@
 #include <vector>
 
 #include "olt_host/messages.h"
-#include "olt_host/omci_channel.h"
 #include "olt_host/onu_table.h"
 #include "olt_host/procedure.h"
+#include "olt_host/service_ground.h"
 #include "onu_mng_lib/onu_mng_common/module_mgr.h"
 #include "onu_mng_lib/onu_mng_common/sem_lock.h"
 
 namespace olt_host {
-
-/// When a bring-up that failed is tried again: after `first_pause`, then after twice the pause each time, up
-/// to `longest_pause`.
-struct RetryPolicy {
-    unsigned int attempts; ///< bring-ups in all; 0: without limit
-    Tick first_pause;
-    Tick longest_pause;
-};
-
-/// What every service works with; it outlives them.
-struct ServiceGround {
-    OnuTable& table;
-    std::vector<OmciChannel>& channels; ///< by the index of the table
-    OmciLink& link;
-    unsigned int queue_length; ///< of each service's queue, in messages
-    unsigned int window;       ///< procedures that a service has under way at a time
-    RequestTimes times;
-    RetryPolicy retry;
-};
 
 /// A module that runs procedures against ONUs, one task for all of them.
 ///
@@ -80,12 +61,11 @@ protected:
     void NoteEnd(const Procedure& procedure, OnuPhase phase, OnuStatus& status) const;
 
     const ServiceGround ground;
-    Tick now = 0; ///< the last tick
 
 private:
     void TakeFrame(OnuKey onu, char* data, unsigned int size);
     void TakeAnswer(OnuKey onu, unsigned int index, char* data, unsigned int size);
-    void TakeTick(char* data, unsigned int size);
+    void TakeTick();
     void Consider(OnuKey onu);
     bool HasRoom() const { return !idle.empty() && active.size() < ground.window; }
     void BeginDue();

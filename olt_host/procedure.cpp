@@ -31,14 +31,13 @@ public:
     }
 };
 
-Procedure::Procedure(unsigned int service, OmciLink& omci_link, const RequestTimes& request_times,
-                     const Tick& service_now)
-    : StateContext(service), times(request_times), link(omci_link), now(service_now) {}
+Procedure::Procedure(unsigned int service, const ServiceGround& service_ground)
+    : StateContext(service), ground(service_ground) {}
 
 void Procedure::RegisterEnds() {
-    RegisterState(new Start(times.limit_s));
+    RegisterState(new Start(ground.times.limit_s));
     RegisterState(new Success);
-    RegisterState(new ServiceState(STATE_FAIL, times.limit_s)); // does nothing and frees the context
+    RegisterState(new ServiceState(STATE_FAIL, ground.times.limit_s)); // does nothing and frees the context
 }
 
 bool Procedure::Begin(unsigned int onu_index, OnuKey onu, OmciChannel& onu_channel) {
@@ -64,7 +63,7 @@ void Procedure::Tend() {
     char time = 0;
     if (stop_times != 0) {
         Handle(STATE_MSG_OPERATE, &time, sizeof time);
-    } else if (is_waiting && sends < times.sends && now >= due) {
+    } else if (is_waiting && sends < ground.times.sends && ground.now >= due) {
         Handle(STATE_MSG_NOTIFY, &time, sizeof time);
     }
 }
@@ -89,8 +88,8 @@ void Procedure::Send(const OmciFrame& request) {
 void Procedure::Resend() {
     if (sends > 0) ++resent;
     ++sends;
-    due = now + times.timeout;
-    link.Send({pon_no, onu_id}, in_flight);
+    due = ground.now + ground.times.timeout;
+    ground.link.Send({pon_no, onu_id}, in_flight);
 }
 
 } // namespace olt_host

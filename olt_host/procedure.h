@@ -7,17 +7,11 @@
 #include "olt_host/omci_channel.h"
 #include "olt_host/omci_frame.h"
 #include "olt_host/onu_table.h"
+#include "olt_host/service_ground.h"
 #include "onu_mng_lib/onu_mng_common/result.h"
 #include "onu_mng_lib/onu_mng_common/state_machine.h"
 
 namespace olt_host {
-
-/// How requests are repeated.
-struct RequestTimes {
-    Tick timeout;          ///< until a request is sent again
-    unsigned int sends;    ///< how often it is sent in all
-    unsigned long limit_s; ///< what a state may take for all of it, in seconds
-};
 
 /// One run of a service against one ONU: a state context, and the request it has in flight.
 ///
@@ -26,8 +20,8 @@ struct RequestTimes {
 /// fields here. The service finds out by `occupied`.
 class Procedure : public StateContext {
 public:
-    /// `now` is the service's idea of the time; link and time outlive the procedure.
-    Procedure(unsigned int service, OmciLink& omci_link, const RequestTimes& request_times, const Tick& now);
+    /// `ground` outlives the procedure.
+    Procedure(unsigned int service, const ServiceGround& service_ground);
 
     /// Starts the procedure, which is not under way, for an ONU whose channel the caller has acquired.
     /// @return false when the framework refuses.
@@ -74,14 +68,12 @@ protected:
     /// Prepares a new run and gives the state after INIT.
     virtual unsigned int Prepare() = 0;
 
-    const RequestTimes times;
+    const ServiceGround& ground;
 
 private:
     class Start;
     class Success;
 
-    OmciLink& link;
-    const Tick& now;
     OmciFrame in_flight; ///< the last request
     bool is_waiting = false;
     unsigned int sends = 0;

@@ -65,11 +65,11 @@ unsigned int WriteValues(const Planned& planned, unsigned short onu_id, char* ou
 
 } // namespace
 
-Provisioning::Provisioning(const ServiceGround& ground, const Tick& service_now)
-    : Procedure(kProvisioningModule, ground.link, ground.times, service_now) {
+Provisioning::Provisioning(const ServiceGround& service_ground)
+    : Procedure(kProvisioningModule, service_ground) {
     RegisterEnds();
     for (const unsigned int state : {kCreate, kSet, kGet})
-        RegisterState(new Step<Provisioning>(state, times.limit_s, &Provisioning::AskPlanned,
+        RegisterState(new Step<Provisioning>(state, ground.times.limit_s, &Provisioning::AskPlanned,
                                              &Provisioning::TakePlanned));
 }
 
@@ -117,7 +117,7 @@ ProvisioningService::ProvisioningService(const ServiceGround& service_ground)
     : OmciService(kProvisioningModule, "Provisioning", service_ground) {
     const unsigned int count = std::min(ground.window, ground.table.Size());
     for (unsigned int made = 0; made < count; ++made)
-        AddProcedure(std::make_unique<Provisioning>(ground, now));
+        AddProcedure(std::make_unique<Provisioning>(ground));
 }
 
 bool ProvisioningService::Claims(const OmciFrame& frame) const {

@@ -13,7 +13,7 @@ class Provisioning : public Procedure {
 public:
     enum State : unsigned int { kCreate = 20, kSet, kGet };
 
-    Provisioning(const ServiceGround& ground, const Tick& now);
+    explicit Provisioning(const ServiceGround& service_ground);
 
     /// The requests that changed the MIB so far: what its data sync counter is after a reset.
     std::uint8_t changes = 0;

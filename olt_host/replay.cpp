@@ -1,5 +1,6 @@
 #include "olt_host/replay.h"
 
+#include <atomic>
 #include <cerrno>
 #include <cstring>
 #include <fstream>
@@ -67,6 +68,7 @@ private:
     const ReplayOptions options;
     std::ostream& out;
     std::ostream& err;
+    const std::atomic<Tick> now{0};
     NoLink link;
     OnuTable table{1, 1};
     std::vector<OmciChannel> channels{1};
@@ -77,7 +79,7 @@ private:
 
 bool Player::Start() {
     const unsigned int no_procedures = 0;
-    const ServiceGround ground{table, channels, link, kQueueLength, no_procedures, {1, 1, 1}, {1, 1, 1}};
+    const ServiceGround ground{table, channels, link, now, kQueueLength, no_procedures, {1, 1, 1}, {1, 1, 1}};
     return rack.Initialise(1, 1, kSupervisionSeconds) &&
            rack.Add(std::make_unique<MibUploadService>(ground, 0)) &&
            rack.Add(std::make_unique<ProvisioningService>(ground)) &&

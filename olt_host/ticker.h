@@ -2,6 +2,7 @@
 #ifndef OLT_HOST_TICKER_H
 #define OLT_HOST_TICKER_H
 
+#include <atomic>
 #include <vector>
 
 #include "olt_host/fiber.h"
@@ -15,7 +16,8 @@ namespace olt_host {
 /// queue misses a tick and learns the time from the next.
 class Ticker : public Thread {
 public:
-    Ticker(unsigned int tick_ms, Fiber& fiber, std::vector<ModuleType> modules);
+    /// `now` and the fiber outlive the ticker.
+    Ticker(unsigned int tick_ms, std::atomic<Tick>& now, Fiber& fiber, std::vector<ModuleType> modules);
     ~Ticker() override { EndTask(); }
 
     /// @return false when the platform has no task to give.
@@ -25,10 +27,11 @@ public:
 
 private:
     void Run() override;
-    void Send(Tick now);
+    void Tell();
 
     const int tick_ms;
-    Fiber& fiber; ///< outlives the ticker
+    std::atomic<Tick>& now;
+    Fiber& fiber;
     const std::vector<ModuleType> modules;
 };
 

@@ -1,0 +1,42 @@
+/// What the services work with.
+#ifndef OLT_HOST_SERVICE_GROUND_H
+#define OLT_HOST_SERVICE_GROUND_H
+
+#include <atomic>
+#include <vector>
+
+#include "olt_host/omci_channel.h"
+#include "olt_host/onu_table.h"
+
+namespace olt_host {
+
+/// How requests are repeated.
+struct RequestTimes {
+    Tick timeout;          ///< until a request is sent again
+    unsigned int sends;    ///< how often it is sent in all
+    unsigned long limit_s; ///< what a state may take for all of it, in seconds
+};
+
+/// When a bring-up that failed is tried again: after `first_pause`, then after twice the pause each time, up
+/// to `longest_pause`.
+struct RetryPolicy {
+    unsigned int attempts; ///< bring-ups in all; 0: without limit
+    Tick first_pause;
+    Tick longest_pause;
+};
+
+/// Outlives the services.
+struct ServiceGround {
+    OnuTable& table;
+    std::vector<OmciChannel>& channels; ///< by the index of the table
+    OmciLink& link;
+    const std::atomic<Tick>& now;
+    unsigned int queue_length; ///< of each service's queue, in messages
+    unsigned int window;       ///< procedures that a service has under way at a time
+    RequestTimes times;
+    RetryPolicy retry;
+};
+
+} // namespace olt_host
+
+#endif
