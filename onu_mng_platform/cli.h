@@ -22,9 +22,9 @@ typedef struct vty vty;
 int vty_out(vty* terminal, const char* format, ...) ONU_MNG_PRINTF_FORMAT(2, 3);
 
 /* Makes a terminal of anything that takes characters. `write` is called from vty_out() and vty_execute(), in
- * their task, with the characters as they are; it does not wait. Returns null for a null `write` or when
- * memory is short. The caller owns the terminal and ends it with vty_destroy(), which no command running on
- * it may do; null is ignored. */
+ * their task, with the characters as they are; commands hold no lock there, so it may wait a moment for a slow
+ * reader, but not without limit. Returns null for a null `write` or when memory is short. The caller owns the
+ * terminal and ends it with vty_destroy(), which no command running on it may do; null is ignored. */
 vty* vty_create(void (*write)(void* context, const char* data, size_t size), void* context);
 void vty_destroy(vty* terminal);
 

@@ -11,23 +11,38 @@
 
 namespace onu_mng_platform {
 
-/// Starts a thread that takes none of the process's signals, which are the host's; `name` has at most 15
-/// characters. @return a thread that is not joinable, with errno set, when none could be started.
+/// Blocks, while it lives, the signals that are sent to the process; those that a fault of the running code raises
+/// still reach the host's handlers.
+class SignalShield {
+public:
+    SignalShield() {
+        sigset_t sent;
+        sigfillset(&sent);
+        for (const int fault : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT, SIGTRAP, SIGSYS})
+            sigdelset(&sent, fault);
+        pthread_sigmask(SIG_SETMASK, &sent, &before_);
+    }
+    ~SignalShield() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
+    SignalShield(const SignalShield&) = delete;
+    SignalShield& operator=(const SignalShield&) = delete;
+
+private:
+    sigset_t before_{};
+};
+
+/// Starts a thread that leaves the process's signals to the host; `name` has at most 15 characters. @return a thread
+/// that is not joinable, with errno set, when none could be started. Throws std::bad_alloc.
 template <typename Body>
 std::thread StartThread(const char* name, Body&& body) {
-    sigset_t all;
-    sigset_t before;
-    sigfillset(&all);
-    pthread_sigmask(SIG_SETMASK, &all, &before);
-    std::thread thread;
+    const SignalShield shield; // inherited by the thread
     try {
-        thread = std::thread(std::forward<Body>(body));
+        std::thread thread(std::forward<Body>(body));
         pthread_setname_np(thread.native_handle(), name);
+        return thread;
     } catch (const std::system_error& error) {
         errno = error.code().value();
+        return std::thread();
     }
-    pthread_sigmask(SIG_SETMASK, &before, nullptr);
-    return thread;
 }
 
 } // namespace onu_mng_platform
