@@ -13,11 +13,14 @@
 #include <utility>
 #include <vector>
 
+#include "onu_mng_lib/onu_mng_cli_cinterface.h"
+#include "onu_mng_lib/onu_mng_cli_cmd.h"
 #include "onu_mng_lib/onu_mng_common/mem_mgr.h"
 #include "onu_mng_lib/onu_mng_log.h"
 #include "onu_mng_platform/bep.h"
 #include "onu_mng_platform/sim/simulation.h"
 #include "onu_mng_platform/ulog.h"
+#include "tests/support/captured_terminal.h"
 #include "tests/support/sim_host.h"
 #include "tests/support/sim_scenario.h"
 
@@ -345,6 +348,104 @@ TEST(Interleavings, OfTraceSwitchingWriteOnlyTracedOnus) {
             EXPECT_EQ(0u, board.Logged("a level that is left open\r\n"));
         });
     });
+}
+
+// Two operators type at once while procedures run, end and time out.
+TEST(Interleavings, OfTwoOperatorsAndTheirTrafficPrintWholeReports) {
+    sim_scenario::ForEachSeed([](std::uint64_t seed) {
+        RunHost(seed, [](Simulation& board) {
+            onu_mng_init_cli_cmd();
+            onu_mng_cli_install_element();
+            StateContextManager::GetInstance()->interval_run_time = 1;
+            std::vector<std::unique_ptr<SimContext>> contexts;
+            for (int count = 0; count < 3; ++count)
+                contexts.push_back(std::make_unique<SimContext>(kDone, 1));
+            onu_mng_module_reg_service_module(
+                new SimModule(kAsync, MSG_PROC_ASYNC, [&](const SimModule::Message& message) {
+                    SimContext& context = *contexts[message.onu_id % contexts.size()];
+                    context.Alloc(1, message.onu_id, nullptr, 0);
+                    context.Operate();
+                    return ONU_MNG_OK;
+                }));
+            ASSERT_EQ(ONU_MNG_OK, onu_mng_system_start());
+            board.Spawn("traffic", [&] {
+                for (unsigned int number = 0; number < 10; ++number) {
+                    SendPayload(kAsync, number % 4, number);
+                    board.Sleep(700ms);
+                }
+            });
+            for (int number = 0; number < 2; ++number)
+                board.Spawn("operator", [&, number] {
+                    CapturedTerminal terminal;
+                    const auto type = [&](const std::string& line) {
+                        EXPECT_EQ(0, vty_execute(terminal, SimHost::kNode, line.c_str())) << line;
+                        return terminal.Text();
+                    };
+                    for (int round = 0; round < 3; ++round) {
+                        type("set log_trace flag enable ponno 1 onuid " + std::to_string(number) +
+                             " debug_level 4");
+                        const std::string report = type("show state_context");
+                        EXPECT_NE(std::string::npos, report.find("Total result number = 3\r\n")) << report;
+                        EXPECT_NE(std::string::npos, type("show service_module").find("SimModule"));
+                        type("terminate state_context id " + std::to_string(contexts[0]->context_id));
+                        type("show log_trace");
+                        type("set log_trace flag disable");
+                        board.Sleep(1s);
+                    }
+                });
+            board.Join();
+            board.Sleep(10min);
+            for (const auto& context : contexts)
+                EXPECT_EQ(STATE_IDLE, context->cur_state);
+            StateContextManager::GetInstance()->EndSupervision();
+            ModuleManager::GetInstance()->RemoveModule(kAsync);
+            contexts.clear();
+        });
+    });
+}
+
+// A full OLT: 4,096 ONUs, of which every third falls silent in the middle of its procedure.
+TEST(Interleavings, OfFourThousandOnusEndEveryProcedure) {
+    constexpr unsigned int kOnus = 4096;
+    const auto scenario = [](std::uint64_t seed) {
+        RunHost(seed, [](Simulation& board) {
+            std::vector<std::unique_ptr<SimContext>> contexts(kOnus);
+            std::vector<int> ended(kOnus);
+            const auto work = [&](StateContext& context, char*) {
+                if (context.cur_state == STATE_SUCC || context.cur_state == STATE_FAIL)
+                    ++ended[context.onu_id];
+                return ONU_MNG_OK;
+            };
+            for (auto& context : contexts)
+                context = std::make_unique<SimContext>(work, 60);
+            onu_mng_module_reg_service_module(new SimModule(
+                kAsync, MSG_PROC_ASYNC,
+                [&](const SimModule::Message& message) {
+                    SimContext& context = *contexts[message.onu_id];
+                    if (context.cur_state == STATE_IDLE) context.Alloc(1, message.onu_id, nullptr, 0);
+                    return context.Operate();
+                },
+                64));
+            ASSERT_EQ(ONU_MNG_OK, onu_mng_system_start());
+            for (unsigned short sender = 0; sender < 4; ++sender)
+                board.Spawn("pon", [&, sender] {
+                    char message = 1;
+                    for (unsigned short onu = sender; onu < kOnus; onu = static_cast<unsigned short>(onu + 4))
+                        for (int sent = 0; sent < (onu % 3 == 0 ? 1 : 3);)
+                            if (onu_mng_module_send_msg(0, kAsync, 1, onu, &message, 1) == ONU_MNG_OK)
+                                ++sent;
+                            else
+                                board.Sleep(1ms); // the queue is full
+                });
+            board.Join();
+            board.Sleep(10min);
+            EXPECT_EQ(std::vector<int>(kOnus, 1), ended);
+            ModuleManager::GetInstance()->RemoveModule(kAsync);
+            StateContextManager::GetInstance()->EndSupervision();
+            contexts.clear();
+        });
+    };
+    sim_scenario::ForEachSeed(scenario, sim_scenario::kDefaultSeeds / 50);
 }
 
 // A signal that comes before the wait counts as much as one that comes during it.
