@@ -46,6 +46,7 @@ public:
         el_set(edit, EL_GETCFN, &Editing::ReadCharacter);
         // Ctrl-C is for the line, not for the host.
         el_set(edit, EL_SETTY, "-d", "-isig", nullptr);
+        el_set(edit, EL_BIND, "^W", "ed-delete-prev-word", nullptr);
     }
 
     std::optional<std::string> Read() {
