@@ -1,6 +1,7 @@
 // Every allocation of the command line made to fail, one after the other.
 
 #include <cstdlib>
+#include <cstring>
 #include <functional>
 #include <new>
 #include <string>
@@ -55,49 +56,37 @@ int Sweep(const std::function<bool()>& attempt) {
     }
 }
 
-/// A terminal whose own memory is no part of the test.
-class RoomyTerminal {
-public:
-    RoomyTerminal() : terminal(vty_create(Write, this)) {}
-    ~RoomyTerminal() { vty_destroy(terminal); }
-
-    std::string Take() {
-        const std::string taken(text, size);
-        size = 0;
-        return taken;
-    }
-
-    vty* const terminal;
-
-private:
-    static void Write(void* context, const char* data, size_t length) {
-        auto* self = static_cast<RoomyTerminal*>(context);
-        for (size_t i = 0; i < length && self->size < sizeof self->text; ++i)
-            self->text[self->size++] = data[i];
-    }
-
-    char text[8192] = "";
-    size_t size = 0;
-};
-
 class CliMemoryTest : public testing::Test {
 protected:
     CliMemoryTest() {
         ulogSetThreshold(16);
-        EXPECT_EQ(vty_execute(screen.terminal, kNode, "list | count"), 0); // makes what is made once
-        screen.Take();
+        EXPECT_EQ(vty_execute(terminal, kNode, "list | count"), 0); // makes what is made once
+        Screen();
     }
-    ~CliMemoryTest() override { ulogSetThreshold(10); }
+    ~CliMemoryTest() override {
+        ulogSetThreshold(10);
+        vty_destroy(terminal);
+    }
 
-    /// What is on the screen; reading it is no part of the test.
+    /// What was written since the last call; keeping it takes no memory of the test's.
     std::string Screen() {
         const long left = std::exchange(allocations_left, -1);
-        std::string text = screen.Take();
+        std::string text(written, std::exchange(size, 0));
         allocations_left = left;
         return text;
     }
 
-    RoomyTerminal screen;
+    vty* const terminal = vty_create(
+        [](void* self, const char* data, size_t length) {
+            auto* test = static_cast<CliMemoryTest*>(self);
+            std::memcpy(test->written + test->size, data, length);
+            test->size += length;
+        },
+        this);
+
+private:
+    char written[4096] = "";
+    size_t size = 0;
 };
 
 TEST_F(CliMemoryTest, LinesFailWhole) {
@@ -113,32 +102,30 @@ TEST_F(CliMemoryTest, LinesFailWhole) {
     std::string answer;
     const int failures = Sweep([&] {
         const int result =
-            vty_execute(screen.terminal, kNode, "take two a-name-that-is-longer-than-a-small-string one 3");
+            vty_execute(terminal, kNode, "take two a-name-that-is-longer-than-a-small-string one 3");
         answer = Screen();
         return result == 0 || answer != "% Out of memory.\r\n";
     });
     EXPECT_GT(failures, 5);
     EXPECT_EQ(answer, "a-name-that-is-longer-than-a-small-string 3\r\n");
     // With a filter the line that memory was short for may be lost, but no other is touched.
-    EXPECT_GT(Sweep([&] { return vty_execute(screen.terminal, kNode, "take one 1 two 2 | count") == 0; }), 5);
+    EXPECT_GT(Sweep([&] { return vty_execute(terminal, kNode, "take one 1 two 2 | count") == 0; }), 5);
 }
 
 TEST_F(CliMemoryTest, CommandsAreInstalledOrNot) {
     static cmd_element record = {
         "late [one|two] {<1-16>}*1", [](cmd_element*, vty*, int, char**) { return 0; }, "help", 0, 0, "late"};
     EXPECT_GT(Sweep([&] { return install_element(kNode, &record) == 0; }), 5);
-    EXPECT_EQ(vty_execute(screen.terminal, kNode, "late two 16"), 0);
+    EXPECT_EQ(vty_execute(terminal, kNode, "late two 16"), 0);
 }
 
 TEST_F(CliMemoryTest, HelpGoesWithout) {
     const auto describe = [&] {
-        onu_mng_platform::Describe(screen.terminal, kNode, "li");
+        onu_mng_platform::Describe(terminal, kNode, "li");
         return Screen() != "% Out of memory.\r\n";
     };
     EXPECT_GT(Sweep(describe), 3);
-    const auto complete = [&] {
-        return onu_mng_platform::Complete(screen.terminal, kNode, "li").insert == "st ";
-    };
+    const auto complete = [&] { return onu_mng_platform::Complete(terminal, kNode, "li").insert == "st "; };
     EXPECT_GT(Sweep(complete), 3);
 }
 

@@ -6,6 +6,7 @@
 
 #include <fcntl.h>
 #include <poll.h>
+#include <termios.h>
 #include <unistd.h>
 
 #include "onu_mng_platform/common/cli_terminal.h"
@@ -59,7 +60,11 @@ public:
 
     ~Loop() {
         stop_.Set();
-        if (thread_.joinable()) thread_.join();
+        if (!thread_.joinable()) return;
+        // A terminal that was stopped by Ctrl-S would keep the editor from ending.
+        tcflow(STDIN_FILENO, TCOOFF);
+        tcflow(STDIN_FILENO, TCOON);
+        thread_.join();
     }
 
     bool Start() {
