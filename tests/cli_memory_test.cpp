@@ -91,8 +91,8 @@ private:
 
 TEST_F(CliMemoryTest, LinesFailWhole) {
     static cmd_element record = {"take {[one] <1-9>}*1 {[two] <name>}*1",
-                                 [](cmd_element*, vty* terminal, int, char** argv) {
-                                     return vty_out(terminal, "%s %s\r\n", argv[1], argv[3]) > 0 ? 0 : -2;
+                                 [](cmd_element*, vty* own, int, char** argv) {
+                                     return vty_out(own, "%s %s\r\n", argv[1], argv[3]) > 0 ? 0 : -2;
                                  },
                                  nullptr,
                                  0,
