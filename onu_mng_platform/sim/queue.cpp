@@ -1,5 +1,3 @@
-#include <new>
-
 #include "onu_mng_platform/bep.h"
 #include "onu_mng_platform/sim/seam_call.h"
 
@@ -21,13 +19,6 @@ std::shared_ptr<Queue> NewQueue(int max_msgs, int msg_size) {
     const auto size = static_cast<std::size_t>(msg_size);
     if (capacity > kMostBytes / (size + sizeof(std::size_t))) return nullptr;
     return std::make_shared<Queue>(capacity, size);
-}
-
-/// Lets a call for a deleted queue go on to its deadline, or to the end of its task. A thread that is no task
-/// does not wait.
-int WaitForOwnEnd(SeamCall& call, std::shared_ptr<Queue> queue, int ticks) {
-    call.WaitFor(WaitKind::kOwnEnd, std::move(queue), ticks);
-    return call.Result(-1);
 }
 
 } // namespace
@@ -59,7 +50,7 @@ int bep_msgQReceiveEx(uint32_t queue_id, char* buf, unsigned int len, int ticks,
     Board& board = Board::Instance();
     const auto queue = board.Find<Queue>(queue_id);
     if (queue == nullptr && ticks < 0 && board.WasEver(queue_id, ObjectKind::kQueue))
-        return WaitForOwnEnd(call, nullptr, ticks);
+        call.WaitFor(WaitKind::kOwnEnd, nullptr, ticks);
     if (queue == nullptr || buf == nullptr || len == 0) return call.Result(-1);
     if (call.IsToFail(SimFault::kQueueReceive, ticks)) return call.Result(-1);
     if (!call.WaitFor(WaitKind::kReceive, queue, ticks)) return call.Result(-1);

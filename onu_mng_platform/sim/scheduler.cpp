@@ -30,11 +30,9 @@ Scheduler::Scheduler(const SimOptions& run_options)
       limit(run_options.limit) {}
 
 void Scheduler::Pass(Task& self) {
-    if (self.ended) return;
     calls.store(Calls() + 1, std::memory_order_relaxed);
     if (++calls_now > options.calls_per_instant) {
         Stop(SimOutcome::kSpinning, "spinning: " + std::to_string(calls_now) + " calls without time passing");
-        calls_now = 0;
     } else if (self.static_depth != 0 || random.Below(switch_one_in) != 0) {
         return;
     }
@@ -45,7 +43,7 @@ void Scheduler::Pass(Task& self) {
 
 bool Scheduler::WaitFor(Task& self, Wait wait) {
     if (Holds(self, wait)) return true;
-    if (self.ended || wait.deadline <= now) return false;
+    if (wait.deadline <= now) return false;
     wait.since = now;
     wait.can_end = wait.can_end && self.safe_depth == 0 && std::uncaught_exceptions() == 0;
     self.wait = std::move(wait);
@@ -60,8 +58,7 @@ bool Scheduler::WaitFor(Task& self, Wait wait) {
 
 void Scheduler::EndPoint(Task& self) {
     // A destructor that runs while the task is unwound has to come to its end.
-    if (self.end_requested && !self.ended && self.safe_depth == 0 && std::uncaught_exceptions() == 0)
-        throw TaskEnd{};
+    if (self.end_requested && self.safe_depth == 0 && std::uncaught_exceptions() == 0) throw TaskEnd{};
 }
 
 SimTime Scheduler::After(SimTime span) const {

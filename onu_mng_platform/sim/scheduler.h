@@ -37,8 +37,7 @@ public:
 
     /// A point where another task may go on.
     void Pass(Task& self);
-    /// Waits until `wait` is met; false at its deadline and in a task that is over. Ends the task where it
-    /// may be ended and was asked to.
+    /// Waits until `wait` is met; false at its deadline. Ends the task where it may be ended and was asked to.
     bool WaitFor(Task& self, Wait wait);
     /// Ends the task if it was asked to.
     void EndPoint(Task& self);
@@ -62,6 +61,7 @@ public:
 private:
     static void* ThreadBody(void* task);
     void RunEntry(Task& self);
+    void TellEscape(const Task& self, const char* exception);
     void Finish(Task& self);
     void HandOver(Baton& to, Baton& from);
     void Reap();

@@ -1,9 +1,10 @@
 #include <algorithm>
 #include <exception>
 #include <sched.h>
+#include <sys/prctl.h>
 
-#include "onu_mng_platform/sim/run.h"
 #include "onu_mng_platform/sim/scheduler.h"
+#include "onu_mng_platform/sim/seam_call.h"
 
 namespace onu_mng_platform {
 
@@ -27,9 +28,11 @@ public:
     // One task runs at a time, so a second processor only makes the hand-over slow (by ten times where it has
     // to be woken). Tasks inherit the choice from the task that starts them.
     void StayOnThisProcessor() {
+        const int processor = sched_getcpu();
+        if (processor < 0) return;
         cpu_set_t here;
         CPU_ZERO(&here);
-        CPU_SET(static_cast<std::size_t>(sched_getcpu()), &here);
+        CPU_SET(static_cast<std::size_t>(processor), &here);
         pthread_attr_setaffinity_np(&attributes, sizeof here, &here);
     }
 
@@ -45,7 +48,6 @@ bool Scheduler::Start(const std::shared_ptr<Task>& task, std::size_t stack_size)
     ThreadAttributes attributes(stack_size);
     if (CurrentTask() == nullptr) attributes.StayOnThisProcessor();
     if (pthread_create(&task->thread, attributes.Get(), ThreadBody, task.get()) != 0) return false;
-    pthread_setname_np(task->thread, task->name.substr(0, 15).c_str());
     live.push_back(task);
     return true;
 }
@@ -54,24 +56,30 @@ void* Scheduler::ThreadBody(void* task) {
     Task& self = *static_cast<Task*>(task);
     Scheduler& scheduler = self.run->scheduler;
     SetCurrentTask(&self);
+    prctl(PR_SET_NAME,
+          self.name.c_str()); // takes the first 15 characters; one call, where others go through /proc
     self.baton.Take();
     scheduler.Reap();
-    scheduler.RunEntry(self);
+    if (!scheduler.ending) scheduler.RunEntry(self);
+    self.entry = nullptr;
     scheduler.Finish(self);
     return nullptr;
 }
 
 void Scheduler::RunEntry(Task& self) {
     try {
-        if (!ending) self.entry();
-        self.entry = nullptr;
+        self.entry();
     } catch (const TaskEnd&) {
     } catch (const std::exception& exception) {
-        Stop(SimOutcome::kEscaped,
-             "task \"" + self.name + "\" was left by an exception: " + exception.what());
+        TellEscape(self, exception.what());
     } catch (...) {
-        Stop(SimOutcome::kEscaped, "task \"" + self.name + "\" was left by an exception");
+        TellEscape(self, "no std::exception");
     }
+}
+
+void Scheduler::TellEscape(const Task& self, const char* exception) {
+    const BoardWork work;
+    Stop(SimOutcome::kEscaped, "task \"" + self.name + "\" was left by an exception: " + exception);
 }
 
 // The thread goes on for a moment after it gave the baton away, to destroy its thread-local objects. The next
@@ -111,6 +119,7 @@ void Scheduler::RunAll() {
 void Scheduler::EndAll() {
     ending = true;
     stopping = false;
+    calls_now = 0;
     limit = After(options.limit);
     for (const auto& task : live)
         task->end_requested = true;
@@ -129,9 +138,11 @@ void Scheduler::LeaveBehind() {
 // A task that neither calls the platform nor ends would stop the run without a word.
 void Scheduler::WatchTasks() {
     std::uint64_t calls_before = Calls();
-    for (int idle = 0; !owner.TakeWithin(kWatchPeriod); calls_before = Calls()) {
-        idle = Calls() == calls_before ? idle + 1 : 0;
-        if (idle == kPatience)
+    int idle_periods = 0;
+    while (!owner.TakeWithin(kWatchPeriod)) {
+        idle_periods = Calls() == calls_before ? idle_periods + 1 : 0;
+        calls_before = Calls();
+        if (idle_periods == kPatience)
             Die("no call for two minutes: a task spins, or waits for something that is not of the platform; "
                 "seed " +
                 std::to_string(options.seed));
