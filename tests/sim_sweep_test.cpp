@@ -177,57 +177,68 @@ TEST(FailureSweep, OfStartUp) {
     std::cout << "start-up: " << made << " injections\n";
 }
 
-// Every message is handled once, or its sender was told; every refusal stands in the log.
+/// Three senders and a relay, with failures from when `arm` is called until all is quiet. Every message is handled
+/// once, or its sender was told; every refusal stands in the log; afterwards all works.
+void Storm(Simulation& board, const std::function<void()>& arm) {
+    const SimHost host;
+    int accepted = 0;
+    int handled = 0;
+    const auto send = [&](unsigned int type) {
+        const unsigned int ret = Send(type);
+        EXPECT_TRUE(ret == ONU_MNG_OK || ret == ONU_MNG_FAILURE) << std::hex << ret;
+        accepted += ret == ONU_MNG_OK;
+    };
+    const auto handle = [&](const SimModule::Message& message) {
+        ++handled;
+        if (message.msg_type == kSync) send(kAsync);
+        return ONU_MNG_OK;
+    };
+    onu_mng_module_reg_service_module(new SimModule(kSync, MSG_PROC_SYNC, handle));
+    onu_mng_module_reg_service_module(new SimModule(kAsync, MSG_PROC_ASYNC, handle, 4));
+    ASSERT_EQ(ONU_MNG_OK, onu_mng_system_start());
+    for (int sender = 0; sender < 3; ++sender)
+        board.Spawn("sender", [&] {
+            for (const unsigned int type : {kAsync, kSync, kAsync, kSync})
+                send(type);
+        });
+    arm();
+    board.Join();
+    board.Settle();
+    board.FailNone();
+    board.Sleep(2s); // a module whose receives failed waits a second before the next
+    EXPECT_EQ(accepted, handled);
+    const std::size_t refused = 3 * (4 + 2) - static_cast<std::size_t>(accepted);
+    EXPECT_EQ(refused, board.Logged("msgQSend failed\r\n") + board.Logged("new MessagePacket failed\r\n"));
+    EXPECT_TRUE(board.Failed() == 0 || IsTold(board, 0));
+    const int before = handled;
+    EXPECT_EQ(ONU_MNG_OK, Send(kAsync) | Send(kSync));
+    board.Settle();
+    EXPECT_EQ(before + 3, handled);
+}
+
 TEST(FailureSweep, OfAMessageStorm) {
     const unsigned int made = Sweep("message storm", [](const Injection& injection) {
         Simulation board(injection.nth);
-        board.Run([&] {
-            const SimHost host;
-            int accepted = 0;
-            int handled = 0;
-            const auto send = [&](unsigned int type) {
-                const unsigned int ret = Send(type);
-                EXPECT_TRUE(ret == ONU_MNG_OK || ret == ONU_MNG_FAILURE) << std::hex << ret;
-                accepted += ret == ONU_MNG_OK;
-            };
-            const auto relay = [&](const SimModule::Message&) {
-                ++handled;
-                send(kAsync);
-                return ONU_MNG_OK;
-            };
-            const auto count = [&](const SimModule::Message&) {
-                ++handled;
-                return ONU_MNG_OK;
-            };
-            onu_mng_module_reg_service_module(new SimModule(kSync, MSG_PROC_SYNC, relay));
-            onu_mng_module_reg_service_module(new SimModule(kAsync, MSG_PROC_ASYNC, count, 4));
-            ASSERT_EQ(ONU_MNG_OK, onu_mng_system_start());
-            for (int sender = 0; sender < 3; ++sender)
-                board.Spawn("sender", [&] {
-                    for (int message = 0; message < 4; ++message)
-                        send(message % 2 == 0 ? kAsync : kSync);
-                });
-            injection.Arm(board);
-            board.Join();
-            board.Settle();
-            board.FailNone();
-            board.Sleep(2s);
-            EXPECT_EQ(accepted, handled);
-            const std::size_t refused = 3 * 4 + 3 * 2 - static_cast<std::size_t>(accepted);
-            EXPECT_EQ(refused,
-                      board.Logged("msgQSend failed\r\n") + board.Logged("new MessagePacket failed\r\n"));
-            EXPECT_TRUE(board.Failed() == 0 || IsTold(board, 0));
-            const int before = handled;
-            EXPECT_EQ(ONU_MNG_OK, Send(kAsync));
-            EXPECT_EQ(ONU_MNG_OK, Send(kSync));
-            board.Settle();
-            EXPECT_EQ(before + 3, handled);
-        });
+        board.Run([&] { Storm(board, [&] { injection.Arm(board); }); });
         ExpectNothingLeft(board);
         return board.Failed() != 0;
     });
     EXPECT_LE(50u, made);
     std::cout << "message storm: " << made << " injections\n";
+}
+
+TEST(FailureShare, OfAMessageStorm) {
+    sim_scenario::ForEachSeed([](std::uint64_t seed) {
+        Simulation board(seed);
+        board.Run([&] {
+            Storm(board, [&] {
+                for (const SimFault kind :
+                     {SimFault::kPoolAlloc, SimFault::kQueueSend, SimFault::kQueueReceive})
+                    board.FailShare(kind, static_cast<unsigned int>(2 + seed % 7));
+            });
+        });
+        ExpectNothingLeft(board);
+    });
 }
 
 unsigned int Accept(const SimModule::Message&) {
