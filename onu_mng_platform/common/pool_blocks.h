@@ -16,17 +16,16 @@ inline constexpr uint32_t kCellBytes = 16;
 inline constexpr uint32_t kMinCells = 2;
 
 enum class BlockState : uint32_t {
-    kNone,        ///< No block starts here.
-    kFree,        ///< In a free list. The only state that is entered and left under the pool's lock alone.
-    kStocked,     ///< Free as well, but kept in one piece for the next request of its size.
-    kStockedPaid, ///< The same, and its bytes still count as in use where the peak is found out (PeakMeter).
-    kMoving,      ///< Belongs to the thread that is just giving it back.
-    kLive,        ///< Belongs to a caller.
-    kDamaged,     ///< Written past its end: never handed out again.
+    kNone,    ///< No block starts here.
+    kFree,    ///< In a free list. The only state that is entered and left under the pool's lock alone.
+    kStocked, ///< Free as well, but kept in one piece for the next request of its size.
+    kMoving,  ///< Belongs to the thread that is just giving it back.
+    kLive,    ///< Belongs to a caller.
+    kDamaged, ///< Written past its end: never handed out again.
 };
 
 /// State, place and length of a block in one word, so that one compare-and-swap says whose it is. Whoever
-/// moves a block out of a stocked state or kLive owns it; nobody else changes its length meanwhile.
+/// moves a block out of kStocked or kLive owns it; nobody else changes its length meanwhile.
 class BlockTag {
 public:
     constexpr explicit BlockTag(uint32_t bits) : bits_(bits) {}
@@ -36,9 +35,6 @@ public:
     constexpr uint32_t Bits() const { return bits_; }
     constexpr BlockState State() const { return static_cast<BlockState>(bits_ & 7); }
     constexpr uint32_t Cells() const { return bits_ >> 4; }
-    constexpr bool IsStocked() const {
-        return State() == BlockState::kStocked || State() == BlockState::kStockedPaid;
-    }
     /// True when the block starts at `cell`, one of the two cells that share a record.
     constexpr bool StartsAt(Cell cell) const {
         return State() != BlockState::kNone && (bits_ >> 3 & 1) == (cell & 1);
@@ -58,7 +54,7 @@ struct BlockRecord {
     std::atomic<uint32_t> tag;
     uint32_t cells_before;          ///< Length of the block in front; guarded by the pool's lock.
     std::atomic<uint32_t> site;     ///< Live: who took it. Free: the next block of its list.
-    std::atomic<uint32_t> contents; ///< Live, paid: cells asked for. Free: the previous block of its list.
+    std::atomic<uint32_t> contents; ///< Live: cells asked for. Free: the previous block of its list.
 
     BlockTag Tag() const { return BlockTag(tag.load(std::memory_order_acquire)); }
     void SetTag(BlockTag value) { tag.store(value.Bits(), std::memory_order_release); }

@@ -47,14 +47,24 @@ Pool::Pool(const char* name, size_t size, std::byte* region, uint32_t cells, Blo
     map_.Init(records, cells);
 }
 
-/// Returns a live block of at least `cells` cells that is paid for; kNoCell when there is none.
-inline Cell Pool::TakeBlock(uint32_t cells, uint32_t contents, ThreadStock* stock) {
+/// Returns a live block of at least `cells` cells; kNoCell when there is none.
+inline Cell Pool::TakeBlock(uint32_t cells, ThreadStock* stock) {
     const uint32_t index = stock_class::Of(cells);
-    if (stock == nullptr || index == stock_class::kNone) return TakeUnderLock(cells, contents, stock);
-    const TakenBlock taken = PopLive(stock->blocks, index);
-    if (taken.start == kNoCell) return TakeUnderLock(cells, contents, stock);
-    if (taken.paid != contents) PayAnew(taken.paid, contents);
-    return taken.start;
+    if (stock == nullptr || index == stock_class::kNone) return TakeUnderLock(cells, stock);
+    const Cell start = PopLive(stock->blocks, index);
+    return start != kNoCell ? start : TakeUnderLock(cells, stock);
+}
+
+inline void Pool::CountTaken(size_t bytes, ThreadStock* stock) {
+    if (stock == nullptr) return CountTakenWithoutStock(bytes);
+    stock->counters.taken.Add();
+    if (!stock->allowance.Spend(bytes)) Replenish(stock->allowance, bytes);
+}
+
+inline void Pool::CountReturned(size_t bytes, ThreadStock* stock) {
+    if (stock == nullptr) return CountReturnedWithoutStock(bytes);
+    stock->counters.returned.Add();
+    if (!stock->allowance.Add(bytes)) Replenish(stock->allowance, 0);
 }
 
 inline void* Pool::HandOut(Cell start, uint32_t contents, uint32_t site) {
@@ -70,21 +80,21 @@ void* Pool::Alloc(unsigned int size, const char* file, int line) {
     const uint32_t contents = (size - 1) / kCellBytes + 1;
     const uint32_t cells = stock_class::RoundedCells(contents + kGuardCells);
     ThreadStock* const stock = OwnStock();
-    const Cell start = TakeBlock(cells, contents, stock);
+    const Cell start = TakeBlock(cells, stock);
     if (start == kNoCell) {
         fails_.fetch_add(1, std::memory_order_relaxed);
         return nullptr;
     }
-    if (stock != nullptr) stock->counters.taken.Add(size_t{contents} * kCellBytes);
+    CountTaken(size_t{contents} * kCellBytes, stock);
     return HandOut(start, contents, SiteOf(file, line));
 }
 
 /// Makes a moving block free for others.
 inline void Pool::GiveBlock(Cell start, BlockTag tag, ThreadStock* stock) {
     const uint32_t index = stock_class::Of(tag.Cells());
-    if (stock == nullptr || index == stock_class::kNone) return GiveUnderLock(start, tag, stock);
+    if (stock == nullptr || index == stock_class::kNone) return GiveUnderLock(start, tag);
     if (stock->blocks.Count(index) == OwnBlocks::Room(index)) MakeRoom(*stock, index);
-    map_.At(start).SetTag(tag.In(BlockState::kStockedPaid));
+    map_.At(start).SetTag(tag.In(BlockState::kStocked));
     stock->blocks.Put(index, start);
 }
 
@@ -104,7 +114,7 @@ int Pool::Free(void* block) {
         return RefuseDamaged(block, contents, record.site.load(std::memory_order_relaxed));
     }
     ThreadStock* const stock = OwnStock();
-    if (stock != nullptr) stock->counters.returned.Add(size_t{contents} * kCellBytes);
+    CountReturned(size_t{contents} * kCellBytes, stock);
     GiveBlock(start, tag, stock);
     return 0;
 }

@@ -10,6 +10,7 @@
 #include "onu_mng_platform/common/pool_meter.h"
 #include "onu_mng_platform/common/pool_stock.h"
 #include "onu_mng_platform/common/pool_thread.h"
+#include "onu_mng_platform/common/short_lock.h"
 #include "onu_mng_platform/mpu.h"
 
 namespace onu_mng_platform {
@@ -49,20 +50,14 @@ public:
     }
 
 private:
-    /// Requests and their bytes, written by one owner at a time, so that nothing dearer than an addition is
-    /// needed.
+    /// Written by one owner at a time, so that nothing dearer than an addition is needed.
     class Counter {
     public:
-        void Add(size_t bytes) {
-            bytes_.store(Bytes() + bytes, std::memory_order_relaxed);
-            requests_.store(Requests() + 1, std::memory_order_release);
-        }
-        unsigned long Requests() const { return requests_.load(std::memory_order_acquire); }
-        size_t Bytes() const { return bytes_.load(std::memory_order_relaxed); }
+        void Add() { count_.store(Count() + 1, std::memory_order_release); }
+        unsigned long Count() const { return count_.load(std::memory_order_acquire); }
 
     private:
-        std::atomic<unsigned long> requests_{0};
-        std::atomic<size_t> bytes_{0};
+        std::atomic<unsigned long> count_{0};
     };
     struct Counters {
         Counter taken;
@@ -73,12 +68,8 @@ private:
     struct ThreadStock {
         OwnBlocks blocks;
         Counters counters;
+        Allowance allowance;
         uint8_t batches[stock_class::kCount] = {}; // blocks fetched the last time, doubled each time
-    };
-
-    struct TakenBlock {
-        Cell start;
-        uint32_t paid; // contents that are paid for
     };
 
     Pool(const char* name, size_t size, std::byte* region, uint32_t cells, BlockRecord* records);
@@ -86,24 +77,25 @@ private:
     ThreadStock* OwnStock();
     [[gnu::noinline]] ThreadStock* MakeStock();
 
-    [[gnu::always_inline]] Cell TakeBlock(uint32_t cells, uint32_t contents, ThreadStock* stock);
-    [[gnu::noinline]] Cell TakeUnderLock(uint32_t cells, uint32_t contents, ThreadStock* stock);
-    Cell TakeFromDepot(uint32_t index, uint32_t contents, ThreadStock* stock);
-    Cell TakeFromMap(uint32_t cells, uint32_t index, ThreadStock* stock);
+    [[gnu::always_inline]] Cell TakeBlock(uint32_t cells, ThreadStock* stock);
+    [[gnu::noinline]] Cell TakeUnderLock(uint32_t cells, ThreadStock* stock);
+    Cell TakeFromDepot(uint32_t index, ThreadStock* stock);
+    Cell TakeFromMap(uint32_t cells, ThreadStock* stock);
     template <class AnyStock>
-    [[gnu::always_inline]] TakenBlock PopLive(AnyStock& stock, uint32_t index);
-    [[gnu::always_inline]] BlockState MoveStocked(Cell start, uint32_t index, BlockState state);
+    [[gnu::always_inline]] Cell PopLive(AnyStock& stock, uint32_t index);
     void TakeStocksBack();
 
     [[gnu::always_inline]] void GiveBlock(Cell start, BlockTag tag, ThreadStock* stock);
-    [[gnu::noinline]] void GiveUnderLock(Cell start, BlockTag tag, ThreadStock* stock);
+    [[gnu::noinline]] void GiveUnderLock(Cell start, BlockTag tag);
     void MakeRoom(ThreadStock& stock, uint32_t index);
     void Unstock(Cell start, uint32_t index);
 
-    [[gnu::noinline]] void PayAnew(uint32_t paid, uint32_t contents);
+    [[gnu::always_inline]] void CountTaken(size_t bytes, ThreadStock* stock);
+    [[gnu::always_inline]] void CountReturned(size_t bytes, ThreadStock* stock);
+    [[gnu::noinline]] void CountTakenWithoutStock(size_t bytes);
+    [[gnu::noinline]] void CountReturnedWithoutStock(size_t bytes);
+    [[gnu::noinline]] void Replenish(Allowance& allowance, size_t bytes);
     void Pay(size_t bytes);
-    void CollectPayments(size_t bytes);
-    size_t Used() const;
 
     void* HandOut(Cell start, uint32_t contents, uint32_t site);
     [[gnu::cold]] int RefuseState(const void* block, BlockState state) const;
@@ -111,10 +103,6 @@ private:
 
     template <class Visit>
     void ForEachStock(Visit visit) const;
-
-    static bool IsStocked(BlockTag tag, Cell start, uint32_t index) {
-        return tag.IsStocked() && tag.StartsAt(start) && tag.Cells() == stock_class::CellsOf(index);
-    }
 
     std::byte* AddressOf(Cell cell) const { return region_ + size_t{cell - kFirstCell} * kCellBytes; }
     void WriteGuard(Cell cell);
@@ -127,11 +115,11 @@ private:
     char name_[32];
 
     std::atomic<ThreadStock*> stocks_[kMaxThreadSlots + 2] = {}; // the last two stay null
-
+    std::atomic<unsigned int> stocks_end_{0};                    // behind the last that was ever used
     std::atomic<unsigned long> fails_{0};
 
     // Apart from what every request reads.
-    alignas(64) mutable std::mutex lock_; // guards everything below
+    alignas(64) mutable ShortLock lock_; // guards everything below
     PeakMeter meter_;
     BlockMap map_;
     Depot depot_;
@@ -146,36 +134,23 @@ inline Pool::ThreadStock* Pool::OwnStock() {
 
 template <class Visit>
 void Pool::ForEachStock(Visit visit) const {
-    for (const auto& stock : stocks_) {
-        ThreadStock* const each = stock.load(std::memory_order_acquire);
-        if (each != nullptr) visit(*each);
+    const unsigned int end = stocks_end_.load(std::memory_order_acquire);
+    for (unsigned int slot = 0; slot < end; ++slot) {
+        ThreadStock* const stock = stocks_[slot].load(std::memory_order_acquire);
+        if (stock != nullptr) visit(*stock);
     }
-}
-
-/// Moves a block to `state` if it is a stocked one of the class, and returns the state it was in; kNone when
-/// it is not.
-inline BlockState Pool::MoveStocked(Cell start, uint32_t index, BlockState state) {
-    BlockRecord& record = map_.At(start);
-    BlockTag tag = record.Tag();
-    while (IsStocked(tag, start, index)) {
-        if (record.Move(tag, tag.In(state))) return tag.State();
-        tag = record.Tag(); // still stocked when only its payment was collected
-    }
-    return BlockState::kNone;
 }
 
 /// Takes a live block out of a stock of the caller's; kNoCell when the class is empty.
 template <class AnyStock>
-inline Pool::TakenBlock Pool::PopLive(AnyStock& stock, uint32_t index) {
+inline Cell Pool::PopLive(AnyStock& stock, uint32_t index) {
     while (stock.Count(index) != 0) {
         const Cell start = stock.Pop(index);
         if (start == kNoCell) continue;
-        const BlockState before = MoveStocked(start, index, BlockState::kLive);
-        if (before == BlockState::kNone) continue;
-        const bool is_paid = before == BlockState::kStockedPaid;
-        return {start, is_paid ? map_.At(start).contents.load(std::memory_order_relaxed) : 0};
+        const BlockTag stocked(BlockState::kStocked, start, stock_class::CellsOf(index));
+        if (map_.At(start).Move(stocked, stocked.In(BlockState::kLive))) return start;
     }
-    return {kNoCell, 0};
+    return kNoCell;
 }
 
 } // namespace onu_mng_platform

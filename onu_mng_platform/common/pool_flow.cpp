@@ -12,44 +12,38 @@ Pool::ThreadStock* Pool::MakeStock() {
     ThreadStock* stock = stocks_[slot].load(std::memory_order_acquire);
     if (stock == nullptr) stock = new (std::nothrow) ThreadStock;
     stocks_[slot].store(stock, std::memory_order_release);
+    unsigned int end = stocks_end_.load(std::memory_order_relaxed);
+    while (end <= slot && !stocks_end_.compare_exchange_weak(end, slot + 1, std::memory_order_acq_rel)) {
+    }
     return stock;
 }
 
-Cell Pool::TakeUnderLock(uint32_t cells, uint32_t contents, ThreadStock* stock) {
+Cell Pool::TakeUnderLock(uint32_t cells, ThreadStock* stock) {
     const uint32_t index = stock_class::Of(cells);
-    const std::lock_guard<std::mutex> guard(lock_);
-    Cell start = index == stock_class::kNone ? kNoCell : TakeFromDepot(index, contents, stock);
-    if (start == kNoCell) {
-        start = TakeFromMap(cells, index, stock);
-        if (start == kNoCell) {
-            TakeStocksBack();
-            start = map_.Take(cells, BlockState::kLive);
-        }
-        if (start == kNoCell) return kNoCell;
-        Pay(size_t{contents} * kCellBytes);
-    }
-    if (stock == nullptr) shared_counters_.taken.Add(size_t{contents} * kCellBytes);
-    return start;
+    const std::lock_guard<ShortLock> guard(lock_);
+    Cell start = index == stock_class::kNone ? kNoCell : TakeFromDepot(index, stock);
+    if (start == kNoCell) start = TakeFromMap(cells, stock);
+    if (start != kNoCell) return start;
+    TakeStocksBack();
+    return map_.Take(cells, BlockState::kLive);
 }
 
 /// Takes one block of a class and moves as many more as a batch has to `stock`.
-Cell Pool::TakeFromDepot(uint32_t index, uint32_t contents, ThreadStock* stock) {
-    const TakenBlock taken = PopLive(depot_, index);
-    if (taken.start == kNoCell) return kNoCell;
-    meter_.PayBack(size_t{taken.paid} * kCellBytes);
-    Pay(size_t{contents} * kCellBytes);
-    if (stock == nullptr) return taken.start;
+Cell Pool::TakeFromDepot(uint32_t index, ThreadStock* stock) {
+    const Cell start = PopLive(depot_, index);
+    if (start == kNoCell || stock == nullptr) return start;
     const uint32_t batch = OwnBlocks::Room(index) / 2;
     for (uint32_t i = 1; i < batch && depot_.Count(index) != 0; ++i) {
         const Cell more = depot_.Pop(index);
         if (more != kNoCell) stock->blocks.Put(index, more);
     }
-    return taken.start;
+    return start;
 }
 
 /// Takes one block and cuts some more for `stock`: twice as many each time, so that a thread that needs few
 /// blocks of a class does not hoard them.
-Cell Pool::TakeFromMap(uint32_t cells, uint32_t index, ThreadStock* stock) {
+Cell Pool::TakeFromMap(uint32_t cells, ThreadStock* stock) {
+    const uint32_t index = stock_class::Of(cells);
     const Cell start = map_.Take(cells, BlockState::kLive);
     if (start == kNoCell || stock == nullptr || index == stock_class::kNone) return start;
     const uint32_t limit = OwnBlocks::Room(index) / 2;
@@ -71,12 +65,8 @@ Cell Pool::TakeFromMap(uint32_t cells, uint32_t index, ThreadStock* stock) {
 
 /// Moves a stocked block to the map unless its entry was out of date.
 void Pool::Unstock(Cell start, uint32_t index) {
-    const BlockState before = MoveStocked(start, index, BlockState::kMoving);
-    if (before == BlockState::kNone) return;
-    if (before == BlockState::kStockedPaid) {
-        meter_.PayBack(size_t{map_.At(start).contents.load(std::memory_order_relaxed)} * kCellBytes);
-    }
-    map_.Release(start);
+    const BlockTag stocked(BlockState::kStocked, start, stock_class::CellsOf(index));
+    if (map_.At(start).Move(stocked, stocked.In(BlockState::kMoving))) map_.Release(start);
 }
 
 void Pool::TakeStocksBack() {
@@ -88,29 +78,26 @@ void Pool::TakeStocksBack() {
 void Pool::Flush(unsigned int slot) {
     ThreadStock* const stock = stocks_[slot].load(std::memory_order_acquire);
     if (stock == nullptr) return;
-    const std::lock_guard<std::mutex> guard(lock_);
+    const std::lock_guard<ShortLock> guard(lock_);
     stock->blocks.TakeBack([this](Cell start, uint32_t index) { Unstock(start, index); });
+    meter_.Return(stock->allowance.TakeAll());
     std::fill(std::begin(stock->batches), std::end(stock->batches), uint8_t{0});
 }
 
-void Pool::GiveUnderLock(Cell start, BlockTag tag, ThreadStock* stock) {
+void Pool::GiveUnderLock(Cell start, BlockTag tag) {
     const uint32_t index = stock_class::Of(tag.Cells());
-    const std::lock_guard<std::mutex> guard(lock_);
-    BlockRecord& record = map_.At(start);
-    const size_t bytes = size_t{record.contents.load(std::memory_order_relaxed)} * kCellBytes;
-    if (stock == nullptr) shared_counters_.returned.Add(bytes);
-    if (index != stock_class::kNone && depot_.Count(index) < Depot::Room(index)) {
-        record.SetTag(tag.In(BlockState::kStockedPaid));
-        return depot_.Put(index, start);
+    const std::lock_guard<ShortLock> guard(lock_);
+    if (index == stock_class::kNone || depot_.Count(index) == Depot::Room(index)) {
+        map_.At(start).SetTag(tag.In(BlockState::kMoving));
+        return map_.Release(start);
     }
-    meter_.PayBack(bytes);
-    record.SetTag(tag.In(BlockState::kMoving));
-    map_.Release(start);
+    map_.At(start).SetTag(tag.In(BlockState::kStocked));
+    depot_.Put(index, start);
 }
 
 /// Moves the older half of a class to the depot, and to the map what the depot has no room for.
 void Pool::MakeRoom(ThreadStock& stock, uint32_t index) {
-    const std::lock_guard<std::mutex> guard(lock_);
+    const std::lock_guard<ShortLock> guard(lock_);
     stock.blocks.RemoveOldest(index, OwnBlocks::Room(index) / 2, [&](Cell start) {
         if (depot_.Count(index) < Depot::Room(index)) {
             depot_.Put(index, start);

@@ -98,19 +98,6 @@ public:
         }
     }
 
-    /// Shows the entries to `visit(cell, index)` until that returns false.
-    template <class Visit>
-    void ForEach(Visit visit) const {
-        const uint64_t used = used_.load(std::memory_order_relaxed);
-        for (uint32_t index = 0; index < stock_class::kCount; ++index) {
-            if ((used >> index & 1) == 0) continue;
-            for (const std::atomic<Cell>& entry : entries_[index]) {
-                const Cell cell = entry.load(std::memory_order_acquire);
-                if (cell != kNoCell && !visit(cell, index)) return;
-            }
-        }
-    }
-
 private:
     struct Rooms {
         uint16_t of[stock_class::kCount];

@@ -81,7 +81,7 @@ void CountBySize(const Pool& pool, SizeRow* rows) {
         }
         const size_t bytes = UsableBytes(tag.Cells());
         SizeRow& row = rows[RowOf(bytes)];
-        (tag.IsStocked() ? row.stocked : row.free).Add(bytes);
+        (tag.State() == BlockState::kStocked ? row.stocked : row.free).Add(bytes);
     });
 }
 

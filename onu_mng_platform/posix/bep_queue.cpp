@@ -7,6 +7,7 @@
 #include <new>
 
 #include "onu_mng_platform/bep.h"
+#include "onu_mng_platform/common/short_lock.h"
 #include "onu_mng_platform/posix/slot_table.h"
 #include "onu_mng_platform/posix/wait_list.h"
 
@@ -73,7 +74,7 @@ private:
 };
 
 struct Queue {
-    std::mutex lock; // guards the rest
+    ShortLock lock; // guards the rest
     bool exists = false;
     uint32_t generation = 0;
     Ring ring;
@@ -118,7 +119,7 @@ Outcome Wait(Queue& queue, WaitList& list, int ticks, Attempt attempt) {
     const Deadline deadline(ticks);
     Sleeper& self = Sleeper::Current();
     Waiter waiter(self, &list);
-    std::unique_lock<std::mutex> guard(queue.lock);
+    std::unique_lock<ShortLock> guard(queue.lock);
     for (;;) {
         list.Remove(waiter);
         const Outcome outcome = attempt();
@@ -141,7 +142,7 @@ Outcome Wait(Queue& queue, WaitList& list, int ticks, Attempt attempt) {
 template <class Attempt>
 Outcome AttemptOrWait(Queue& queue, WaitList& list, int ticks, Attempt attempt) {
     {
-        const std::lock_guard<std::mutex> guard(queue.lock);
+        const std::lock_guard<ShortLock> guard(queue.lock);
         const Outcome outcome = attempt();
         if (outcome != Outcome::kNotYet || ticks == 0) return outcome;
     }
@@ -153,7 +154,7 @@ void StayIfGone(Queue& queue, Id id, int ticks) {
     Sleeper& self = Sleeper::Current();
     if (ticks >= 0 || !self.IsTask()) return;
     {
-        const std::lock_guard<std::mutex> guard(queue.lock);
+        const std::lock_guard<ShortLock> guard(queue.lock);
         if (!queue.Was(id)) return;
     }
     self.WaitInVain(Deadline(ticks));
@@ -170,7 +171,7 @@ extern "C" uint32_t bep_msgQCreateEx(int max_msgs, int msg_size, int /*options*/
     const uint32_t index = g_queues.Acquire();
     if (index == g_queues.kNone) return 0;
     Queue& queue = *g_queues.At(index);
-    const std::lock_guard<std::mutex> guard(queue.lock);
+    const std::lock_guard<ShortLock> guard(queue.lock);
     queue.exists = queue.ring.Reserve(static_cast<uint32_t>(max_msgs), static_cast<uint32_t>(msg_size));
     if (queue.exists) return Id(IdKind::kQueue, queue.generation, index).Number();
     g_queues.Release(index);
@@ -206,7 +207,7 @@ extern "C" int bep_msgQReceiveEx(uint32_t queue_id, char* buf, unsigned int len,
 extern "C" int bep_msgQNumMsgsEx(uint32_t queue_id) {
     Queue* const queue = FindQueue(queue_id);
     if (queue == nullptr) return 0;
-    const std::lock_guard<std::mutex> guard(queue->lock);
+    const std::lock_guard<ShortLock> guard(queue->lock);
     return queue->Is(Id(queue_id)) ? static_cast<int>(queue->ring.Count()) : 0;
 }
 
@@ -214,7 +215,7 @@ extern "C" int bep_msgQDeleteEx(uint32_t queue_id) {
     Queue* const queue = FindQueue(queue_id);
     if (queue == nullptr) return -1;
     {
-        const std::lock_guard<std::mutex> guard(queue->lock);
+        const std::lock_guard<ShortLock> guard(queue->lock);
         if (!queue->Is(Id(queue_id))) return -1;
         queue->exists = false;
         queue->generation = Id::NextGeneration(queue->generation);

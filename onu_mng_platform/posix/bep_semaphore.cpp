@@ -3,6 +3,7 @@
 #include <mutex>
 
 #include "onu_mng_platform/bep.h"
+#include "onu_mng_platform/common/short_lock.h"
 #include "onu_mng_platform/posix/slot_table.h"
 #include "onu_mng_platform/posix/wait_list.h"
 
@@ -31,7 +32,7 @@ struct Semaphore {
 /// The threads that wait for any of the semaphores that share it. While threads wait, their semaphore is
 /// either marked as awaited, or one of them has been signalled and will mark it before it sleeps or leaves.
 struct alignas(64) WaitRoom {
-    std::mutex lock;
+    ShortLock lock;
     WaitList waiters;
 };
 
@@ -66,7 +67,7 @@ int TakeSlowly(Semaphore& semaphore, uint32_t generation, int ticks) {
     Sleeper& self = Sleeper::Current();
     WaitRoom& room = RoomOf(semaphore);
     Waiter waiter(self, &semaphore);
-    std::unique_lock<std::mutex> guard(room.lock);
+    std::unique_lock<ShortLock> guard(room.lock);
     for (;;) {
         room.waiters.Remove(waiter);
         // Others wait as well: the mark stays, also when this thread leaves without the semaphore below.
@@ -91,7 +92,7 @@ void SignalOne(const Semaphore& semaphore) {
     WaitRoom& room = RoomOf(semaphore);
     WakeUp wake_up;
     {
-        const std::lock_guard<std::mutex> guard(room.lock);
+        const std::lock_guard<ShortLock> guard(room.lock);
         wake_up = room.waiters.SignalFirst(&semaphore);
     }
     wake_up.Deliver();
@@ -152,7 +153,7 @@ extern "C" int bep_semDeleteEx(uint32_t sem_id) {
                                                     std::memory_order_relaxed));
     {
         WaitRoom& room = RoomOf(*semaphore);
-        const std::lock_guard<std::mutex> guard(room.lock);
+        const std::lock_guard<ShortLock> guard(room.lock);
         room.waiters.SignalAll(semaphore);
     }
     g_semaphores.Release(id.Index());
