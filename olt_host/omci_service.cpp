@@ -78,6 +78,7 @@ void OmciService::TakeFrame(OnuKey onu, char* data, unsigned int size) {
         ++strays;
     } else if (frame.Kind() == FrameKind::kNotification) {
         OnNotification(*index, frame);
+        Consider(onu);
     } else {
         TakeAnswer(onu, *index, data, size);
     }
