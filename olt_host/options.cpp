@@ -1,6 +1,8 @@
 #include "olt_host/options.h"
 
+#include <algorithm>
 #include <cstdio>
+#include <iterator>
 
 #include <CLI/CLI.hpp>
 
@@ -62,9 +64,13 @@ void AddTimes(CLI::App& app, Options& options) {
 }
 
 void AddFaults(CLI::App& app, Options& options) {
-    app.add_option("--mute", "ONUs that never answer")
+    app.add_option_function<std::vector<std::string>>(
+           "--mute",
+           [&options](const std::vector<std::string>& onus) {
+               std::transform(onus.begin(), onus.end(), std::back_inserter(options.mute), ReadOnu);
+           },
+           "ONUs that never answer")
         ->delimiter(',')
-        ->each([&options](const std::string& text) { options.mute.push_back(ReadOnu(text)); })
         ->option_text("PON/ONU,...");
     Number(app, "--loss", options.loss_percent, 0, kPercent, "percent of the frames that are lost");
     Number(app, "--corrupt", options.corrupt_percent, 0, kPercent,
