@@ -11,7 +11,7 @@ cd "$(dirname "$0")/.."
 need_packages $build_packages $test_packages
 
 check_format() {
-    find onu_mng_lib onu_mng_platform olt_host tests examples bench fuzz \( -name '*.h' -o -name '*.cpp' -o -name '*.c' \) \
+    find onu_mng_lib onu_mng_platform olt_host tests examples bench \( -name '*.h' -o -name '*.cpp' -o -name '*.c' \) \
         -print0 | xargs -0 clang-format --dry-run -Werror
 }
 

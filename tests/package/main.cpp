@@ -2,4 +2,6 @@
 #include "onu_mng_lib/onu_mng_system.h"
 
 // Without registrations the library refuses to start, and says so.
-int main() { return onu_mng_system_init() != 0 && Variant(5) == Variant(5u) ? 0 : 1; }
+int main() {
+    return onu_mng_system_init() != 0 && Variant(5) == Variant(5u) ? 0 : 1;
+}
