@@ -6,7 +6,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <iostream>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -31,31 +30,43 @@ struct Options {
     bool stops_at_failure = false;
 };
 
-/// Standard output, or a pager for the time of one command.
+/// /// Standard output, or a pager that is given the output of one command once it is whole: a host does not wait until
+/// somebody has turned the page.
 class Screen {
 public:
-    explicit Screen(bool paged) {
-        const char* pager = std::getenv("PAGER");
-        if (paged) pager_.reset(popen(pager == nullptr || *pager == '\0' ? "less" : pager, "w"));
+    explicit Screen(bool paged) : paged_(paged) {}
+    ~Screen() {
+        if (paged_) ShowPages();
     }
     Screen(const Screen&) = delete;
     Screen& operator=(const Screen&) = delete;
-    ~Screen() { std::fflush(stdout); }
 
     /// Prints text as this system ends its lines.
     void Print(std::string_view text) {
         std::string plain(text);
         plain.erase(std::remove(plain.begin(), plain.end(), '\r'), plain.end());
-        std::FILE* file = pager_ == nullptr ? stdout : pager_.get();
-        std::fwrite(plain.data(), 1, plain.size(), file);
-        if (pager_ == nullptr) std::fflush(stdout);
+        if (paged_)
+            pages_ += plain;
+        else
+            Write(plain, stdout);
     }
 
 private:
-    struct ClosePager {
-        void operator()(std::FILE* file) const { pclose(file); }
-    };
-    std::unique_ptr<std::FILE, ClosePager> pager_;
+    static void Write(const std::string& text, std::FILE* file) {
+        std::fwrite(text.data(), 1, text.size(), file);
+        std::fflush(file);
+    }
+
+    void ShowPages() const {
+        const char* pager = std::getenv("PAGER");
+        std::FILE* pipe = popen(pager == nullptr || *pager == '\0' ? "less" : pager, "w");
+        if (pipe == nullptr) return Write(pages_, stdout);
+        Write(pages_, pipe);
+        pclose(pipe);
+    }
+
+    const bool paged_;
+    std::string pages_;
 };
 
 /// Takes "| more" off the end of a line.

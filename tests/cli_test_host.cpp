@@ -32,6 +32,6 @@ int main(int argc, char** argv) {
     sigwait(&stop, &number);
     console.Stop();
     server.Stop();
-    std::puts("stopped");
+    
     return 0;
 }

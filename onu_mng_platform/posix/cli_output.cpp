@@ -29,7 +29,7 @@ void CliOutput::PutEndOfAnswer(int result, bool is_last) {
 void CliOutput::Put(std::string_view text, bool clean) {
     std::unique_lock<std::mutex> lock(mutex_);
     while (!text.empty() && WaitForRoom(&lock)) {
-        const size_t taken = std::min(text.size(), limit_ - waiting_.size());
+        const size_t taken = std::min(text.size(), limits_.size - waiting_.size());
         Append(text.substr(0, taken), clean);
         text.remove_prefix(taken);
     }
@@ -52,8 +52,8 @@ void CliOutput::Append(std::string_view text, bool clean) {
 
 bool CliOutput::WaitForRoom(std::unique_lock<std::mutex>* lock) {
     const Clock::time_point begin = Clock::now();
-    while (!is_broken_ && waiting_.size() >= limit_) {
-        const Clock::time_point deadline = std::max(begin, last_progress_) + kPatience;
+    while (!is_broken_ && waiting_.size() >= limits_.size) {
+        const Clock::time_point deadline = std::max(begin, last_progress_) + limits_.patience;
         is_broken_ = Clock::now() >= deadline;
         if (is_broken_) wake_->Set();
         if (!is_broken_) room_.wait_until(*lock, deadline);

@@ -12,17 +12,21 @@
 
 namespace onu_mng_platform {
 
-/// A bounded buffer. Commands put characters in, the server's task sends them. A reader who takes nothing for
-/// kPatience while the buffer is full breaks it, as does a reader who is gone and memory that is short.
+/// A bounded buffer. Commands put characters in, the server's task sends them. A reader who takes nothing for a
+/// while although the buffer is full breaks it, as does a reader who is gone and memory that is short.
 ///
 /// Thread safety: one task puts, one sends; the rest from any.
 class CliOutput {
 public:
     using Clock = std::chrono::steady_clock;
-    static constexpr std::chrono::seconds kPatience{1};
 
-    /// Holds up to twice `limit` bytes and sets `wake`, which outlives it, when there is something to send.
-    CliOutput(size_t limit, const CliEvent* wake) : limit_(limit), wake_(wake) {}
+    struct Limits {
+        size_t size = size_t{1} << 18;            ///< bytes, of which up to twice as many are kept
+        std::chrono::milliseconds patience{5000}; ///< with a reader while the buffer is full
+    };
+
+    /// Sets `wake`, which outlives it, when there is something to send.
+    CliOutput(const Limits& limits, const CliEvent* wake) : limits_(limits), wake_(wake) {}
 
     /// Appends text with its control characters but TAB, CR and LF replaced by "."; waits while the buffer is
     /// full. Once it is broken nothing is taken.
@@ -48,7 +52,7 @@ private:
     bool Refill();
     void Note(size_t sent);
 
-    const size_t limit_;
+    const Limits limits_;
     const CliEvent* const wake_;
 
     mutable std::mutex mutex_;

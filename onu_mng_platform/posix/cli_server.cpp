@@ -41,8 +41,7 @@ int WaitUntil(Clock::time_point deadline) {
 class CliServer::Loop {
 public:
     Loop(unsigned int node, const std::string& prompt, const Options& options)
-        : options_(options), settings_{node, prompt, options.log_module, options.idle_limit,
-                                       options.output_limit},
+        : options_(options), settings_{node, prompt, options.log_module, options.idle_limit, options.output},
           workers_(options.max_sessions) {
         sessions_.reserve(options.max_sessions);
         polls_.reserve(options.max_sessions + kFirstSession);

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "onu_mng_platform/posix/cli_listener.h"
+#include "onu_mng_platform/posix/cli_output.h"
 
 namespace onu_mng_platform {
 
@@ -29,7 +30,7 @@ public:
         unsigned int log_module = 0;
         std::chrono::milliseconds idle_limit{600000};
         size_t max_sessions = 32;
-        size_t output_limit = size_t{1} << 18; ///< bytes that a session keeps for its reader, twice
+        CliOutput::Limits output; ///< of each session
     };
 
     CliServer();

@@ -32,7 +32,7 @@ bool AsksForHelp(std::string_view line) {
 
 CliSession::CliSession(Descriptor socket, const std::string& user, const CliSessionSettings& settings,
                        const CliEvent* wake)
-    : socket_(std::move(socket)), settings_(settings), wake_(wake), output_(settings.output_limit, wake),
+    : socket_(std::move(socket)), settings_(settings), wake_(wake), output_(settings.output, wake),
       terminal_(vty_create(Write, this)) {
     if (terminal_ == nullptr) throw std::bad_alloc();
     terminal_->user = user;

@@ -22,7 +22,7 @@ struct CliSessionSettings {
     std::string prompt;
     unsigned int log_module = 0;
     std::chrono::milliseconds idle_limit{600000};
-    size_t output_limit = size_t{1} << 18;
+    CliOutput::Limits output;
 };
 
 /// Reads requests, has one at a time run and sends what it prints (cli_protocol.h).

@@ -19,7 +19,7 @@
 namespace onu_mng_platform {
 namespace {
 
-constexpr size_t kOutputLimit = size_t{1} << 18;
+constexpr int kKickPeriod = 100; // ms
 
 using Terminal = std::unique_ptr<vty, decltype(&vty_destroy)>;
 
@@ -61,20 +61,26 @@ public:
     ~Loop() {
         stop_.Set();
         if (!thread_.joinable()) return;
-        // A terminal that was stopped by Ctrl-S would keep the editor from ending.
-        tcflow(STDIN_FILENO, TCOOFF);
-        tcflow(STDIN_FILENO, TCOON);
+        // A terminal that is stopped by Ctrl-S would keep the editor from ending; a host that is in the background by
+        // now would itself be stopped for touching it.
+        const SignalShield shield;
+        do {
+            tcflow(STDIN_FILENO, TCOOFF);
+            tcflow(STDIN_FILENO, TCOON);
+        } while (!HasEnded());
         thread_.join();
     }
 
     bool Start() {
-        if (!HasTerminal() || !screen_.IsOpen() || !stop_.IsValid() || !wake_.IsValid()) return false;
+        if (!HasTerminal() || !screen_.IsOpen() || !stop_.IsValid() || !wake_.IsValid() || !ended_.IsValid())
+            return false;
         thread_ = StartThread("cli-console", [this] { Run(); });
         return thread_.joinable();
     }
 
 private:
     void Run();
+    bool HasEnded() const;
     bool Serve(CliEditor* editor);
     bool Execute(const std::string& line);
     void Show(CliOutput* output, const std::atomic<bool>& is_running);
@@ -87,6 +93,7 @@ private:
     const Options options_;
     const CliEvent stop_;
     const CliEvent wake_;
+    const CliEvent ended_;
     const Descriptor screen_;
     CliWorkers worker_{1};
     std::thread thread_;
@@ -104,6 +111,12 @@ void CliConsole::Loop::Run() {
         // There is no console without an editor.
     }
     if (options_.on_exit) options_.on_exit();
+    ended_.Set();
+}
+
+bool CliConsole::Loop::HasEnded() const {
+    pollfd ended{ended_.descriptor(), POLLIN, 0};
+    return poll(&ended, 1, kKickPeriod) > 0;
 }
 
 /// @return false when the operator has left, or has to.
@@ -120,7 +133,7 @@ bool CliConsole::Loop::Serve(CliEditor* editor) {
 
 /// @return false after "exit".
 bool CliConsole::Loop::Execute(const std::string& line) {
-    CliOutput output(kOutputLimit, &wake_);
+    CliOutput output({}, &wake_);
     const Terminal terminal = MakeTerminal(PutInto, &output);
     terminal->user = "console (uid " + std::to_string(getuid()) + ")";
     terminal->log_module = options_.log_module;
