@@ -1,4 +1,4 @@
-#include "onu_mng_platform/posix/futex.h"
+#include "onu_mng_platform/common/futex.h"
 
 #include <linux/futex.h>
 #include <sys/syscall.h>
@@ -26,6 +26,14 @@ void FutexWait(const std::atomic<uint32_t>& word, uint32_t expected, const times
 
 void FutexWake(const std::atomic<uint32_t>* word) {
     syscall(kFutex, word, FUTEX_WAKE | FUTEX_PRIVATE_FLAG, 1, nullptr, nullptr, 0);
+}
+
+bool FutexLock(std::atomic<uint32_t>& word) {
+    return syscall(kFutex, &word, FUTEX_LOCK_PI | FUTEX_PRIVATE_FLAG, 0, nullptr, nullptr, 0) == 0;
+}
+
+void FutexUnlock(std::atomic<uint32_t>& word) {
+    syscall(kFutex, &word, FUTEX_UNLOCK_PI | FUTEX_PRIVATE_FLAG, 0, nullptr, nullptr, 0);
 }
 
 } // namespace onu_mng_platform

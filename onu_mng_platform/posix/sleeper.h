@@ -5,7 +5,7 @@
 #include <cstdint>
 
 #include "onu_mng_platform/posix/deadline.h"
-#include "onu_mng_platform/posix/futex.h"
+#include "onu_mng_platform/common/futex.h"
 
 namespace onu_mng_platform {
 

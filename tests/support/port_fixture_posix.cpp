@@ -4,12 +4,15 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
 #include <fstream>
+#include <map>
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "onu_mng_platform/bep.h"
 #include "tests/support/port_task.h"
@@ -18,26 +21,39 @@ namespace {
 
 constexpr int kWatchdogSeconds = 100;
 
-/// Returns the state letter of a thread of this process, 'S' when it sleeps; '\0' when it is gone.
-char StateOf(const std::string& thread) {
-    std::ifstream file("/proc/self/task/" + thread + "/stat");
-    std::string line;
-    std::getline(file, line);
-    // The name before it is in parentheses and may hold any character.
-    const size_t end = line.rfind(") ");
-    return end == std::string::npos ? '\0' : line[end + 2];
+/// What the system tells of a thread: whether it sleeps, and how often it left the processor so far.
+struct ThreadState {
+    bool sleeps = false;
+    std::string switches;
+};
+bool operator==(const ThreadState& a, const ThreadState& b) {
+    return a.sleeps == b.sleeps && a.switches == b.switches;
 }
 
-bool AllOthersSleep() {
+ThreadState StateOf(const std::string& thread) {
+    std::ifstream file("/proc/self/task/" + thread + "/status");
+    ThreadState state{true, ""}; // of a thread that has just ended
+    for (std::string line; std::getline(file, line);) {
+        if (line.rfind("State:", 0) == 0) state.sleeps = line.find('S', 6) != std::string::npos;
+        if (line.find("ctxt_switches:") != std::string::npos) state.switches += line;
+    }
+    return state;
+}
+
+/// Looks at all threads but the caller's.
+std::map<std::string, ThreadState> LookAtOthers() {
     const std::string own = std::to_string(gettid());
+    std::map<std::string, ThreadState> others;
     const std::unique_ptr<DIR, int (*)(DIR*)> threads(opendir("/proc/self/task"), closedir);
     while (const dirent* const entry = readdir(threads.get())) {
         const std::string thread = entry->d_name;
-        if (thread[0] == '.' || thread == own) continue;
-        const char state = StateOf(thread);
-        if (state != 'S' && state != '\0') return false;
+        if (thread[0] != '.' && thread != own) others[thread] = StateOf(thread);
     }
-    return true;
+    return others;
+}
+
+bool AllSleep(const std::map<std::string, ThreadState>& threads) {
+    return std::all_of(threads.begin(), threads.end(), [](const auto& each) { return each.second.sleeps; });
 }
 
 } // namespace
@@ -52,9 +68,11 @@ void RunOnPort(const std::function<void()>& body) {
 void LetOthersSettle() {
     // Leaves the processor between the looks, also to threads without a real-time priority.
     constexpr timespec kMoment{0, 100'000};
-    // Twice in a row: a task that was just about to be woken is seen by the second look.
-    for (int quiet = 0; quiet < 2;) {
+    // Threads that sleep at two looks and did not run in between slept all at once.
+    for (auto before = LookAtOthers();;) {
         clock_nanosleep(CLOCK_MONOTONIC, 0, &kMoment, nullptr);
-        quiet = AllOthersSleep() ? quiet + 1 : 0;
+        auto now = LookAtOthers();
+        if (AllSleep(now) && now == before) return;
+        before = std::move(now);
     }
 }
