@@ -8,6 +8,14 @@
 
 using namespace onu_mng_platform;
 
+// On 32-bit systems with 64-bit times the calls have other names.
+#ifdef __USE_TIME_BITS64
+#define __wrap_clock_gettime __wrap___clock_gettime64
+#define __real_clock_gettime __real___clock_gettime64
+#define __wrap_nanosleep __wrap___nanosleep64
+#define __real_nanosleep __real___nanosleep64
+#endif
+
 // The linker leads every call of the library and of the program here (--wrap); what is no task of a run, and
 // what asks for another clock than the calendar's or the monotonic ones, gets the system's answer.
 extern "C" {
