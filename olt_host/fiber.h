@@ -90,6 +90,7 @@ public:
 
 private:
     struct Parcel;
+    /// The end of a PON at one ONU.
     struct Drop {
         Drop(const SerialNumber& serial, unsigned int ports) : onu(serial, ports) {}
         SimulatedOnu onu;

@@ -1,4 +1,5 @@
 #include <iostream>
+#include <new>
 
 #include "olt_host/host.h"
 #include "olt_host/options.h"
@@ -48,15 +49,21 @@ int BringUp(const Options& options) {
     const OnuTotals totals = host.Table().Totals();
     PrintOnus(std::cout, host.Table(), options.verbose > 0 || totals.onus <= kMostListed);
     PrintTotals(std::cout, totals);
+    if (options.verbose > 0) PrintLine(std::cout, host.Line().counters);
     return totals.phases[static_cast<unsigned int>(OnuPhase::kInSync)] == totals.onus ? 0 : 1;
 }
 
 } // namespace
 
 int main(int argc, char** argv) {
-    Options options;
-    if (const auto status = ReadOptions(argc, argv, options)) return *status;
-    SetLog(options.verbose);
-    if (options.replay.empty()) return BringUp(options);
-    return Replay(options.replay, {options.check_mic, options.verbose > 0}, std::cout, std::cerr);
+    try {
+        Options options;
+        if (const auto status = ReadOptions(argc, argv, options)) return *status;
+        SetLog(options.verbose);
+        if (options.replay.empty()) return BringUp(options);
+        return Replay(options.replay, {options.check_mic, options.verbose > 0}, std::cout, std::cerr);
+    } catch (const std::bad_alloc&) {
+        std::cerr << "olt_host: out of memory\n";
+        return 1;
+    }
 }

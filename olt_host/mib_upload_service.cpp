@@ -18,14 +18,14 @@ bool ReadDataSync(const OmciFrame& answer, std::uint8_t& data_sync) {
 } // namespace
 
 MibUpload::MibUpload(const ServiceGround& service_ground) : Procedure(kMibUploadModule, service_ground) {
-    using S = Step<MibUpload>;
-    const unsigned long limit_s = ground.times.limit_s;
-    RegisterEnds();
-    RegisterState(new S(kAudit, limit_s, &MibUpload::AskDataSync, &MibUpload::TakeAudit));
-    RegisterState(new S(kReset, limit_s, &MibUpload::AskReset, &MibUpload::TakeReset));
-    RegisterState(new S(kUpload, limit_s, &MibUpload::AskUpload, &MibUpload::TakeUpload));
-    RegisterState(new S(kNext, limit_s, &MibUpload::AskNext, &MibUpload::TakeNext));
-    RegisterState(new S(kVerify, limit_s, &MibUpload::AskDataSync, &MibUpload::TakeVerify));
+    const auto add = [this](State state, Step<MibUpload>::AskHook ask, Step<MibUpload>::TakeHook take) {
+        AddState(std::make_unique<Step<MibUpload>>(state, ground.times.limit_s, ask, take));
+    };
+    add(kAudit, &MibUpload::AskDataSync, &MibUpload::TakeAudit);
+    add(kReset, &MibUpload::AskReset, &MibUpload::TakeReset);
+    add(kUpload, &MibUpload::AskUpload, &MibUpload::TakeUpload);
+    add(kNext, &MibUpload::AskNext, &MibUpload::TakeNext);
+    add(kVerify, &MibUpload::AskDataSync, &MibUpload::TakeVerify);
 }
 
 unsigned int MibUpload::Prepare() {

@@ -18,10 +18,9 @@ bool AnyBit(const char* bitmap) {
 } // namespace
 
 AlarmSync::AlarmSync(const ServiceGround& service_ground) : Procedure(kNotificationModule, service_ground) {
-    using S = Step<AlarmSync>;
-    RegisterEnds();
-    RegisterState(new S(kAll, ground.times.limit_s, &AlarmSync::AskAll, &AlarmSync::TakeAll));
-    RegisterState(new S(kNext, ground.times.limit_s, &AlarmSync::AskNext, &AlarmSync::TakeNext));
+    const unsigned long limit_s = ground.times.limit_s;
+    AddState(std::make_unique<Step<AlarmSync>>(kAll, limit_s, &AlarmSync::AskAll, &AlarmSync::TakeAll));
+    AddState(std::make_unique<Step<AlarmSync>>(kNext, limit_s, &AlarmSync::AskNext, &AlarmSync::TakeNext));
 }
 
 unsigned int AlarmSync::Prepare() {

@@ -48,7 +48,7 @@ protected:
     virtual bool Claims(const OmciFrame& frame) const = 0;
     /// Whether an ONU needs a procedure now. Under the table's lock.
     virtual bool Wants(const OnuStatus& status) const = 0;
-    /// A procedure begins, so that the service wants none any more; under the table's lock.
+    /// A procedure begins; under the table's lock.
     virtual void OnBegin(OnuStatus& status) = 0;
     /// A procedure has ended, by itself or by the supervision.
     virtual void OnEnd(Procedure& procedure) = 0;

@@ -114,7 +114,8 @@ std::optional<int> ReadOptions(int argc, char** argv, Options& options) {
     AddFaults(app, options);
     AddReplay(app, options);
     app.add_flag("-v,--verbose", options.verbose,
-                 "list every ONU or frame, and log warnings; twice: trace the state machines of every ONU");
+                 "list every ONU or frame, count what happened on the PONs, and log warnings; twice: trace "
+                 "the state machines of every ONU");
     try {
         app.parse(argc, argv);
         CheckMute(options);

@@ -1,5 +1,7 @@
 #include "olt_host/procedure.h"
 
+#include <new>
+
 namespace olt_host {
 
 /// Leads to the first step at once.
@@ -32,12 +34,15 @@ public:
 };
 
 Procedure::Procedure(unsigned int service, const ServiceGround& service_ground)
-    : StateContext(service), ground(service_ground) {}
+    : StateContext(service), ground(service_ground) {
+    AddState(std::make_unique<Start>(ground.times.limit_s));
+    AddState(std::make_unique<Success>());
+    AddState(std::make_unique<ServiceState>(STATE_FAIL)); // does nothing and frees the context
+}
 
-void Procedure::RegisterEnds() {
-    RegisterState(new Start(ground.times.limit_s));
-    RegisterState(new Success);
-    RegisterState(new ServiceState(STATE_FAIL, ground.times.limit_s)); // does nothing and frees the context
+void Procedure::AddState(std::unique_ptr<ServiceState> state) {
+    if (RegisterState(state.get()) != ONU_MNG_OK) throw std::bad_alloc();
+    state.release();
 }
 
 bool Procedure::Begin(unsigned int onu_index, OnuKey onu, OmciChannel& onu_channel) {

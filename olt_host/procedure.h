@@ -3,6 +3,7 @@
 #define OLT_HOST_PROCEDURE_H
 
 #include <atomic>
+#include <memory>
 
 #include "olt_host/omci_channel.h"
 #include "olt_host/omci_frame.h"
@@ -18,9 +19,11 @@ namespace olt_host {
 /// The service's task has a procedure to itself but for the supervision, which may end it at any moment and
 /// meanwhile touches only what `StateContext` guards: no hook that the supervision runs reads or writes the
 /// fields here. The service finds out by `occupied`.
+///
+/// INIT, SUCC and FAIL are there from the start; a derived class adds a `Step` for each thing it asks.
 class Procedure : public StateContext {
 public:
-    /// `ground` outlives the procedure.
+    /// `service_ground` outlives the procedure.
     Procedure(unsigned int service, const ServiceGround& service_ground);
 
     /// Starts the procedure, which is not under way, for an ONU whose channel the caller has acquired.
@@ -63,8 +66,8 @@ public:
     unsigned int resent = 0;
 
 protected:
-    /// Registers INIT, which leads to `first`, SUCC and FAIL; the steps come on top.
-    void RegisterEnds();
+    /// Takes a state over. Throws std::bad_alloc.
+    void AddState(std::unique_ptr<ServiceState> state);
     /// Prepares a new run and gives the state after INIT.
     virtual unsigned int Prepare() = 0;
 

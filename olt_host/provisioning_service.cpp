@@ -67,10 +67,9 @@ unsigned int WriteValues(const Planned& planned, unsigned short onu_id, char* ou
 
 Provisioning::Provisioning(const ServiceGround& service_ground)
     : Procedure(kProvisioningModule, service_ground) {
-    RegisterEnds();
-    for (const unsigned int state : {kCreate, kSet, kGet})
-        RegisterState(new Step<Provisioning>(state, ground.times.limit_s, &Provisioning::AskPlanned,
-                                             &Provisioning::TakePlanned));
+    for (const State state : {kCreate, kSet, kGet})
+        AddState(std::make_unique<Step<Provisioning>>(state, ground.times.limit_s, &Provisioning::AskPlanned,
+                                                      &Provisioning::TakePlanned));
 }
 
 unsigned int Provisioning::Prepare() {

@@ -5,6 +5,7 @@
 #include <ostream>
 #include <string>
 
+#include "olt_host/fiber.h"
 #include "olt_host/onu_table.h"
 
 namespace olt_host {
@@ -12,11 +13,18 @@ namespace olt_host {
 /// "in sync", "failed: no answer"
 std::string StateText(const OnuStatus& status);
 
+/// The columns of an ONU's row, and the row; without a line end.
+std::string OnuHeader();
+std::string OnuRow(const OnuStatus& status);
+
 /// A row for each ONU, or only for those that are not in sync.
 void PrintOnus(std::ostream& out, const OnuTable& table, bool all);
 
 /// How many ONUs are in which state, and what it took.
 void PrintTotals(std::ostream& out, const OnuTotals& totals);
+
+/// What happened to the frames on their way.
+void PrintLine(std::ostream& out, const FiberCounters& counters);
 
 } // namespace olt_host
 
