@@ -2,7 +2,6 @@
 
 #include <cstdio>
 #include <fstream>
-#include <regex>
 #include <sstream>
 #include <string>
 
@@ -159,9 +158,9 @@ TEST(OltHostRecording, IsClassifiedToTheLastLine) {
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(outcome.err, std::string(OMCI_FRAMES_FILE) + ":516: wrong trailer\n");
     const auto number = [&outcome](const std::string& what) -> unsigned long {
-        std::smatch found;
-        const std::regex form("(?:^|\\n) *([0-9]+)  " + what + "\\n");
-        return std::regex_search(outcome.out, found, form) ? std::stoul(found.str(1)) : 0;
+        const std::size_t end = outcome.out.find("  " + what + '\n');
+        if (end == std::string::npos) return 0;
+        return std::stoul(outcome.out.substr(outcome.out.rfind('\n', end) + 1));
     };
     const unsigned long malformed = number("wrong trailer");
     const unsigned long taken =
