@@ -195,14 +195,20 @@ extern "C" void bep_taskUnsafeEx() {
     Sleeper::Current().Unprotect();
 }
 
-// Every call of nanosleep() in the executable comes here, by the linker's --wrap: the system's own could not
-// be ended. Code of the same executable keeps the system's function for threads that are no tasks.
-extern "C" int __real_nanosleep(const timespec* duration, timespec* rest);
+// Every call of nanosleep() in the executable comes here, by the linker's --wrap: the system's own could not be
+// ended. Threads that are no tasks go on to the system's. Where time_t is wider than it once was, the C library
+// has another name for the function.
+#if defined(__USE_TIME_BITS64) && defined(__TIMESIZE) && __TIMESIZE == 32
+extern "C" int RealNanosleep(const timespec* duration, timespec* rest) __asm__("__real___nanosleep64");
+extern "C" int WrapNanosleep(const timespec* duration, timespec* rest) __asm__("__wrap___nanosleep64");
+#else
+extern "C" int RealNanosleep(const timespec* duration, timespec* rest) __asm__("__real_nanosleep");
+extern "C" int WrapNanosleep(const timespec* duration, timespec* rest) __asm__("__wrap_nanosleep");
+#endif
 
-extern "C" int __wrap_nanosleep(const timespec* duration, timespec* rest) {
+extern "C" int WrapNanosleep(const timespec* duration, timespec* rest) {
     Sleeper& self = Sleeper::Current();
-    if (!self.IsTask() || duration == nullptr || !IsDuration(*duration))
-        return __real_nanosleep(duration, rest);
+    if (!self.IsTask() || duration == nullptr || !IsDuration(*duration)) return RealNanosleep(duration, rest);
     self.Delay(Deadline::After(*duration));
     return 0;
 }
