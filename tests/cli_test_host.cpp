@@ -32,6 +32,6 @@ int main(int argc, char** argv) {
     sigwait(&stop, &number);
     console.Stop();
     server.Stop();
-    
+
     return 0;
 }

@@ -4,8 +4,8 @@
 #include <atomic>
 #include <cstdint>
 
-#include "onu_mng_platform/posix/deadline.h"
 #include "onu_mng_platform/common/futex.h"
+#include "onu_mng_platform/posix/deadline.h"
 
 namespace onu_mng_platform {
 
