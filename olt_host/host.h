@@ -52,6 +52,7 @@ private:
 
     const HostOptions options;
     std::atomic<Tick> now{0};
+    WorkFlags told{};
     OnuTable table;
     std::vector<OmciChannel> channels; ///< by the index of the table
     Fiber fiber;

@@ -18,10 +18,11 @@ enum ModuleType : unsigned int {
 enum MessageType : unsigned int {
     kMsgFrame = 0,       ///< an OMCI frame from the ONU; its first 40 bytes
     kMsgTick = 0x100,    ///< time has gone on; any byte
-    kMsgWork = 0x200,    ///< the ONU may need a procedure of the module; any byte
+    kMsgWork = 0x200,    ///< an ONU may need a procedure of the module; any byte
     kMsgBarrier = 0x300, ///< everything queued before has been handled; any byte
 };
 constexpr unsigned int kModuleBits = 0xFF;
+constexpr unsigned int kModules = 5; ///< one more than the highest module type
 
 constexpr unsigned int MessageFor(MessageType type, unsigned int module) {
     return type | module;

@@ -151,7 +151,7 @@ void MibUploadService::EndAudit(const MibUpload& audit) {
         status.attempts = 0;
         status.due = ground.now + audit_period;
     });
-    if (audit.succeeded) Hand(audit.index, kNotificationModule);
+    if (audit.succeeded) Tell(kNotificationModule);
 }
 
 void MibUploadService::EndUpload(MibUpload& upload) {
@@ -163,7 +163,7 @@ void MibUploadService::EndUpload(MibUpload& upload) {
         status.rows = rows;
         status.data_sync = 0;
     });
-    if (upload.succeeded) Hand(upload.index, kProvisioningModule);
+    if (upload.succeeded) Tell(kProvisioningModule);
 }
 
 } // namespace olt_host

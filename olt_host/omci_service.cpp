@@ -58,7 +58,8 @@ unsigned int OmciService::HandleMsg(unsigned int msg_type, unsigned short pon_no
         TakeTick();
         break;
     case kMsgWork:
-        Consider({pon_no, onu_id});
+        ground.told[mod_type] = false; // before looking: what comes now is told again
+        looked_at = 0;
         break;
     case kMsgBarrier:
         drained.Signal();
@@ -95,6 +96,7 @@ void OmciService::TakeAnswer(OnuKey onu, unsigned int index, char* data, unsigne
 }
 
 void OmciService::TakeTick() {
+    ground.told[mod_type] = false; // the message may have been lost
     looked_at = 0;
     for (std::size_t next = active.size(); next-- > 0;) { // backwards, since those that end leave the list
         active[next]->Tend();
@@ -153,10 +155,11 @@ void OmciService::NoteEnd(const Procedure& procedure, OnuPhase phase, OnuStatus&
     status.due = ground.now + PauseAfter(status.attempts, retry);
 }
 
-void OmciService::Hand(unsigned int index, ModuleType to) const {
-    const OnuKey onu = ground.table.KeyOf(index);
+void OmciService::Tell(ModuleType service) const {
+    if (ground.told[service].exchange(true)) return;
     char nothing = 0;
-    onu_mng_module_send_msg(mod_type, MessageFor(kMsgWork, to), onu.pon_no, onu.onu_id, &nothing, 1);
+    if (onu_mng_module_send_msg(mod_type, MessageFor(kMsgWork, service), 0, 0, &nothing, 1) != ONU_MNG_OK)
+        ground.told[service] = false;
 }
 
 bool OmciService::Drain(unsigned int seconds) {

@@ -18,8 +18,8 @@ namespace olt_host {
 /// A module that runs procedures against ONUs, one task for all of them.
 ///
 /// It begins a procedure for each ONU whose status says that it needs one, as long as it has free procedures:
-/// it goes through the table at every tick, and looks at one ONU when a message asks it to. So a message that
-/// is lost costs time and nothing else.
+/// it goes through the table at every tick and when another service tells it to. So a message that is lost
+/// costs time and nothing else.
 class OmciService : public ServiceModule {
 public:
     ~OmciService() override;
@@ -55,8 +55,8 @@ protected:
     virtual void OnNotification(unsigned int, const OmciFrame&) {}
 
     void AddProcedure(std::unique_ptr<Procedure> procedure);
-    /// Tells another service to look at an ONU.
-    void Hand(unsigned int index, ModuleType to) const;
+    /// Tells another service that there may be work for it.
+    void Tell(ModuleType service) const;
     /// Puts the end of a procedure of the bring-up into the status; `phase` is where a success leads.
     void NoteEnd(const Procedure& procedure, OnuPhase phase, OnuStatus& status) const;
 
@@ -77,7 +77,7 @@ private:
     std::vector<Procedure*> idle;
     std::vector<Procedure*> active;
     std::vector<Procedure*> of_onu; ///< the active procedure of each ONU, or null
-    unsigned int looked_at = 0;     ///< ONUs that were looked at since the last tick
+    unsigned int looked_at = 0;     ///< ONUs looked at since the last tick or call
     std::atomic<unsigned long> frames{0};
     std::atomic<unsigned long> strays{0};
     std::atomic<unsigned int> active_count{0};

@@ -138,7 +138,7 @@ void ProvisioningService::OnEnd(Procedure& procedure) {
         NoteEnd(procedure, OnuPhase::kProvisioned, status);
         status.data_sync = provisioning.changes;
     });
-    if (procedure.succeeded) Hand(procedure.index, kMibUploadModule);
+    if (procedure.succeeded) Tell(kMibUploadModule);
 }
 
 } // namespace olt_host

@@ -69,6 +69,7 @@ private:
     std::ostream& out;
     std::ostream& err;
     const std::atomic<Tick> now{0};
+    WorkFlags told{};
     NoLink link;
     OnuTable table{1, 1};
     std::vector<OmciChannel> channels{1};
@@ -79,7 +80,8 @@ private:
 
 bool Player::Start() {
     const unsigned int no_procedures = 0;
-    const ServiceGround ground{table, channels, link, now, kQueueLength, no_procedures, {1, 1, 1}, {1, 1, 1}};
+    const ServiceGround ground{table,        channels,      link,      now,      told,
+                               kQueueLength, no_procedures, {1, 1, 1}, {1, 1, 1}};
     return rack.Initialise(1, 1, kSupervisionSeconds) &&
            rack.Add(std::make_unique<MibUploadService>(ground, 0)) &&
            rack.Add(std::make_unique<ProvisioningService>(ground)) &&

@@ -2,9 +2,11 @@
 #ifndef OLT_HOST_SERVICE_GROUND_H
 #define OLT_HOST_SERVICE_GROUND_H
 
+#include <array>
 #include <atomic>
 #include <vector>
 
+#include "olt_host/messages.h"
 #include "olt_host/omci_channel.h"
 #include "olt_host/onu_table.h"
 
@@ -25,12 +27,17 @@ struct RetryPolicy {
     Tick longest_pause;
 };
 
+/// Services that were told to look for work and have not looked yet, by module type: however many ONUs come to a
+/// service at a time, one message of its queue is taken by it.
+using WorkFlags = std::array<std::atomic<bool>, kModules>;
+
 /// Outlives the services.
 struct ServiceGround {
     OnuTable& table;
     std::vector<OmciChannel>& channels; ///< by the index of the table
     OmciLink& link;
     const std::atomic<Tick>& now;
+    WorkFlags& told;
     unsigned int queue_length; ///< of each service's queue, in messages
     unsigned int window;       ///< procedures that a service has under way at a time
     RequestTimes times;

@@ -297,7 +297,8 @@ TEST(SimOltHost, FreesAContextThatNobodyTends) {
         std::vector<OmciChannel> channels(1);
         SilentLink link;
         const std::atomic<Tick> now{0};
-        const ServiceGround ground{table, channels, link, now, 16, 1, {30, 3, 11}, {1, 1, 1}};
+        WorkFlags told{};
+        const ServiceGround ground{table, channels, link, now, told, 16, 1, {30, 3, 11}, {1, 1, 1}};
         MibUpload upload(ground);
         board.Sleep(100s);
         ASSERT_EQ(upload.Alloc(1, 1, nullptr, 0), ONU_MNG_OK);
