@@ -20,7 +20,7 @@ constexpr std::size_t kMostLate = 4096;
 
 } // namespace
 
-/// What the queue carries: a frame, or a tick.
+/// What the queue carries.
 struct Fiber::Parcel {
     OnuKey onu; ///< PON 0: time has gone on
     OmciFrame frame;
@@ -54,16 +54,15 @@ void Fiber::Send(OnuKey onu, const OmciFrame& frame) {
 
 void Fiber::Advance() {
     Parcel parcel{{0, 0}, {}};
-    queue.SendMsg(reinterpret_cast<char*>(&parcel), sizeof parcel,
-                  kNoWait); // a lost one: the next says as much
+    queue.SendMsg(reinterpret_cast<char*>(&parcel), sizeof parcel, kNoWait); // lost, the next says as much
 }
 
 void Fiber::Run() {
     for (;;) {
         Parcel parcel;
-        if (queue.RecvMsg(reinterpret_cast<char*>(&parcel), sizeof parcel, kForEver) != sizeof parcel)
-            continue;
-        if (parcel.onu.pon_no == 0) {
+        if (queue.RecvMsg(reinterpret_cast<char*>(&parcel), sizeof parcel, kForEver) != sizeof parcel) {
+            Clock::Delay(kRetryMs); // so that a broken queue does not make it spin
+        } else if (parcel.onu.pon_no == 0) {
             LetTimePass();
         } else {
             CarryDown(parcel.onu, parcel.frame);

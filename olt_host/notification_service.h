@@ -30,8 +30,8 @@ private:
     unsigned int entities = 0;
 };
 
-/// Keeps the alarms of each ONU, asks for all of them after a gap in their sequence, and counts attribute
-/// value changes.
+/// Keeps the alarms of each ONU, asks for all of them after an audit and after a gap in their sequence, and
+/// counts attribute value changes.
 ///
 /// Takes all notifications and the answers to get all alarms and its next.
 class NotificationService : public OmciService {

@@ -8,6 +8,7 @@
 #include <map>
 #include <random>
 #include <string>
+#include <utility>
 
 #include "olt_host/host.h"
 #include "olt_host/mib_upload_service.h"
@@ -34,7 +35,7 @@ public:
     explicit OneInFlight(const Simulation& simulation) : board(simulation) {}
 
     void OnSend(OnuKey onu, const OmciFrame& frame) override {
-        Transaction& last = of_onu[onu.pon_no << 16 | onu.onu_id];
+        Transaction& last = of_onu[{onu.pon_no, onu.onu_id}];
         EXPECT_TRUE(!last.in_flight || board.Now() - last.sent >= kTimeout)
             << "ONU " << onu.pon_no << '/' << onu.onu_id << ": " << Describe(last.frame)
             << " is in flight, and now " << Describe(frame);
@@ -47,7 +48,7 @@ public:
     }
 
     void OnReceive(OnuKey onu, const OmciFrame& frame) override {
-        Transaction& last = of_onu[onu.pon_no << 16 | onu.onu_id];
+        Transaction& last = of_onu[{onu.pon_no, onu.onu_id}];
         if (frame.Kind() == FrameKind::kAnswer && frame.Tid() == last.frame.Tid()) last.in_flight = false;
     }
 
@@ -62,7 +63,7 @@ private:
     };
 
     const Simulation& board;
-    std::map<unsigned int, Transaction> of_onu;
+    std::map<std::pair<unsigned int, unsigned int>, Transaction> of_onu;
 };
 
 void Impair(Impairments& impairments, std::mt19937_64& random) {
