@@ -239,8 +239,9 @@ TEST(VirtualTime, EndsEachWaitAtItsOwnDeadline) {
             };
             for (const int ticks : {0, 1, 250, 3000}) {
                 board.Spawn("waiter", [&, ticks] {
-                    expect(ticks, Receive(empty, ticks) == 0, board.Now());
                     SimTime since = board.Now();
+                    expect(ticks, Receive(empty, ticks) == 0, since);
+                    since = board.Now();
                     expect(ticks, Send(full, ticks, ticks) == 0, since);
                     since = board.Now();
                     expect(ticks, Take(taken, ticks) == 0, since);
@@ -485,7 +486,12 @@ std::vector<Failing> FailingCalls() {
         {SimFault::kTaskSpawn, [] { return SpawnTask("task", Service([] {})) != 0; }},
         {SimFault::kPoolCreate, [] { return (pool = mpuCreate("failing", 4096, 1, 0)) >= 0; }},
         {SimFault::kPoolAlloc, [] { return mpuFree(mpuAlloc_(pool, 16, __FILE__, __LINE__)) == 0; }},
-        {SimFault::kNew, [] { return std::unique_ptr<int>(new (std::nothrow) int(1)) != nullptr; }},
+        {SimFault::kNew,
+         [] {
+             void* const block = ::operator new(16, std::nothrow);
+             ::operator delete(block);
+             return block != nullptr;
+         }},
     };
 }
 

@@ -20,7 +20,8 @@ void Blocks::Begin() {
 }
 
 std::int64_t Blocks::PoolNumber(int pool_id) const {
-    return pool_id < old_pools ? -1 - pool_id : pool_id - old_pools + 1;
+    const std::int64_t number = pool_id;
+    return number < old_pools ? -1 - number : number - old_pools + 1;
 }
 
 std::int64_t Blocks::Number(const void* block) const {
