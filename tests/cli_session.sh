@@ -5,7 +5,7 @@ if ! command -v expect > /dev/null; then
     echo "skipped: expect is not installed"
     exit 77
 fi
-if ! expect -c 'spawn true' > /dev/null 2>&1; then
+if ! expect -c 'if {[catch {spawn true}]} {exit 1}' > /dev/null 2>&1; then
     echo "skipped: the system has no terminals to give"
     exit 77
 fi
