@@ -21,6 +21,17 @@ if(TARGET olt_host_core)
   olt_host_test(olt_host_replay_test posix)
   olt_host_test(olt_host_services_test sim)
   olt_host_test(sim_olt_host_test sim)
+
+  # The same program where minutes take no time.
+  add_executable(olt_host_on_sim $<TARGET_OBJECTS:olt_host_main>)
+  target_link_libraries(olt_host_on_sim PRIVATE olt_host_core onu_mng_lib onu_mng_platform_sim_main)
+  program_test(olt_host_mute_onu 1 "^  2   1  failed: no answer .* 1       2 " olt_host_on_sim --mute 2/1)
+  program_test(olt_host_gives_up_waiting 1 "^8 ONUs: 1 uploading, 7 in sync; " olt_host_on_sim --mute 2/1 --limit 3)
+  program_test(olt_host_bad_line 0 "^256 ONUs: 256 in sync; "
+               olt_host_on_sim --pons 2 --onus 128 --loss 3 --corrupt 1 --duplicate 10 --delay 10 --link 60
+               --attempts 0 --limit 3600)
+  program_test(olt_host_short_queues 0 "^256 ONUs: 256 in sync; .* [1-9][0-9]* sent again"
+               olt_host_on_sim --pons 2 --onus 128 --queue 16 --attempts 0)
 endif()
 if(TARGET olt_host AND ONU_MNG_PLATFORM STREQUAL "posix")
   program_test(olt_host_demo 0 "^8 ONUs: 8 in sync; " olt_host)
