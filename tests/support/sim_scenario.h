@@ -23,7 +23,7 @@ namespace sim_scenario {
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) ||                                         \
     ONU_MNG_HAS_FEATURE(address_sanitizer) || ONU_MNG_HAS_FEATURE(thread_sanitizer)
-constexpr std::uint64_t kDefaultSeeds = 50; ///< a copy of a process takes long there
+constexpr std::uint64_t kDefaultSeeds = 100; ///< a copy of a process takes long there
 #else
 constexpr std::uint64_t kDefaultSeeds = 1000;
 #endif
