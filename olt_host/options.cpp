@@ -54,7 +54,7 @@ void AddSizes(CLI::App& app, HostOptions& host) {
 
 void AddTimes(CLI::App& app, Options& options) {
     Number(app, "--supervision", options.host.supervision_s, 1, kDay,
-           "seconds between two rounds of the state machines' supervision, the first after 30");
+           "seconds between two rounds of the state machines' supervision; the first may come after 30");
     Number(app, "--attempts", options.host.attempts, 0, 1000,
            "bring-ups of an ONU before it is given up, 0: no limit");
     Number(app, "--audit", options.host.audit_s, 0, kDay,
