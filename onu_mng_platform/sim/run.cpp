@@ -97,8 +97,9 @@ void SimRun::End() {
 }
 
 const SimResult& SimRun::Run(const std::function<void()>& body) {
-    if (CurrentTask() != nullptr || Board::Instance().run != nullptr || scheduler.Calls() != 0) {
-        result.report = "a run goes on already, or this one is over";
+    if (result.outcome != SimOutcome::kNotStarted) return result;
+    if (Board::Instance().run != nullptr) {
+        result.report = "a run goes on already";
         return result;
     }
     Begin();

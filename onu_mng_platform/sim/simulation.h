@@ -123,6 +123,7 @@ public:
     /// Runs `body` as the host's start-up task ("host") until it and all host tasks have ended and all is
     /// quiet: each task that is left sleeps, waits with a limit, waits for its queue, waits to be deleted, or
     /// was named to `MayIdle`. Any other wait without limit must come to its end.
+    /// A second call does nothing.
     const SimResult& Run(const std::function<void()>& body);
     const SimResult& Result() const;
 
