@@ -8,6 +8,7 @@
 #include "onu_mng_platform/mpu.h"
 #include "tests/support/log_lines.h"
 #include "tests/support/pool_blocks.h"
+#include "tests/support/port_calls.h"
 #include "tests/support/port_fixture.h"
 #include "tests/support/port_task.h"
 #include "tests/support/seeded.h"
@@ -29,13 +30,13 @@ TEST(PlatformPool, UsesTheStocksOfOtherTasksBeforeItRefuses) {
         const int pool = mpuCreate("stocked", kSize, 1, 0);
         const std::vector<void*> all = TakeAll(pool, 64);
         // The blocks come back through tasks that stay and through tasks that end.
-        const uint32_t leave = bep_semBCreateEx(2, 0, __FILE__, __LINE__);
+        const uint32_t leave = NewSemaphore(false);
         std::vector<std::unique_ptr<PortTask>> tasks;
         for (size_t first = 0; first < 8; ++first) {
             tasks.push_back(std::make_unique<PortTask>("returning", [&, first] {
                 for (size_t i = first; i < all.size(); i += 8)
                     mpuFree(all[i]);
-                if (first % 2 == 0) bep_semTakeEx(leave, -1, __FILE__, __LINE__);
+                if (first % 2 == 0) TakeSemaphore(leave);
             }));
         }
         LetOthersSettle();
@@ -61,15 +62,14 @@ TEST(PlatformPool, CountsTheExactPeakOfAllTasks) {
         constexpr size_t kTasks = 5;
         constexpr size_t kBlocks = 40;
         const int pool = mpuCreate("peak", kSize, 1, 0);
-        const uint32_t queue = bep_msgQCreateEx(kTasks * kBlocks, sizeof(void*), 0, __FILE__, __LINE__);
+        const uint32_t queue = NewQueue(kTasks * kBlocks, sizeof(void*));
         for (int round = 0; round < 3; ++round) {
             std::vector<std::unique_ptr<PortTask>> tasks;
             for (size_t i = 0; i < kTasks; ++i) {
                 tasks.push_back(std::make_unique<PortTask>("holding", [&] {
                     for (size_t n = 0; n < kBlocks; ++n) {
                         void* const block = Take(pool, 16);
-                        bep_msgQSendEx(queue, reinterpret_cast<const char*>(&block), sizeof(block), -1, 1,
-                                       __FILE__, __LINE__);
+                        SendThing(queue, block);
                     }
                 }));
             }
@@ -78,8 +78,7 @@ TEST(PlatformPool, CountsTheExactPeakOfAllTasks) {
             EXPECT_EQ(StatOf(pool).used, kTasks * kBlocks * 16);
             // The main task returns what the others took, so that allowances of all kinds are about.
             void* block = nullptr;
-            while (bep_msgQReceiveEx(queue, reinterpret_cast<char*>(&block), sizeof(block), 0, __FILE__,
-                                     __LINE__) > 0) {
+            while (ReceiveThing(queue, &block, 0)) {
                 EXPECT_EQ(mpuFree(block), 0);
             }
             EXPECT_EQ(StatOf(pool).used, 0u);
@@ -103,14 +102,12 @@ void Trade(int pool, uint32_t queue, Seeded random, unsigned long* taken) {
         Block block = Block::Take(pool, 1 + random.Below(160), random.Byte());
         if (block.address != nullptr) {
             ++*taken;
-            if (random.Below(2) == 0 || bep_msgQSendEx(queue, reinterpret_cast<const char*>(&block),
-                                                       sizeof(block), 0, 1, __FILE__, __LINE__) != 0) {
+            if (random.Below(2) == 0 || !SendThing(queue, block, 0)) {
                 EXPECT_TRUE(block.IsIntact());
                 EXPECT_EQ(mpuFree(block.address), 0);
             }
         }
-        if (bep_msgQReceiveEx(queue, reinterpret_cast<char*>(&block), sizeof(block), 0, __FILE__, __LINE__) >
-            0) {
+        if (ReceiveThing(queue, &block, 0)) {
             EXPECT_TRUE(block.IsIntact());
             EXPECT_EQ(mpuFree(block.address), 0);
         }
@@ -121,7 +118,7 @@ TEST(PlatformPool, ServesManyTasksAtOnce) {
     RunOnPort([] {
         Seeded seeds;
         const int pool = mpuCreate("traded", kSmall, 1, 0); // runs out all the time
-        const uint32_t queue = bep_msgQCreateEx(60, sizeof(Block), 0, __FILE__, __LINE__);
+        const uint32_t queue = NewQueue(60, sizeof(Block));
         unsigned long taken[4] = {};
         std::vector<std::unique_ptr<PortTask>> tasks;
         for (unsigned long& count : taken) {
@@ -135,8 +132,7 @@ TEST(PlatformPool, ServesManyTasksAtOnce) {
             task->WaitUntilDone();
         tasks.clear();
         Block block;
-        while (bep_msgQReceiveEx(queue, reinterpret_cast<char*>(&block), sizeof(block), 0, __FILE__,
-                                 __LINE__) > 0) {
+        while (ReceiveThing(queue, &block, 0)) {
             EXPECT_EQ(mpuFree(block.address), 0);
         }
         const mpu_stat stat = StatOf(pool);

@@ -2,51 +2,27 @@
 #include <gtest/gtest.h>
 
 #include <climits>
-#include <cstring>
-#include <ctime>
 #include <deque>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "onu_mng_platform/bep.h"
+#include "tests/support/port_calls.h"
 #include "tests/support/port_fixture.h"
 #include "tests/support/port_task.h"
 #include "tests/support/seeded.h"
 
 namespace {
 
-uint32_t Create(int max_msgs, int msg_size) {
-    return bep_msgQCreateEx(max_msgs, msg_size, 0, __FILE__, __LINE__);
-}
-
-int Send(uint32_t queue, const std::string& text, int ticks = 0) {
-    return bep_msgQSendEx(queue, text.data(), static_cast<unsigned int>(text.size()), ticks, 1, __FILE__,
-                          __LINE__);
-}
-
-/// Returns what was received; nothing when nothing was.
-std::optional<std::string> Receive(uint32_t queue, int ticks = 0, unsigned int room = 64) {
-    char buffer[64];
-    const int size = bep_msgQReceiveEx(queue, buffer, room, ticks, __FILE__, __LINE__);
-    if (size < 0) return std::nullopt;
-    return std::string(buffer, static_cast<size_t>(size));
-}
-
-double Now() {
-    timespec now{};
-    clock_gettime(CLOCK_MONOTONIC, &now);
-    return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
-}
-
 TEST(PlatformQueue, RefusesWhatItCannotCreate) {
     RunOnPort([] {
-        EXPECT_EQ(Create(0, 8), 0u);
-        EXPECT_EQ(Create(8, 0), 0u);
-        EXPECT_EQ(Create(-1, 8), 0u);
-        EXPECT_EQ(Create(8, -1), 0u);
-        EXPECT_EQ(Create(INT_MAX, INT_MAX), 0u);
-        const uint32_t queue = Create(1, 1);
+        EXPECT_EQ(NewQueue(0, 8), 0u);
+        EXPECT_EQ(NewQueue(8, 0), 0u);
+        EXPECT_EQ(NewQueue(-1, 8), 0u);
+        EXPECT_EQ(NewQueue(8, -1), 0u);
+        EXPECT_EQ(NewQueue(INT_MAX, INT_MAX), 0u);
+        const uint32_t queue = NewQueue(1, 1);
         EXPECT_NE(queue, 0u);
         EXPECT_EQ(bep_msgQDeleteEx(queue), 0);
     });
@@ -54,7 +30,7 @@ TEST(PlatformQueue, RefusesWhatItCannotCreate) {
 
 TEST(PlatformQueue, RefusesBadMessagesAndCutsLongOnes) {
     RunOnPort([] {
-        const uint32_t queue = Create(2, 4);
+        const uint32_t queue = NewQueue(2, 4);
         char byte = 0;
         EXPECT_EQ(Send(queue, ""), -1);
         EXPECT_EQ(Send(queue, "12345"), -1);
@@ -110,7 +86,7 @@ TEST(PlatformQueue, FollowsAModelThroughRandomOperations) {
                 ModelQueue queue;
                 queue.capacity = 1 + random.Below(8);
                 queue.message_size = 1 + random.Below(9);
-                queue.id = Create(static_cast<int>(queue.capacity), static_cast<int>(queue.message_size));
+                queue.id = NewQueue(static_cast<int>(queue.capacity), static_cast<int>(queue.message_size));
                 ASSERT_NE(queue.id, 0u);
                 alive.push_back(queue);
             } else if (what == 1) {
@@ -132,7 +108,7 @@ TEST(PlatformQueue, FollowsAModelThroughRandomOperations) {
 
 TEST(PlatformQueue, WaitsAsLongAsAskedButNoLess) {
     RunOnPort([] {
-        const uint32_t queue = Create(1, 1);
+        const uint32_t queue = NewQueue(1, 1);
         const int ticks = bep_sysClkRateGetEx() / 20;
         double start = Now();
         EXPECT_EQ(Receive(queue, ticks), std::nullopt);
@@ -149,7 +125,7 @@ TEST(PlatformQueue, WaitsAsLongAsAskedButNoLess) {
 
 TEST(PlatformQueue, WakesWhoWaits) {
     RunOnPort([] {
-        const uint32_t queue = Create(1, 8);
+        const uint32_t queue = NewQueue(1, 8);
         std::optional<std::string> received;
         PortTask receiver("receiver", [&] { received = Receive(queue, -1); });
         LetOthersSettle();
@@ -175,7 +151,7 @@ TEST(PlatformQueue, WakesWhoWaits) {
 TEST(PlatformQueue, LosesNoMessageWithADeletedReceiver) {
     RunOnPort([] {
         for (int round = 0; round < 100; ++round) {
-            const uint32_t queue = Create(4, 8);
+            const uint32_t queue = NewQueue(4, 8);
             std::optional<std::string> first;
             std::optional<std::string> second;
             PortTask doomed("doomed", [&] { first = Receive(queue, -1); });
@@ -203,32 +179,22 @@ struct Parcel {
 };
 
 void SendStream(uint32_t queue, uint32_t stream) {
-    for (uint32_t number = 0; number < kPerStream; ++number) {
-        const Parcel parcel{stream, number};
-        ASSERT_EQ(bep_msgQSendEx(queue, reinterpret_cast<const char*>(&parcel), sizeof(parcel), -1, 1,
-                                 __FILE__, __LINE__),
-                  0);
-    }
+    for (uint32_t number = 0; number < kPerStream; ++number)
+        ASSERT_TRUE(SendThing(queue, Parcel{stream, number}));
 }
 
 /// Receives until a parcel of no stream comes; counts the parcels and expects each stream in order.
 void ReceiveStreams(uint32_t queue, uint32_t* count) {
     uint32_t next[kStreams] = {};
-    for (;;) {
-        Parcel parcel{};
-        ASSERT_EQ(bep_msgQReceiveEx(queue, reinterpret_cast<char*>(&parcel), sizeof(parcel), -1, __FILE__,
-                                    __LINE__),
-                  static_cast<int>(sizeof(parcel)));
-        if (parcel.stream == kStreams) return;
+    for (Parcel parcel{}; ReceiveThing(queue, &parcel) && parcel.stream < kStreams; ++*count) {
         ASSERT_GE(parcel.number, next[parcel.stream]);
         next[parcel.stream] = parcel.number + 1;
-        ++*count;
     }
 }
 
 TEST(PlatformQueue, KeepsTheOrderOfEachSenderAndLosesNothing) {
     RunOnPort([] {
-        const uint32_t queue = Create(3, sizeof(Parcel));
+        const uint32_t queue = NewQueue(3, sizeof(Parcel));
         uint32_t counts[2] = {};
         PortTask receiver1("receiver1", [&] { ReceiveStreams(queue, &counts[0]); });
         PortTask receiver2("receiver2", [&] { ReceiveStreams(queue, &counts[1]); });
@@ -240,11 +206,8 @@ TEST(PlatformQueue, KeepsTheOrderOfEachSenderAndLosesNothing) {
             for (PortTask* sender : {&sender1, &sender2, &sender3, &sender4})
                 sender->WaitUntilDone();
         }
-        const Parcel end{kStreams, 0};
-        for (int i = 0; i < 2; ++i) {
-            bep_msgQSendEx(queue, reinterpret_cast<const char*>(&end), sizeof(end), -1, 1, __FILE__,
-                           __LINE__);
-        }
+        for (int i = 0; i < 2; ++i)
+            EXPECT_TRUE(SendThing(queue, Parcel{kStreams, 0}));
         receiver1.WaitUntilDone();
         receiver2.WaitUntilDone();
         EXPECT_EQ(counts[0] + counts[1], kStreams * kPerStream);

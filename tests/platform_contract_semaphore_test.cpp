@@ -1,63 +1,47 @@
 // Binary semaphores, on every port.
 #include <gtest/gtest.h>
 
-#include <ctime>
 #include <memory>
 #include <vector>
 
 #include "onu_mng_platform/bep.h"
+#include "tests/support/port_calls.h"
 #include "tests/support/port_fixture.h"
 #include "tests/support/port_task.h"
 
 namespace {
 
-uint32_t Create(bool available) {
-    return bep_semBCreateEx(2, available ? 1 : 0, __FILE__, __LINE__);
-}
-int Take(uint32_t semaphore, int ticks = -1) {
-    return bep_semTakeEx(semaphore, ticks, __FILE__, __LINE__);
-}
-int Give(uint32_t semaphore) {
-    return bep_semGiveEx(semaphore, __FILE__, __LINE__);
-}
-
-double Now() {
-    timespec now{};
-    clock_gettime(CLOCK_MONOTONIC, &now);
-    return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
-}
-
 TEST(PlatformSemaphore, IsTakenOnceForAnyNumberOfGives) {
     RunOnPort([] {
-        const uint32_t semaphore = Create(true);
-        EXPECT_EQ(Take(semaphore, 0), 0);
-        EXPECT_EQ(Take(semaphore, 0), -1);
-        EXPECT_EQ(Give(semaphore), 0);
-        EXPECT_EQ(Give(semaphore), 0);
-        EXPECT_EQ(Take(semaphore), 0);
+        const uint32_t semaphore = NewSemaphore(true);
+        EXPECT_EQ(TakeSemaphore(semaphore, 0), 0);
+        EXPECT_EQ(TakeSemaphore(semaphore, 0), -1);
+        EXPECT_EQ(GiveSemaphore(semaphore), 0);
+        EXPECT_EQ(GiveSemaphore(semaphore), 0);
+        EXPECT_EQ(TakeSemaphore(semaphore), 0);
         const int ticks = bep_sysClkRateGetEx() / 20;
         const double start = Now();
-        EXPECT_EQ(Take(semaphore, ticks), -1);
+        EXPECT_EQ(TakeSemaphore(semaphore, ticks), -1);
         EXPECT_GE(Now() - start, 0.05);
         EXPECT_EQ(bep_semDeleteEx(semaphore), 0);
-        const uint32_t taken = Create(false);
-        EXPECT_EQ(Take(taken, 0), -1);
+        const uint32_t taken = NewSemaphore(false);
+        EXPECT_EQ(TakeSemaphore(taken, 0), -1);
         bep_semDeleteEx(taken);
     });
 }
 
 TEST(PlatformSemaphore, AnswersStaleAndForeignIdsWithAnError) {
     RunOnPort([] {
-        const uint32_t queue = bep_msgQCreateEx(1, 1, 0, __FILE__, __LINE__);
-        const uint32_t stale = Create(true);
+        const uint32_t queue = NewQueue(1, 1);
+        const uint32_t stale = NewSemaphore(true);
         EXPECT_EQ(bep_semDeleteEx(stale), 0);
-        const uint32_t reused = Create(true);
+        const uint32_t reused = NewSemaphore(true);
         for (const uint32_t id : {0u, 1u, ~0u, stale, queue, reused + 12345}) {
-            EXPECT_EQ(Take(id), -1) << id;
-            EXPECT_EQ(Give(id), -1) << id;
+            EXPECT_EQ(TakeSemaphore(id), -1) << id;
+            EXPECT_EQ(GiveSemaphore(id), -1) << id;
             EXPECT_EQ(bep_semDeleteEx(id), -1) << id;
         }
-        EXPECT_EQ(Take(reused, 0), 0);
+        EXPECT_EQ(TakeSemaphore(reused, 0), 0);
         bep_semDeleteEx(reused);
         bep_msgQDeleteEx(queue);
     });
@@ -65,16 +49,16 @@ TEST(PlatformSemaphore, AnswersStaleAndForeignIdsWithAnError) {
 
 TEST(PlatformSemaphore, LetsOneTaskInAtATime) {
     RunOnPort([] {
-        const uint32_t semaphore = Create(true);
+        const uint32_t semaphore = NewSemaphore(true);
         long counter = 0; // no atomic: the semaphore is what is tested
         std::vector<std::unique_ptr<PortTask>> tasks;
         for (int i = 0; i < 4; ++i) {
             tasks.push_back(std::make_unique<PortTask>("counting", [&] {
                 for (int n = 0; n < 5000; ++n) {
                     // With and without limit, which are not the same road.
-                    if (Take(semaphore, n % 2 == 0 ? -1 : 60 * bep_sysClkRateGetEx()) != 0) return;
+                    if (TakeSemaphore(semaphore, n % 2 == 0 ? -1 : 60 * bep_sysClkRateGetEx()) != 0) return;
                     ++counter;
-                    Give(semaphore);
+                    GiveSemaphore(semaphore);
                 }
             }));
         }
@@ -87,18 +71,18 @@ TEST(PlatformSemaphore, LetsOneTaskInAtATime) {
 
 TEST(PlatformSemaphore, ServesEveryWaiter) {
     RunOnPort([] {
-        const uint32_t gate = Create(false);
+        const uint32_t gate = NewSemaphore(false);
         std::vector<std::unique_ptr<PortTask>> tasks;
         for (int i = 0; i < 8; ++i) {
             tasks.push_back(std::make_unique<PortTask>("waiting", [&] {
-                if (Take(gate) == 0) Give(gate);
+                if (TakeSemaphore(gate) == 0) GiveSemaphore(gate);
             }));
         }
         LetOthersSettle();
-        EXPECT_EQ(Give(gate), 0); // one is let in and lets in the next
+        EXPECT_EQ(GiveSemaphore(gate), 0); // one is let in and lets in the next
         for (const auto& task : tasks)
             task->WaitUntilDone();
-        EXPECT_EQ(Take(gate, 0), 0);
+        EXPECT_EQ(TakeSemaphore(gate, 0), 0);
         bep_semDeleteEx(gate);
     });
 }
@@ -108,15 +92,15 @@ TEST(PlatformSemaphore, ServesEveryWaiter) {
 TEST(PlatformSemaphore, LosesNoWakeUpWithADeletedWaiter) {
     RunOnPort([] {
         for (int round = 0; round < 100; ++round) {
-            const uint32_t semaphore = Create(false);
-            PortTask doomed("doomed", [&] { Take(semaphore, round % 4 < 2 ? -1 : round % 3); });
+            const uint32_t semaphore = NewSemaphore(false);
+            PortTask doomed("doomed", [&] { TakeSemaphore(semaphore, round % 4 < 2 ? -1 : round % 3); });
             if (round % 2 == 0) LetOthersSettle();
             int result = 1;
-            PortTask patient("patient", [&] { result = Take(semaphore); });
-            PortTask giver("giver", [&] { Give(semaphore); });
+            PortTask patient("patient", [&] { result = TakeSemaphore(semaphore); });
+            PortTask giver("giver", [&] { GiveSemaphore(semaphore); });
             doomed.Delete();
             giver.WaitUntilDone();
-            Give(semaphore); // in place of the one that `doomed` may have taken
+            GiveSemaphore(semaphore); // in place of the one that `doomed` may have taken
             patient.WaitUntilDone();
             ASSERT_EQ(result, 0);
             bep_semDeleteEx(semaphore);
@@ -126,12 +110,13 @@ TEST(PlatformSemaphore, LosesNoWakeUpWithADeletedWaiter) {
 
 TEST(PlatformSemaphore, DeletionReleasesWaitersWithALimitAndKeepsTheOthersWaiting) {
     RunOnPort([] {
-        const uint32_t semaphore = Create(false);
+        const uint32_t semaphore = NewSemaphore(false);
         int limited_result = 1;
-        PortTask limited("limited", [&] { limited_result = Take(semaphore, 1000 * bep_sysClkRateGetEx()); });
+        PortTask limited("limited",
+                         [&] { limited_result = TakeSemaphore(semaphore, 1000 * bep_sysClkRateGetEx()); });
         bool went_on = false;
         PortTask unlimited("unlimited", [&] {
-            Take(semaphore);
+            TakeSemaphore(semaphore);
             went_on = true;
         });
         LetOthersSettle();

@@ -5,45 +5,16 @@
 #include <cerrno>
 #include <ctime>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "onu_mng_platform/bep.h"
+#include "tests/support/port_calls.h"
 #include "tests/support/port_fixture.h"
 #include "tests/support/port_task.h"
 
 namespace {
-
-uint32_t CreateQueue() {
-    return bep_msgQCreateEx(1, 1, 0, __FILE__, __LINE__);
-}
-int Send(uint32_t queue, int ticks) {
-    return bep_msgQSendEx(queue, "x", 1, ticks, 1, __FILE__, __LINE__);
-}
-int Receive(uint32_t queue, int ticks) {
-    char byte = 0;
-    return bep_msgQReceiveEx(queue, &byte, 1, ticks, __FILE__, __LINE__);
-}
-uint32_t CreateSemaphore(bool available) {
-    return bep_semBCreateEx(2, available ? 1 : 0, __FILE__, __LINE__);
-}
-int Take(uint32_t semaphore, int ticks) {
-    return bep_semTakeEx(semaphore, ticks, __FILE__, __LINE__);
-}
-int Give(uint32_t semaphore) {
-    return bep_semGiveEx(semaphore, __FILE__, __LINE__);
-}
-
-int Sleep(time_t seconds, long nanoseconds = 0) {
-    const timespec duration{seconds, nanoseconds};
-    return nanosleep(&duration, nullptr);
-}
-
-double Now() {
-    timespec now{};
-    clock_gettime(CLOCK_MONOTONIC, &now);
-    return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
-}
 
 /// Sets a flag when it is destroyed.
 struct Flagging {
@@ -77,8 +48,8 @@ TEST(PlatformTask, GetsItsArgumentsAndKeepsItsIdUntilDeleted) {
 
 TEST(PlatformTask, AnswersStaleAndForeignIdsWithAnError) {
     RunOnPort([] {
-        const uint32_t queue = CreateQueue();
-        const uint32_t semaphore = CreateSemaphore(true);
+        const uint32_t queue = NewQueue(1, 1);
+        const uint32_t semaphore = NewSemaphore(true);
         std::vector<uint32_t> ids{0, 1, ~0u, queue, semaphore};
         for (int i = 0; i < 200; ++i) {
             PortTask task("short", [] {});
@@ -89,13 +60,13 @@ TEST(PlatformTask, AnswersStaleAndForeignIdsWithAnError) {
             EXPECT_EQ(bep_taskDeleteEx(id), -1) << id;
         int own_deletion = 0;
         uint32_t own_id = 0;
-        const uint32_t told = CreateSemaphore(false);
+        const uint32_t told = NewSemaphore(false);
         PortTask self("self", [&] {
-            Take(told, -1);
+            TakeSemaphore(told, -1);
             own_deletion = bep_taskDeleteEx(own_id);
         });
         own_id = self.Id();
-        Give(told);
+        GiveSemaphore(told);
         self.WaitUntilDone();
         EXPECT_EQ(own_deletion, -1);
         for (const uint32_t id : {semaphore, told})
@@ -115,16 +86,16 @@ TEST(PlatformTask, IsDeletedWhereverItWaits) {
         {"receiving with a limit", [](uint32_t queue, uint32_t) { Receive(queue, 1000000); }},
         {"sending",
          [](uint32_t queue, uint32_t) {
-             while (Send(queue, -1) == 0) {
+             while (Send(queue, "x", -1) == 0) {
              }
          }},
         {"sending with a limit",
          [](uint32_t queue, uint32_t) {
-             while (Send(queue, 1000000) == 0) {
+             while (Send(queue, "x", 1000000) == 0) {
              }
          }},
-        {"taking", [](uint32_t, uint32_t semaphore) { Take(semaphore, -1); }},
-        {"taking with a limit", [](uint32_t, uint32_t semaphore) { Take(semaphore, 1000000); }},
+        {"taking", [](uint32_t, uint32_t semaphore) { TakeSemaphore(semaphore, -1); }},
+        {"taking with a limit", [](uint32_t, uint32_t semaphore) { TakeSemaphore(semaphore, 1000000); }},
         {"sleeping", [](uint32_t, uint32_t) { Sleep(1000000); }},
         {"sleeping again and again",
          [](uint32_t, uint32_t) {
@@ -140,8 +111,8 @@ TEST(PlatformTask, IsDeletedWhereverItWaits) {
     for (const WaitCase& each : cases) {
         RunOnPort([&each] {
             for (int round = 0; round < 20; ++round) {
-                const uint32_t queue = CreateQueue();
-                const uint32_t semaphore = CreateSemaphore(false);
+                const uint32_t queue = NewQueue(1, 1);
+                const uint32_t semaphore = NewSemaphore(false);
                 std::atomic<bool> unwound{false};
                 bool returned = false;
                 PortTask task("waiting", [&] {
@@ -168,7 +139,7 @@ TEST(PlatformTask, IsDeletedWhereverItWaits) {
 // A module's task waits on its queue, and both go together.
 TEST(PlatformTask, WaitsToBeDeletedWhenItsQueueIsGone) {
     RunOnPort([] {
-        const uint32_t queue = CreateQueue();
+        const uint32_t queue = NewQueue(1, 1);
         std::atomic<int> calls{0};
         const auto receive_for_ever = [&] {
             for (;;) {
@@ -180,11 +151,11 @@ TEST(PlatformTask, WaitsToBeDeletedWhenItsQueueIsGone) {
         LetOthersSettle();
         EXPECT_EQ(bep_msgQDeleteEx(queue), 0);
         PortTask late("late", receive_for_ever);
-        PortTask sender("sender", [&] { EXPECT_EQ(Send(queue, -1), -1); });
+        PortTask sender("sender", [&] { EXPECT_EQ(Send(queue, "x", -1), -1); });
         sender.WaitUntilDone();
         LetOthersSettle();
         EXPECT_EQ(calls, 2); // nobody spins
-        EXPECT_EQ(Receive(queue, 0), -1);
+        EXPECT_EQ(Receive(queue), std::nullopt);
         EXPECT_EQ(early.Delete(), 0);
         EXPECT_EQ(late.Delete(), 0);
     });
@@ -192,35 +163,35 @@ TEST(PlatformTask, WaitsToBeDeletedWhenItsQueueIsGone) {
 
 TEST(PlatformTask, KeepsItsLimitWhenItsQueueIsDeleted) {
     RunOnPort([] {
-        const uint32_t queue = CreateQueue();
+        const uint32_t queue = NewQueue(1, 1);
         const int ticks = bep_sysClkRateGetEx() / 10;
         const double start = Now();
-        int result = 0;
+        std::optional<std::string> result = "none";
         PortTask task("limited", [&] { result = Receive(queue, ticks); });
         LetOthersSettle();
         bep_msgQDeleteEx(queue);
         task.WaitUntilDone();
-        EXPECT_EQ(result, -1);
+        EXPECT_EQ(result, std::nullopt);
         EXPECT_GE(Now() - start, 0.1);
     });
 }
 
 TEST(PlatformTask, IsEndedInAReceiveEvenWhenAMessageIsThere) {
     RunOnPort([] {
-        const uint32_t queue = CreateQueue();
-        const uint32_t go = CreateSemaphore(false);
+        const uint32_t queue = NewQueue(1, 1);
+        const uint32_t go = NewSemaphore(false);
         bool returned = false;
         PortTask task("receiving", [&] {
             bep_taskSafeEx();
-            Take(go, -1);
+            TakeSemaphore(go, -1);
             bep_taskUnsafeEx();
             Receive(queue, -1);
             returned = true;
         });
-        EXPECT_EQ(Send(queue, 0), 0);
+        EXPECT_EQ(Send(queue, "x", 0), 0);
         PortTask deleter("deleter", [&] { EXPECT_EQ(task.Delete(), 0); });
         LetOthersSettle();
-        Give(go);
+        GiveSemaphore(go);
         deleter.WaitUntilDone();
         EXPECT_FALSE(returned);
         EXPECT_EQ(bep_msgQNumMsgsEx(queue), 1);
@@ -231,19 +202,19 @@ TEST(PlatformTask, IsEndedInAReceiveEvenWhenAMessageIsThere) {
 
 TEST(PlatformTask, IsNotEndedBetweenSafeAndUnsafe) {
     RunOnPort([] {
-        const uint32_t queue = CreateQueue();
-        const uint32_t semaphore = CreateSemaphore(false);
+        const uint32_t queue = NewQueue(1, 1);
+        const uint32_t semaphore = NewSemaphore(false);
         std::string done;
         PortTask task("protected", [&] {
             bep_taskSafeEx();
             bep_taskSafeEx();
-            if (Take(semaphore, -1) == 0) done += "taken ";
-            if (Receive(queue, 1) == -1) done += "waited ";
+            if (TakeSemaphore(semaphore, -1) == 0) done += "taken ";
+            if (!Receive(queue, 1)) done += "waited ";
             bep_taskUnsafeEx();
             const double start = Now();
             if (Sleep(0, 20'000'000) == 0 && Now() - start >= 0.02) done += "slept ";
             bep_taskUnsafeEx();
-            if (Give(semaphore) == 0) done += "gave "; // no end point
+            if (GiveSemaphore(semaphore) == 0) done += "gave "; // no end point
             Receive(queue, -1);
             done += "went on ";
         });
@@ -251,10 +222,10 @@ TEST(PlatformTask, IsNotEndedBetweenSafeAndUnsafe) {
         PortTask deleter("deleter", [&] { EXPECT_EQ(task.Delete(), 0); });
         LetOthersSettle();
         EXPECT_EQ(done, "");
-        Give(semaphore);
+        GiveSemaphore(semaphore);
         deleter.WaitUntilDone();
         EXPECT_EQ(done, "taken waited slept gave ");
-        EXPECT_EQ(Take(semaphore, 0), 0);
+        EXPECT_EQ(TakeSemaphore(semaphore, 0), 0);
         bep_msgQDeleteEx(queue);
         bep_semDeleteEx(semaphore);
     });
@@ -262,11 +233,11 @@ TEST(PlatformTask, IsNotEndedBetweenSafeAndUnsafe) {
 
 /// A lock that waits for another task when it goes, as destructors may.
 struct SlowGuard {
-    SlowGuard(uint32_t lock, uint32_t event) : lock_id(lock), event_id(event) { Take(lock, -1); }
+    SlowGuard(uint32_t lock, uint32_t event) : lock_id(lock), event_id(event) { TakeSemaphore(lock, -1); }
     ~SlowGuard() {
-        EXPECT_EQ(Take(event_id, -1), 0);
+        EXPECT_EQ(TakeSemaphore(event_id, -1), 0);
         EXPECT_EQ(Sleep(0, 1), 0);
-        Give(lock_id);
+        GiveSemaphore(lock_id);
     }
     uint32_t lock_id;
     uint32_t event_id;
@@ -274,19 +245,19 @@ struct SlowGuard {
 
 TEST(PlatformTask, RunsItsDestructorsToTheEnd) {
     RunOnPort([] {
-        const uint32_t lock = CreateSemaphore(true);
-        const uint32_t event = CreateSemaphore(false);
+        const uint32_t lock = NewSemaphore(true);
+        const uint32_t event = NewSemaphore(false);
         PortTask task("guarded", [&] {
             const SlowGuard guard(lock, event);
             Sleep(1000000);
         });
         LetOthersSettle();
-        EXPECT_EQ(Take(lock, 0), -1);
+        EXPECT_EQ(TakeSemaphore(lock, 0), -1);
         PortTask deleter("deleter", [&] { EXPECT_EQ(task.Delete(), 0); });
         LetOthersSettle();
-        Give(event);
+        GiveSemaphore(event);
         deleter.WaitUntilDone();
-        EXPECT_EQ(Take(lock, 0), 0);
+        EXPECT_EQ(TakeSemaphore(lock, 0), 0);
         bep_semDeleteEx(lock);
         bep_semDeleteEx(event);
     });

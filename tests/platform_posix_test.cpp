@@ -8,17 +8,18 @@
 
 #include <atomic>
 #include <cstdlib>
-#include <memory>
+#include <fstream>
+#include <mutex>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "onu_mng_platform/bep.h"
-#include "onu_mng_platform/mpu.h"
-#include "onu_mng_platform/ulog.h"
+#include "onu_mng_platform/common/short_lock.h"
 #include "tests/support/log_lines.h"
-#include "tests/support/pool_blocks.h"
+#include "tests/support/port_calls.h"
 #include "tests/support/port_fixture.h"
 #include "tests/support/port_task.h"
 
@@ -127,19 +128,19 @@ TEST(PosixTask, EndsAloneWhenAnExceptionLeavesIt) {
 TEST(PosixTask, DoesNotWaitForATaskThatIsDeletingIt) {
     RunOnPort([] {
         for (int round = 0; round < 20; ++round) {
-            const uint32_t go = bep_semBCreateEx(2, 0, __FILE__, __LINE__);
+            const uint32_t go = NewSemaphore(false);
             uint32_t ids[2] = {};
             std::atomic<int> results[2] = {{1}, {1}};
             const auto delete_other = [&](int self) {
-                bep_semTakeEx(go, -1, __FILE__, __LINE__);
-                bep_semGiveEx(go, __FILE__, __LINE__);
+                TakeSemaphore(go, -1);
+                GiveSemaphore(go);
                 results[self] = bep_taskDeleteEx(ids[1 - self]);
             };
             PortTask one("one", [&] { delete_other(0); });
             PortTask two("two", [&] { delete_other(1); });
             ids[0] = one.Id();
             ids[1] = two.Id();
-            bep_semGiveEx(go, __FILE__, __LINE__);
+            GiveSemaphore(go);
             LetOthersSettle();
             ASSERT_TRUE(results[0] != 1 || results[1] != 1) << "both hang";
             one.Delete();
@@ -149,118 +150,76 @@ TEST(PosixTask, DoesNotWaitForATaskThatIsDeletingIt) {
     });
 }
 
+/// Returns the priority at which the system runs a thread now; a smaller number is a higher one.
+int EffectivePriority(pid_t thread) {
+    std::ifstream file("/proc/self/task/" + std::to_string(thread) + "/stat");
+    std::string text;
+    std::getline(file, text, ')'); // the name may hold blanks
+    int priority = 0;
+    std::string skipped;
+    for (int field = 3; field < 18; ++field)
+        file >> skipped;
+    file >> priority;
+    return priority;
+}
+
+TEST(PosixShortLock, LendsItsHolderThePriorityOfWhoWaits) {
+    if (geteuid() != 0) GTEST_SKIP() << "has no right to real-time priorities";
+    RunOnPort([] {
+        onu_mng_platform::ShortLock lock;
+        const uint32_t go = NewSemaphore(false);
+        std::atomic<pid_t> low_thread{0};
+        std::atomic<pid_t> high_thread{0};
+        PortTask low(
+            "low",
+            [&] {
+                const std::lock_guard<onu_mng_platform::ShortLock> guard(lock);
+                low_thread = gettid();
+                TakeSemaphore(go, -1);
+            },
+            250);
+        LetOthersSettle();
+        const int own_priority = EffectivePriority(low_thread);
+        PortTask high(
+            "high",
+            [&] {
+                high_thread = gettid();
+                const std::lock_guard<onu_mng_platform::ShortLock> guard(lock);
+            },
+            5);
+        LetOthersSettle();
+        EXPECT_LT(EffectivePriority(low_thread), own_priority);
+        EXPECT_EQ(EffectivePriority(low_thread), EffectivePriority(high_thread));
+        GiveSemaphore(go);
+        EXPECT_TRUE(high.WaitUntilDone());
+        bep_semDeleteEx(go);
+    });
+}
+
 // Threads that the port did not start may use it as well; they cannot be ended, so that nothing keeps them
 // for ever.
 TEST(PosixThread, WaitsLikeATaskButNotForWhatIsGone) {
-    const uint32_t queue = bep_msgQCreateEx(1, 1, 0, __FILE__, __LINE__);
-    const uint32_t semaphore = bep_semBCreateEx(2, 0, __FILE__, __LINE__);
-    char byte = 0;
+    const uint32_t queue = NewQueue(1, 1);
+    const uint32_t semaphore = NewSemaphore(false);
+    std::optional<std::string> received[3] = {"none", "none", "none"};
     std::vector<int> results;
     std::thread thread([&] {
-        results.push_back(bep_msgQReceiveEx(queue, &byte, 1, -1, __FILE__, __LINE__));
-        results.push_back(bep_msgQReceiveEx(queue, &byte, 1, -1, __FILE__, __LINE__));
-        results.push_back(bep_msgQReceiveEx(queue, &byte, 1, -1, __FILE__, __LINE__));
-        results.push_back(bep_semTakeEx(semaphore, -1, __FILE__, __LINE__));
-        const timespec moment{0, 1};
-        results.push_back(nanosleep(&moment, nullptr));
+        for (auto& each : received)
+            each = Receive(queue, -1);
+        results.push_back(TakeSemaphore(semaphore, -1));
+        results.push_back(Sleep(0, 1));
     });
     LetOthersSettle();
-    bep_msgQSendEx(queue, "x", 1, 0, 1, __FILE__, __LINE__);
+    Send(queue, "x");
     LetOthersSettle();
     bep_msgQDeleteEx(queue);
     LetOthersSettle();
     bep_semDeleteEx(semaphore);
     thread.join();
-    EXPECT_EQ(results, (std::vector<int>{1, -1, -1, -1, 0}));
-}
-
-TEST(PosixPort, HasRoomForAFullSystem) {
-    RunOnPort([] {
-        std::vector<uint32_t> semaphores(100000);
-        std::vector<uint32_t> queues(4096);
-        for (uint32_t& each : semaphores)
-            each = bep_semBCreateEx(2, 1, __FILE__, __LINE__);
-        for (uint32_t& each : queues)
-            each = bep_msgQCreateEx(16, 8, 0, __FILE__, __LINE__);
-        std::vector<std::unique_ptr<PortTask>> tasks;
-        std::atomic<int> running{0};
-        for (int i = 0; i < 500; ++i) {
-            tasks.push_back(std::make_unique<PortTask>("one of many", [&] {
-                ++running;
-                char byte = 0;
-                bep_msgQReceiveEx(queues[0], &byte, 1, -1, __FILE__, __LINE__);
-            }));
-        }
-        LetOthersSettle();
-        EXPECT_EQ(running, 500);
-        tasks.clear();
-        for (const uint32_t each : semaphores) {
-            ASSERT_EQ(bep_semTakeEx(each, 0, __FILE__, __LINE__), 0);
-            ASSERT_EQ(bep_semDeleteEx(each), 0);
-        }
-        for (const uint32_t each : queues)
-            ASSERT_EQ(bep_msgQDeleteEx(each), 0);
-    });
-}
-
-// More threads than there are stocks: the others work without one.
-TEST(PosixPool, ServesMoreThreadsThanItKeepsStocksFor) {
-    RunOnPort([] {
-        const int pool = mpuCreate("crowded", 1 << 20, 1, 0);
-        const uint32_t gate = bep_semBCreateEx(2, 0, __FILE__, __LINE__);
-        std::vector<std::unique_ptr<PortTask>> tasks;
-        for (int i = 0; i < 300; ++i) {
-            tasks.push_back(std::make_unique<PortTask>("crowd", [&] {
-                void* blocks[40];
-                for (void*& block : blocks)
-                    block = Take(pool, 48);
-                bep_semTakeEx(gate, -1, __FILE__, __LINE__);
-                bep_semGiveEx(gate, __FILE__, __LINE__);
-                for (void* const block : blocks) {
-                    EXPECT_EQ(mpuFree(block), 0);
-                }
-            }));
-        }
-        LetOthersSettle();
-        EXPECT_EQ(StatOf(pool).used, 300u * 40 * 48);
-        bep_semGiveEx(gate, __FILE__, __LINE__);
-        for (const auto& task : tasks)
-            task->WaitUntilDone();
-        tasks.clear();
-        EXPECT_EQ(StatOf(pool).used, 0u);
-        EXPECT_EQ(StatOf(pool).peak, 300u * 40 * 48);
-        EXPECT_NE(Take(pool, 1 << 20), nullptr);
-        bep_semDeleteEx(gate);
-    });
-}
-
-/// Uses the port when the process has all but ended, as the library's singletons do.
-struct LateUser {
-    ~LateUser() {
-        const bool good = mpuFree(block) == 0 && StatOf(pool).used == 0 && bep_taskDeleteEx(task) == 0 &&
-                          bep_semTakeEx(lock, 0, __FILE__, __LINE__) == 0 && bep_semDeleteEx(lock) == 0;
-        ulogPrintf(1, 15, "late\r\n");
-        if (!good) std::_Exit(1);
-    }
-    static void WaitForEver(intptr_t, intptr_t, intptr_t, intptr_t, intptr_t, intptr_t, intptr_t, intptr_t,
-                            intptr_t, intptr_t) {
-        const timespec long_time{1000000, 0};
-        nanosleep(&long_time, nullptr);
-    }
-    const int pool = mpuCreate("late", 4096, 1, 0);
-    void* const block = Take(pool, 16);
-    const uint32_t lock = bep_semBCreateEx(2, 1, __FILE__, __LINE__);
-    const uint32_t task = Spawn("late", 100, WaitForEver, nullptr);
-};
-
-TEST(PosixPort, IsUsableInStaticDestructors) {
-    testing::FLAGS_gtest_death_test_style = "threadsafe";
-    EXPECT_EXIT(
-        {
-            static const LateUser late_user;
-            std::exit(0);
-        },
-        testing::ExitedWithCode(0), "late");
+    EXPECT_EQ(received[0], "x");
+    EXPECT_EQ(received[1], std::nullopt);
+    EXPECT_EQ(received[2], std::nullopt);
+    EXPECT_EQ(results, (std::vector<int>{-1, 0}));
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "onu_mng_platform/common/short_lock.h"
 
 #include <pthread.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <ctime>
@@ -27,7 +28,7 @@ void Pause() {
 const int ShortLock::s_fork_handler = pthread_atfork(nullptr, nullptr, [] { t_own_id = 0; });
 
 uint32_t ShortLock::AskOwnId() {
-    t_own_id = static_cast<uint32_t>(gettid());
+    t_own_id = static_cast<uint32_t>(syscall(SYS_gettid));
     return t_own_id;
 }
 

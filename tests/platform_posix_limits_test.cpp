@@ -1,0 +1,108 @@
+// How much the port for Linux holds, and how long: until the process has ended.
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstdlib>
+#include <ctime>
+#include <memory>
+#include <vector>
+
+#include "onu_mng_platform/bep.h"
+#include "onu_mng_platform/mpu.h"
+#include "onu_mng_platform/ulog.h"
+#include "tests/support/pool_blocks.h"
+#include "tests/support/port_calls.h"
+#include "tests/support/port_fixture.h"
+#include "tests/support/port_task.h"
+
+namespace {
+
+TEST(PosixPort, HasRoomForAFullSystem) {
+    RunOnPort([] {
+        std::vector<uint32_t> semaphores(100000);
+        std::vector<uint32_t> queues(4096);
+        for (uint32_t& each : semaphores)
+            each = NewSemaphore(true);
+        for (uint32_t& each : queues)
+            each = NewQueue(16, 8);
+        std::vector<std::unique_ptr<PortTask>> tasks;
+        std::atomic<int> running{0};
+        for (int i = 0; i < 500; ++i) {
+            tasks.push_back(std::make_unique<PortTask>("one of many", [&] {
+                ++running;
+                Receive(queues[0], -1);
+            }));
+        }
+        LetOthersSettle();
+        EXPECT_EQ(running, 500);
+        tasks.clear();
+        for (const uint32_t each : semaphores) {
+            ASSERT_EQ(TakeSemaphore(each, 0), 0);
+            ASSERT_EQ(bep_semDeleteEx(each), 0);
+        }
+        for (const uint32_t each : queues)
+            ASSERT_EQ(bep_msgQDeleteEx(each), 0);
+    });
+}
+
+// More threads than there are stocks: the others work without one.
+TEST(PosixPool, ServesMoreThreadsThanItKeepsStocksFor) {
+    RunOnPort([] {
+        const int pool = mpuCreate("crowded", 1 << 20, 1, 0);
+        const uint32_t gate = NewSemaphore(false);
+        std::vector<std::unique_ptr<PortTask>> tasks;
+        for (int i = 0; i < 300; ++i) {
+            tasks.push_back(std::make_unique<PortTask>("crowd", [&] {
+                void* blocks[40];
+                for (void*& block : blocks)
+                    block = Take(pool, 48);
+                TakeSemaphore(gate, -1);
+                GiveSemaphore(gate);
+                for (void* const block : blocks) {
+                    EXPECT_EQ(mpuFree(block), 0);
+                }
+            }));
+        }
+        LetOthersSettle();
+        EXPECT_EQ(StatOf(pool).used, 300u * 40 * 48);
+        GiveSemaphore(gate);
+        for (const auto& task : tasks)
+            task->WaitUntilDone();
+        tasks.clear();
+        EXPECT_EQ(StatOf(pool).used, 0u);
+        EXPECT_EQ(StatOf(pool).peak, 300u * 40 * 48);
+        EXPECT_NE(Take(pool, 1 << 20), nullptr);
+        bep_semDeleteEx(gate);
+    });
+}
+
+/// Uses the port when the process has all but ended, as the library's singletons do.
+struct LateUser {
+    ~LateUser() {
+        const bool good = mpuFree(block) == 0 && StatOf(pool).used == 0 && bep_taskDeleteEx(task) == 0 &&
+                          TakeSemaphore(lock, 0) == 0 && bep_semDeleteEx(lock) == 0;
+        ulogPrintf(1, 15, "late\r\n");
+        if (!good) std::_Exit(1);
+    }
+    static void WaitForEver(intptr_t, intptr_t, intptr_t, intptr_t, intptr_t, intptr_t, intptr_t, intptr_t,
+                            intptr_t, intptr_t) {
+        const timespec long_time{1000000, 0};
+        nanosleep(&long_time, nullptr);
+    }
+    const int pool = mpuCreate("late", 4096, 1, 0);
+    void* const block = Take(pool, 16);
+    const uint32_t lock = NewSemaphore(true);
+    const uint32_t task = bep_taskSpawnEx("late", 100, 8, 32768, WaitForEver, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0);
+};
+
+TEST(PosixPort, IsUsableInStaticDestructors) {
+    testing::FLAGS_gtest_death_test_style = "threadsafe";
+    EXPECT_EXIT(
+        {
+            static const LateUser late_user;
+            std::exit(0);
+        },
+        testing::ExitedWithCode(0), "late");
+}
+
+} // namespace
