@@ -1,7 +1,7 @@
 #include "olt_host/options.h"
 
 #include <algorithm>
-#include <cstdio>
+#include <charconv>
 #include <iterator>
 
 #include <CLI/CLI.hpp>
@@ -13,22 +13,23 @@ namespace {
 constexpr unsigned int kMostPons = 64;
 constexpr unsigned int kMostOnusPerPon = 128;
 constexpr unsigned int kDay = 86400;
-
 constexpr unsigned int kPercent = 100;
 constexpr unsigned int kMostDelayMs = 60000;
 
-constexpr const char* kAbout = "Brings simulated ONUs into sync over OMCI, or replays recorded OMCI frames.\n"
-                               "Ends with status 0 when every ONU is in sync (the replay: when the file was "
-                               "read), 1 when not, and 2 for a\n"
-                               "command line that makes no sense or a file that cannot be read.";
+constexpr const char* kAbout =
+    "Brings simulated ONUs into sync over OMCI, or replays recorded OMCI frames.\n"
+    "Ends with status 0 when every ONU is in sync (a replay: when the file was read),\n"
+    "1 when not, 2 for a command line that makes no sense and for an unreadable file.";
 
 /// "PON/ONU"; throws what CLI11 reports.
 OnuKey ReadOnu(const std::string& text) {
     OnuKey onu{0, 0};
-    char rest = 0;
-    if (std::sscanf(text.c_str(), "%hu/%hu%c", &onu.pon_no, &onu.onu_id, &rest) == 2 && onu.pon_no != 0 &&
-        onu.onu_id != 0)
-        return onu;
+    const char* const end = text.data() + text.size();
+    const auto pon = std::from_chars(text.data(), end, onu.pon_no);
+    if (pon.ec == std::errc() && pon.ptr != end && *pon.ptr == '/') {
+        const auto id = std::from_chars(pon.ptr + 1, end, onu.onu_id);
+        if (id.ec == std::errc() && id.ptr == end && onu.pon_no != 0 && onu.onu_id != 0) return onu;
+    }
     throw CLI::ValidationError("'" + text + "' is not PON/ONU");
 }
 
@@ -95,11 +96,12 @@ void CheckMute(const Options& options) {
 }
 
 void AddReplay(CLI::App& app, Options& options) {
-    CLI::Option* replay = app.add_option("--replay", options.replay,
-                                         "read frames from FILE and give the services the ONU's: one frame a "
-                                         "line, hexadecimal, 48 bytes "
-                                         "or 44 or 40; a tab or # begins a comment")
-                              ->option_text("FILE");
+    CLI::Option* replay =
+        app.add_option(
+               "--replay", options.replay,
+               "read frames from FILE and give the services the ONU's: one frame a line, hexadecimal, "
+               "48 bytes or 44 or 40; a tab or # begins a comment")
+            ->option_text("FILE");
     app.add_flag("--check-mic", options.check_mic, "in the replay, refuse 48-byte frames with a wrong MIC")
         ->needs(replay);
 }

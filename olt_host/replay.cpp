@@ -135,11 +135,11 @@ void Player::Send(OmciFrame& frame) {
 /// Waits until the services have taken what was sent to them.
 void Player::Drain() {
     for (OmciService* service : rack.Services())
-        service->Drain(kPatienceSeconds);
+        if (!service->Drain(kPatienceSeconds)) ++counts.lost;
 }
 
-int Unreadable(const std::string& path, std::ostream& err) {
-    err << "olt_host: " << path << ": " << std::strerror(errno) << '\n';
+int Unreadable(const std::string& path, const char* why, std::ostream& err) {
+    err << "olt_host: " << path << ": " << why << '\n';
     return kUnreadableStatus;
 }
 
@@ -147,7 +147,7 @@ int Unreadable(const std::string& path, std::ostream& err) {
 
 int Replay(const std::string& path, const ReplayOptions& options, std::ostream& out, std::ostream& err) {
     std::ifstream in(path);
-    if (!in) return Unreadable(path, err);
+    if (!in) return Unreadable(path, std::strerror(errno), err);
     Player player(path, options, out, err);
     if (!player.Start()) {
         err << "olt_host: the services could not be started\n";
@@ -155,7 +155,7 @@ int Replay(const std::string& path, const ReplayOptions& options, std::ostream& 
     }
     FrameFile file(in);
     player.Play(file);
-    if (in.bad()) return Unreadable(path, err);
+    if (in.bad()) return Unreadable(path, "cannot be read to its end", err);
     player.Print();
     return player.LostFrames() ? 1 : 0;
 }

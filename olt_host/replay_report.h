@@ -18,7 +18,7 @@ struct ReplayCounts {
     std::array<unsigned int, kFrameFaults> faults{};             ///< lines by `FrameFault`
     unsigned int not_hexadecimal = 0;
     unsigned int sent = 0; ///< answers and notifications sent to the services
-    unsigned int lost = 0; ///< of these, refused by the library
+    unsigned int lost = 0; ///< of these, refused by the library; services that did not come to an end
 };
 
 /// Frames by type and by the service that took them, malformed lines by reason, procedures.
