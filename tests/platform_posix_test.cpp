@@ -125,6 +125,26 @@ TEST(PosixTask, EndsAloneWhenAnExceptionLeavesIt) {
     });
 }
 
+/// Waits in its destructor.
+struct LateWaiter {
+    ~LateWaiter() { Receive(queue, 1); }
+    uint32_t queue = 0;
+};
+
+TEST(PosixTask, IsNotEndedAnyMoreWhenItsThreadsObjectsGo) {
+    RunOnPort([] {
+        const uint32_t queue = NewQueue(1, 1);
+        PortTask task("late", [&] {
+            static thread_local LateWaiter waiter;
+            waiter.queue = queue;
+            Sleep(1000000);
+        });
+        LetOthersSettle();
+        EXPECT_EQ(task.Delete(), 0);
+        bep_msgQDeleteEx(queue);
+    });
+}
+
 TEST(PosixTask, DoesNotWaitForATaskThatIsDeletingIt) {
     RunOnPort([] {
         for (int round = 0; round < 20; ++round) {

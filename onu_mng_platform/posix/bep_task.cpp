@@ -1,4 +1,3 @@
-#include <limits.h>
 #include <pthread.h>
 #include <sched.h>
 #include <unistd.h>
@@ -6,6 +5,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
+#include <climits>
 #include <cstdint>
 #include <cstdio>
 #include <ctime>
@@ -63,6 +63,7 @@ void* RunTask(void* context) {
         // One service is lost; the others go on.
         LogPort(15, "Task %s has ended by an exception: %s\r\n", task.name, failure.what());
     }
+    task.sleeper.Protect(); // nothing catches what the thread's own objects would throw when they go
     return nullptr;
 }
 
