@@ -25,7 +25,7 @@ void RunOnPort(const std::function<void()>& body) {
         });
         EXPECT_TRUE(board.Result().Ok()) << board.Result().report;
     };
-    sim_scenario::ForEachSeed(run, sim_scenario::kDefaultSeeds / 100);
+    sim_scenario::ForEachSeed(run, 100);
 }
 
 void LetOthersSettle() {

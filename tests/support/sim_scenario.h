@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <functional>
@@ -47,12 +48,13 @@ inline bool Passes(const std::function<void()>& scenario) {
            }) == 0;
 }
 
-/// Runs `scenario` under each of `seeds` seeds (ONU_MNG_SEEDS in the environment replaces the number), or
-/// under ONU_MNG_SEED alone, up to the first that fails; that one's command line is printed.
-inline void ForEachSeed(const std::function<void(std::uint64_t seed)>& scenario,
-                        std::uint64_t seeds = kDefaultSeeds) {
+/// Runs `scenario` under ONU_MNG_SEEDS seeds, or one in `share` of them and at least one, or under ONU_MNG_SEED alone,
+/// up to the first that fails; that one's command line is printed.
+inline void ForEachSeed(const std::function<void(std::uint64_t seed)>& scenario, std::uint64_t share = 1) {
     const std::uint64_t only = FromEnvironment("ONU_MNG_SEED", 0);
-    const std::uint64_t last = only != 0 ? only : FromEnvironment("ONU_MNG_SEEDS", seeds);
+    const std::uint64_t seeds =
+        std::max<std::uint64_t>(1, FromEnvironment("ONU_MNG_SEEDS", kDefaultSeeds) / share);
+    const std::uint64_t last = only != 0 ? only : seeds;
     for (std::uint64_t seed = only != 0 ? only : 1; seed <= last; ++seed) {
         if (Passes([&] { scenario(seed); })) continue;
         const testing::TestInfo& test = *testing::UnitTest::GetInstance()->current_test_info();
