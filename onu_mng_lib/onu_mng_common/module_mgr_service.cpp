@@ -161,10 +161,11 @@ void ServiceModule::Run() {
 }
 
 void ServiceModule::DrainQueue() {
-    while (msg_queue.GetMsgNum() > 0) {
+    // A receive that fails is tried again, but not for ever.
+    for (int left = msg_queue.GetMsgNum() + static_cast<int>(kPromptRetries);
+         left > 0 && msg_queue.GetMsgNum() > 0; --left) {
         MessagePacket* packet = nullptr;
         const unsigned int size = msg_queue.RecvMsg(reinterpret_cast<char*>(&packet), msg_size, kTimeoutNone);
-        if (size == 0) return;
         if (size == msg_size && packet != nullptr) FreePacket(packet);
     }
 }
