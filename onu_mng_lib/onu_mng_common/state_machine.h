@@ -220,6 +220,7 @@ private:
     friend class ServiceState;
     friend class StateContextManager;
 
+    unsigned int HandleOfJob(unsigned int this_job, StateMsgType msg_type, char* p_msg, unsigned int len);
     ServiceState* AdmitMessage(StateMsgType msg_type, unsigned int of_job, unsigned int& ret);
     void ChangeStateOfJob(unsigned int of_job, unsigned int next_state, bool next_is_auto);
     ServiceState* CurrentState() const;

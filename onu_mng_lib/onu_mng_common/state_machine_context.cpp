@@ -154,10 +154,14 @@ void StateContext::ChangeStateOfJob(unsigned int of_job, unsigned int next_state
 }
 
 unsigned int StateContext::Handle(StateMsgType msg_type, char* p_msg, unsigned int len) {
+    return HandleOfJob(job, msg_type, p_msg, len);
+}
+
+unsigned int StateContext::HandleOfJob(unsigned int this_job, StateMsgType msg_type, char* p_msg,
+                                       unsigned int len) {
     if (p_msg == nullptr && !IsTermination(msg_type))
         return LogFailure("p_msg is NULL in StateContext::Handle \r\n", ONU_MNG_LOG_ERROR,
                           ONU_MNG_STATE_REFUSED);
-    const unsigned int this_job = job;
     unsigned int ret = ONU_MNG_OK;
     for (unsigned int step = 0; step < kMaxSteps; ++step) {
         ServiceState* state = AdmitMessage(msg_type, this_job, ret);

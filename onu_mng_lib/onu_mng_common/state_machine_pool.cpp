@@ -98,8 +98,9 @@ void StateContextManager::Run() {
         Clock::Delay(SleepOfInterval(interval_run_time));
         LockGuard guard(lock);
         for (StateContext* context : context_list) {
+            const unsigned int job = context->job; // a request is for the job that was found wanting
             if (context->stop_times != 0 || context->IsOverTime())
-                context->Handle(STATE_MSG_DELAY_TERMINATE, nullptr, 0);
+                context->HandleOfJob(job, STATE_MSG_DELAY_TERMINATE, nullptr, 0);
         }
     }
 }
