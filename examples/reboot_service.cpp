@@ -66,11 +66,21 @@ private:
 class RebootContext : public StateContext {
 public:
     RebootContext() : StateContext(kRebootService) {
-        RegisterState(new Request);
-        RegisterState(new Wait);
+        RegisterState(request);
+        RegisterState(wait);
         RegisterState(new End(STATE_SUCC, "reboots"));
         RegisterState(new End(STATE_FAIL, "refused"));
     }
+
+    /// A state's time runs from its last message, which may be one of the previous reboot.
+    void Occupy(char*, unsigned int) override {
+        request->state_clock.Now();
+        wait->state_clock.Now();
+    }
+
+private:
+    Request* request = new Request; // the context owns its states once they are registered
+    Wait* wait = new Wait;
 };
 
 /// Owns a fixed number of contexts, one for each procedure that may run at a time.
