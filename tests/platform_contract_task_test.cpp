@@ -277,6 +277,31 @@ TEST(PlatformTask, IsDeletedByOneOfTwoOperators) {
     });
 }
 
+TEST(PlatformTask, DoesNotWaitForATaskThatIsDeletingIt) {
+    RunOnPort([] {
+        for (int round = 0; round < 20; ++round) {
+            const uint32_t go = NewSemaphore(false);
+            uint32_t ids[2] = {};
+            std::atomic<int> results[2] = {{1}, {1}};
+            const auto delete_other = [&](int self) {
+                TakeSemaphore(go, -1);
+                GiveSemaphore(go);
+                results[self] = bep_taskDeleteEx(ids[1 - self]);
+            };
+            PortTask one("one", [&] { delete_other(0); });
+            PortTask two("two", [&] { delete_other(1); });
+            ids[0] = one.Id();
+            ids[1] = two.Id();
+            GiveSemaphore(go);
+            LetOthersSettle();
+            ASSERT_TRUE(results[0] != 1 || results[1] != 1) << "both hang";
+            one.Delete();
+            two.Delete();
+            bep_semDeleteEx(go);
+        }
+    });
+}
+
 TEST(PlatformTask, SleepsForTheTimeAskedAndRefusesNonsense) {
     RunOnPort([] {
         const double start = Now();

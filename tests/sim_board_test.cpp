@@ -332,14 +332,16 @@ std::vector<Ending> Endings() {
          SimOutcome::kDeadlock,
          {"host(1) waits for a message in queue 2"},
          [](Simulation&) { Receive(NewQueue(), kForEver); }},
-        {"two tasks delete each other",
+        {"a deleted task does not come to an end point",
          SimOutcome::kDeadlock,
-         {"the end of task 3", "the end of task 2"},
+         {"host(1) waits for the end of task 2"},
          [](Simulation&) {
-             static std::uint32_t other = 0;
-             const std::uint32_t one = SpawnTask("one", Service([] { bep_taskDeleteEx(other); }));
-             static const std::function<void()> delete_one = [one] { bep_taskDeleteEx(one); };
-             other = SpawnTask("other", delete_one);
+             const std::uint32_t task = SpawnTask("task", Service([] {
+                                                      bep_taskSafeEx();
+                                                      Take(NewSemaphore(0), kForEver);
+                                                  }));
+             std::this_thread::sleep_for(1ms);
+             bep_taskDeleteEx(task);
          }},
         {"the body is stuck while others have deadlines",
          SimOutcome::kOverLimit,

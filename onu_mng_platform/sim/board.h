@@ -105,6 +105,7 @@ struct Task : Object {
     pthread_t thread{};
     Baton baton;
     Wait wait;
+    const Task* deletes = nullptr; ///< the task for whose end it waits
     bool end_requested = false;
     bool ended = false;
     int safe_depth = 0;

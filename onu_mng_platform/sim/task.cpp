@@ -13,6 +13,13 @@ constexpr CallName kDelete{"taskDelete", "task", nullptr, nullptr};
 constexpr CallName kSafe{"taskSafe", nullptr, nullptr, nullptr};
 constexpr CallName kUnsafe{"taskUnsafe", nullptr, nullptr, nullptr};
 
+/// True when `task` is `other` or waits, directly or through others, for its end.
+bool WaitsForEndOf(const Task& task, const Task* other) {
+    for (const Task* each = &task; other != nullptr && each != nullptr; each = each->deletes)
+        if (each == other) return true;
+    return false;
+}
+
 } // namespace
 
 uint32_t bep_taskSpawnEx(const char* name, unsigned int priority, int, unsigned int stack_size,
@@ -36,10 +43,12 @@ int bep_taskDeleteEx(uint32_t task_id) {
     SeamCall call(kDelete);
     call.On(task_id);
     const auto task = Board::Instance().Find<Task>(task_id);
-    if (task == nullptr || task.get() == call.Caller()) return call.Result(-1);
+    if (task == nullptr || WaitsForEndOf(*task, call.Caller())) return call.Result(-1);
     Board::Instance().Remove(*task);
     task->end_requested = true;
+    if (call.Caller() != nullptr) call.Caller()->deletes = task.get();
     call.WaitUntil(WaitKind::kEndOfTask, task, kNever, false);
+    if (call.Caller() != nullptr) call.Caller()->deletes = nullptr;
     return call.Result(0);
 }
 
