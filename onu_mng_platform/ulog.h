@@ -21,7 +21,8 @@ void ulogPrintf(unsigned int module, int level, const char* format, ...) ONU_MNG
  * (16 at a time have open levels). */
 int ulogSetModIgnore(unsigned int module, int level, int open);
 
-/* The lowest level that is written for every module; 10 at start. 16 silences all. */
+/* The lowest level that is written for every module; 10 at start. 16 silences all but
+ * the levels opened for their module. */
 void ulogSetThreshold(int level);
 
 /* A receiver of lines; `text` ends as the caller ended it and is valid during the call. Called by one task at
