@@ -1,10 +1,14 @@
 #include <iostream>
 #include <new>
 
+#include "olt_host/end_signals.h"
 #include "olt_host/host.h"
+#include "olt_host/host_commands.h"
+#include "olt_host/operators.h"
 #include "olt_host/options.h"
 #include "olt_host/replay.h"
 #include "olt_host/report.h"
+#include "olt_host/service_rack.h"
 #include "onu_mng_lib/onu_mng_common/result.h"
 #include "onu_mng_lib/onu_mng_log.h"
 #include "onu_mng_platform/ulog.h"
@@ -37,20 +41,40 @@ void SetFaults(const Options& options, Fiber& line, const OnuTable& table) {
     }
 }
 
-int BringUp(const Options& options) {
-    Host host(options.host);
-    SetFaults(options, host.Line(), host.Table());
-    const std::string failed = host.Start();
-    if (!failed.empty()) {
-        std::cerr << "olt_host: " << failed << '\n';
-        return 1;
-    }
-    host.Table().WaitSettled(options.limit_s);
+int Fail(const std::string& what) {
+    std::cerr << "olt_host: " << what << '\n';
+    return 1;
+}
+
+/// @return whether every ONU is in sync.
+bool ReportOnus(const Options& options, Host& host) {
     const OnuTotals totals = host.Table().Totals();
     PrintOnus(std::cout, host.Table(), options.verbose > 0 || totals.onus <= kMostListed);
-    PrintTotals(std::cout, totals);
+    std::cout << TotalsText(totals) << '\n';
     if (options.verbose > 0) PrintLine(std::cout, host.Line().counters);
-    return totals.phases[static_cast<unsigned int>(OnuPhase::kInSync)] == totals.onus ? 0 : 1;
+    std::cout.flush();
+    return totals.phases[static_cast<unsigned int>(OnuPhase::kInSync)] == totals.onus;
+}
+
+/// Operators may come as soon as ONUs do; the console waits until it has the screen to itself.
+int BringUp(const Options& options) {
+    EndSignals signals;
+    Host host(options.host);
+    SetFaults(options, host.Line(), host.Table());
+    if (const std::string failed = host.Start(); !failed.empty()) return Fail(failed);
+    const HostCommands commands(host, ServiceRack::kCliNode);
+    Operators operators(ServiceRack::kCliNode);
+    const bool listens = !options.cli_socket.empty();
+    if (listens) {
+        if (const std::string failed = operators.Listen(options.cli_socket); !failed.empty())
+            return Fail(failed);
+    }
+
+    for (unsigned int second = 0; second < options.limit_s && !signals.HasCome(); ++second)
+        if (host.Table().WaitSettled(1)) break;
+    const bool are_in_sync = ReportOnus(options, host);
+    if (!signals.HasCome() && (operators.OpenConsole(EndSignals::Raise) || listens)) signals.Wait();
+    return are_in_sync ? 0 : 1;
 }
 
 } // namespace

@@ -30,7 +30,7 @@ struct Options {
     bool stops_at_failure = false;
 };
 
-/// /// Standard output, or a pager that is given the output of one command once it is whole: a host does not wait until
+/// Standard output, or a pager that is given the output of one command once it is whole: a host does not wait until
 /// somebody has turned the page.
 class Screen {
 public:

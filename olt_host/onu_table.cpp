@@ -4,6 +4,13 @@
 
 namespace olt_host {
 
+void OnuTotals::Add(const OnuStatus& status) {
+    ++onus;
+    ++phases[static_cast<unsigned int>(status.phase)];
+    requests += status.requests;
+    resent += status.resent;
+}
+
 OnuTable::OnuTable(unsigned int pons, unsigned int onus)
     : onus_per_pon(onus), records(std::size_t{pons} * onus), unsettled(pons * onus) {
     for (unsigned int index = 0; index < Size(); ++index)
@@ -34,13 +41,8 @@ std::vector<MibRow> OnuTable::ReadMib(unsigned int index) const {
 OnuTotals OnuTable::Totals() const {
     OnuTotals totals;
     const LockGuard guard(lock);
-    totals.onus = Size();
-    totals.unsettled = unsettled;
-    for (const Record& record : records) {
-        ++totals.phases[static_cast<unsigned int>(record.status.phase)];
-        totals.requests += record.status.requests;
-        totals.resent += record.status.resent;
-    }
+    for (const Record& record : records)
+        totals.Add(record.status);
     return totals;
 }
 
@@ -50,7 +52,7 @@ void OnuTable::SwapMib(unsigned int index, std::vector<MibRow>& rows) {
 }
 
 bool OnuTable::WaitSettled(unsigned int seconds) {
-    while (Totals().unsettled > 0) {
+    while (!AreAllSettled()) {
         if (seconds == 0) return false;
         if (settled.TryWait(1) != 0) --seconds;
     }

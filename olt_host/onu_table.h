@@ -62,9 +62,11 @@ struct OnuStatus {
 struct OnuTotals {
     unsigned int onus = 0;
     unsigned int phases[kOnuPhases] = {}; ///< ONUs by `OnuPhase`
-    unsigned int unsettled = 0;           ///< neither in sync, alarms known, nor given up
     unsigned long long requests = 0;
     unsigned long long resent = 0;
+
+    /// Counts one more.
+    void Add(const OnuStatus& status);
 };
 
 /// The ONUs of `pons` PONs with `onus` each, by index: PON by PON, on each by id.
@@ -118,14 +120,20 @@ private:
         std::vector<MibRow> mib;
     };
 
+    /// In sync and its alarms known, or given up.
     static bool IsSettled(const OnuStatus& status) {
         return (status.phase == OnuPhase::kInSync && !status.alarms_lost) ||
                (status.phase == OnuPhase::kFailed && status.given_up);
     }
 
+    bool AreAllSettled() const {
+        const LockGuard guard(lock);
+        return unsettled == 0;
+    }
+
     const unsigned int onus_per_pon;
     std::vector<Record> records;
-    unsigned int unsettled;
+    unsigned int unsettled;     ///< ONUs
     mutable ReadWriteLock lock; ///< guards `records` and `unsettled`
     Semaphore settled;          ///< signalled while no ONU is unsettled
 };

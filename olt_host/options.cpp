@@ -6,6 +6,8 @@
 
 #include <CLI/CLI.hpp>
 
+#include "olt_host/cli_path.h"
+
 namespace olt_host {
 
 namespace {
@@ -19,7 +21,8 @@ constexpr unsigned int kMostDelayMs = 60000;
 constexpr const char* kAbout =
     "Brings simulated ONUs into sync over OMCI, or replays recorded OMCI frames.\n"
     "Ends with status 0 when every ONU is in sync (a replay: when the file was read),\n"
-    "1 when not, 2 for a command line that makes no sense and for an unreadable file.";
+    "1 when not, 2 for a command line that makes no sense and for an unreadable file.\n"
+    "On a terminal, and with --cli-socket, operators are served before it ends.";
 
 /// "PON/ONU"; throws what CLI11 reports.
 OnuKey ReadOnu(const std::string& text) {
@@ -95,7 +98,7 @@ void CheckMute(const Options& options) {
     }
 }
 
-void AddReplay(CLI::App& app, Options& options) {
+void AddWork(CLI::App& app, Options& options) {
     CLI::Option* replay =
         app.add_option(
                "--replay", options.replay,
@@ -104,6 +107,13 @@ void AddReplay(CLI::App& app, Options& options) {
             ->option_text("FILE");
     app.add_flag("--check-mic", options.check_mic, "in the replay, refuse 48-byte frames with a wrong MIC")
         ->needs(replay);
+    app.add_option("--cli-socket", options.cli_socket,
+                   "serve operators at PATH (" + DefaultSocketPath() +
+                       ", where olt_cli looks for it) until \"exit\" on the console or a signal")
+        ->expected(0, 1)
+        ->default_str(DefaultSocketPath())
+        ->excludes(replay)
+        ->option_text("[PATH]");
 }
 
 } // namespace
@@ -114,7 +124,7 @@ std::optional<int> ReadOptions(int argc, char** argv, Options& options) {
     AddSizes(app, options.host);
     AddTimes(app, options);
     AddFaults(app, options);
-    AddReplay(app, options);
+    AddWork(app, options);
     app.add_flag("-v,--verbose", options.verbose,
                  "list every ONU or frame, count what happened on the PONs, and log warnings; twice: trace "
                  "the state machines of every ONU");

@@ -27,12 +27,12 @@ struct Options {
     unsigned int limit_s = 300;
     std::string replay; ///< the file; empty: bring ONUs up
     bool check_mic = false;
+    std::string cli_socket; ///< for operators; empty: none
     int verbose = 0;
 };
 
 /// Reads the command line into `options`; says on standard error what is wrong with it, on standard output
-/// what
-/// --help and --version ask for.
+/// what --help asks for.
 /// @return the status to end with; none to go on.
 std::optional<int> ReadOptions(int argc, char** argv, Options& options);
 

@@ -1,8 +1,12 @@
 #include "olt_host/report.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <iomanip>
 #include <sstream>
+
+#include "olt_host/me_class.h"
+#include "olt_host/omci_text.h"
 
 namespace olt_host {
 
@@ -21,13 +25,42 @@ const char* FailureName(OnuFailure failure) {
     return kNames[static_cast<unsigned int>(failure)];
 }
 
-template <typename... Cells>
-std::string Row(const Cells&... cells) {
-    constexpr int kWidths[] = {3, 4, -2, -20, 7, 6, 8, 10, 8, 9};
+/// A column's width; negative for text, which stands on its left.
+using Width = int;
+
+template <std::size_t Columns, typename... Cells>
+std::string Row(const Width (&widths)[Columns], const Cells&... cells) {
+    static_assert(sizeof...(cells) == Columns);
     std::ostringstream row;
-    const int* width = kWidths;
+    const Width* width = widths;
     ((row << (*width < 0 ? std::left : std::right) << std::setw(std::abs(*width)) << cells, ++width), ...);
     return row.str();
+}
+
+constexpr Width kOnuWidths[] = {3, 4, -2, -20, 7, 6, 8, 10, 8, 9};
+constexpr Width kServiceWidths[] = {-16, 4, 10, 8, 8, 8, 8};
+
+template <typename... Parts>
+std::string Line(const char* name, const Parts&... parts) {
+    std::ostringstream line;
+    line << "  " << std::left << std::setw(15) << name;
+    (line << ... << parts);
+    return line.str();
+}
+
+std::string HexText(const char* bytes, std::size_t size) {
+    constexpr char kDigits[] = "0123456789abcdef";
+    std::string text;
+    for (const char* byte = bytes; byte != bytes + size; ++byte) {
+        const auto value = static_cast<unsigned char>(*byte);
+        text.append(1, kDigits[value >> 4]).append(1, kDigits[value & 0xF]);
+    }
+    return text;
+}
+
+std::string SerialText(const SerialNumber& serial) {
+    std::string text(serial.begin(), serial.begin() + 4);
+    return text + '-' + HexText(serial.data() + 4, 4);
 }
 
 } // namespace
@@ -38,11 +71,12 @@ std::string StateText(const OnuStatus& status) {
 }
 
 std::string OnuHeader() {
-    return Row("PON", "ONU", "", "STATE", "ROWS", "SYNC", "ALARMS", "REQUESTS", "RESENT", "TIME/ms");
+    return Row(kOnuWidths, "PON", "ONU", "", "STATE", "ROWS", "SYNC", "ALARMS", "REQUESTS", "RESENT",
+               "TIME/ms");
 }
 
 std::string OnuRow(const OnuStatus& status) {
-    return Row(status.onu.pon_no, status.onu.onu_id, "", StateText(status), status.rows,
+    return Row(kOnuWidths, status.onu.pon_no, status.onu.onu_id, "", StateText(status), status.rows,
                static_cast<unsigned int>(status.data_sync), status.alarmed.Size(), status.requests,
                status.resent, status.busy_ms);
 }
@@ -55,15 +89,54 @@ void PrintOnus(std::ostream& out, const OnuTable& table, bool all) {
         out << OnuRow(table.Read(index)) << '\n';
 }
 
-void PrintTotals(std::ostream& out, const OnuTotals& totals) {
-    out << totals.onus << " ONUs:";
+std::string TotalsText(const OnuTotals& totals) {
+    std::ostringstream text;
+    text << totals.onus << " ONUs:";
     const char* comma = " ";
     for (unsigned int phase = 0; phase < kOnuPhases; ++phase) {
         if (totals.phases[phase] == 0) continue;
-        out << comma << totals.phases[phase] << ' ' << PhaseName(static_cast<OnuPhase>(phase));
+        text << comma << totals.phases[phase] << ' ' << PhaseName(static_cast<OnuPhase>(phase));
         comma = ", ";
     }
-    out << "; " << totals.requests << " requests, " << totals.resent << " sent again\n";
+    text << "; " << totals.requests << " requests, " << totals.resent << " sent again";
+    return text.str();
+}
+
+std::vector<std::string> OnuDetails(const OnuStatus& status) {
+    const OnuKey onu = status.onu;
+    std::vector<std::string> lines = {
+        "ONU " + std::to_string(onu.pon_no) + '/' + std::to_string(onu.onu_id),
+        Line("serial number", SerialText(SerialOf(onu))),
+        Line("state", StateText(status), status.given_up ? ", given up" : ""),
+        Line("last failure", FailureName(status.failure)),
+        Line("bring-ups", status.attempts, " since it was last in sync, the last took ", status.busy_ms,
+             " ms"),
+        Line("MIB", status.rows, " rows, data sync ", static_cast<unsigned int>(status.data_sync)),
+        Line("requests", status.requests, ", ", status.resent, " sent again"),
+        Line("notifications", status.alarms, " of alarms, ", status.changes, " of attribute values"),
+        Line("alarms", status.alarmed.Size(), status.alarms_lost ? ", not all known" : ""),
+    };
+    for (const MeId me : status.alarmed)
+        lines.push_back(Line("", MeName(me)));
+    return lines;
+}
+
+std::string MibRowText(const MibRow& row) {
+    const MeClass* const me_class = FindMeClass(row.me.me_class);
+    const std::size_t known = me_class == nullptr ? 0 : me_class->SizeOf(row.mask);
+    const std::size_t size = known == 0 ? MibRow::kValues : std::min<std::size_t>(known, MibRow::kValues);
+    std::ostringstream text;
+    text << std::left << std::setw(44) << MeName(row.me) << "  " << HexText(row.values.data(), size);
+    return text.str();
+}
+
+std::string ServiceHeader() {
+    return Row(kServiceWidths, "SERVICE", "TYPE", "FRAMES", "STRAYS", "ACTIVE", "QUEUED", "LENGTH");
+}
+
+std::string ServiceRow(const OmciService& service) {
+    return Row(kServiceWidths, service.mod_name, service.mod_type, service.Frames(), service.Strays(),
+               service.Active(), service.msg_queue.GetMsgNum(), service.msg_num);
 }
 
 void PrintLine(std::ostream& out, const FiberCounters& counters) {

@@ -4,8 +4,11 @@
 
 #include <ostream>
 #include <string>
+#include <vector>
 
 #include "olt_host/fiber.h"
+#include "olt_host/mib_row.h"
+#include "olt_host/omci_service.h"
 #include "olt_host/onu_table.h"
 
 namespace olt_host {
@@ -20,8 +23,17 @@ std::string OnuRow(const OnuStatus& status);
 /// A row for each ONU, or only for those that are not in sync.
 void PrintOnus(std::ostream& out, const OnuTable& table, bool all);
 
-/// How many ONUs are in which state, and what it took.
-void PrintTotals(std::ostream& out, const OnuTotals& totals);
+/// How many ONUs are in which state, and what it took: "8 ONUs: 8 in sync; 584 requests, 0 sent again"
+std::string TotalsText(const OnuTotals& totals);
+
+/// Everything about one ONU but its MIB, line by line.
+std::vector<std::string> OnuDetails(const OnuStatus& status);
+/// The entity, the mask of its attributes and their values.
+std::string MibRowText(const MibRow& row);
+
+/// The columns of a service's row, and the row; without a line end.
+std::string ServiceHeader();
+std::string ServiceRow(const OmciService& service);
 
 /// What happened to the frames on their way.
 void PrintLine(std::ostream& out, const FiberCounters& counters);

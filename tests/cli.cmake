@@ -12,13 +12,3 @@ onu_mng_test(cli_execute_test PORT posix SOURCES cli_execute_test.cpp)
 onu_mng_test(cli_filter_test PORT posix SOURCES cli_filter_test.cpp)
 onu_mng_test(cli_memory_test PORT posix SOURCES cli_memory_test.cpp)
 onu_mng_test(cli_server_test PORT posix SOURCES cli_server_test.cpp)
-
-# A person at a terminal; what they see depends on every part from the keys to the handlers.
-if(TARGET olt_cli)
-  add_executable(cli_test_host cli_test_host.cpp)
-  target_link_libraries(cli_test_host PRIVATE cli_test_commands onu_mng_platform_posix_console)
-  onu_mng_warnings(cli_test_host)
-  add_test(NAME cli_session COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/cli_session.sh $<TARGET_FILE:cli_test_host>
-                                    $<TARGET_FILE:olt_cli>)
-  set_tests_properties(cli_session PROPERTIES TIMEOUT 60 SKIP_RETURN_CODE 77)
-endif()

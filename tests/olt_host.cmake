@@ -23,7 +23,7 @@ if(TARGET olt_host_core)
   olt_host_test(sim_olt_host_test sim)
 
   # The same program where minutes take no time.
-  add_executable(olt_host_on_sim $<TARGET_OBJECTS:olt_host_main>)
+  add_executable(olt_host_on_sim $<TARGET_OBJECTS:olt_host_main> ${PROJECT_SOURCE_DIR}/olt_host/operators_none.cpp)
   target_link_libraries(olt_host_on_sim PRIVATE olt_host_core onu_mng_lib onu_mng_platform_sim_main)
   program_test(olt_host_mute_onu 1 "^  2   1  failed: no answer .* 1       2 " olt_host_on_sim --mute 2/1)
   program_test(olt_host_gives_up_waiting 1 "^8 ONUs: 1 uploading, 7 in sync; " olt_host_on_sim --mute 2/1 --limit 3)
@@ -38,6 +38,10 @@ if(TARGET olt_host AND ONU_MNG_PLATFORM STREQUAL "posix")
   program_test(olt_host_4096_onus 0 "^4096 ONUs: 4096 in sync; " olt_host --pons 32 --onus 128)
   program_test(olt_host_busy_line 0 "^256 ONUs: 256 in sync; "
                olt_host --pons 4 --onus 64 --duplicate 20 --link 1 --audit 1 --attempts 0 -v)
+  # Operators at their terminals: what they see depends on every part from the keys to the handlers.
+  add_test(NAME olt_host_session COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/olt_host_session.sh $<TARGET_FILE:olt_host>
+                                         $<TARGET_FILE:olt_cli>)
+  set_tests_properties(olt_host_session PROPERTIES TIMEOUT 120 SKIP_RETURN_CODE 77)
   program_test(olt_host_help 0 "replay FILE" olt_host --help)
   program_test(olt_host_wrong_number 2 "pons: Value 99 not in range 1 to 64" olt_host --pons 99)
   program_test(olt_host_wrong_onu 2 "there is no ONU 3/1" olt_host --mute 1/1,3/1)

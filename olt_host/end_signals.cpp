@@ -1,0 +1,32 @@
+#include "olt_host/end_signals.h"
+
+#include <ctime>
+#include <initializer_list>
+
+#include <unistd.h>
+
+namespace olt_host {
+
+EndSignals::EndSignals() {
+    sigemptyset(&signals);
+    for (const int number : {SIGINT, SIGTERM, SIGHUP})
+        sigaddset(&signals, number);
+    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+}
+
+bool EndSignals::HasCome() {
+    const timespec at_once{0, 0};
+    has_come = has_come || sigtimedwait(&signals, nullptr, &at_once) > 0;
+    return has_come;
+}
+
+void EndSignals::Wait() {
+    while (!has_come)
+        has_come = sigwaitinfo(&signals, nullptr) > 0;
+}
+
+void EndSignals::Raise() {
+    kill(getpid(), SIGTERM);
+}
+
+} // namespace olt_host

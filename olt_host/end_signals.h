@@ -1,0 +1,29 @@
+/// The signals that ask a program to end.
+#ifndef OLT_HOST_END_SIGNALS_H
+#define OLT_HOST_END_SIGNALS_H
+
+#include <csignal>
+
+namespace olt_host {
+
+/// Takes SIGINT, SIGTERM and SIGHUP for whoever asks or waits here, instead of the process ending where it
+/// stands. Made before other tasks are started, which then leave the signals alone.
+class EndSignals {
+public:
+    EndSignals();
+
+    /// Whether one has come. Stays true.
+    bool HasCome();
+    /// Returns when one has come.
+    void Wait();
+    /// Sends one. Any task.
+    static void Raise();
+
+private:
+    sigset_t signals;
+    bool has_come = false;
+};
+
+} // namespace olt_host
+
+#endif
