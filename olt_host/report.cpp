@@ -126,7 +126,8 @@ std::string MibRowText(const MibRow& row) {
     const std::size_t known = me_class == nullptr ? 0 : me_class->SizeOf(row.mask);
     const std::size_t size = known == 0 ? MibRow::kValues : std::min<std::size_t>(known, MibRow::kValues);
     std::ostringstream text;
-    text << std::left << std::setw(44) << MeName(row.me) << "  " << HexText(row.values.data(), size);
+    text << std::left << std::setw(44) << MeName(row.me) << " 0x" << std::right << std::hex
+         << std::setfill('0') << std::setw(4) << row.mask << "  " << HexText(row.values.data(), size);
     return text.str();
 }
 

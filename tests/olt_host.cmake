@@ -4,7 +4,8 @@ set(OMCI_FRAMES_FILE "${PROJECT_SOURCE_DIR}/../shared/data/omci_frames.tsv" CACH
 
 function(olt_host_test name port)
   onu_mng_test(${name} PORT ${port} SOURCES ${name}.cpp LIBRARIES olt_host_core TIMEOUT 300)
-  target_compile_definitions(${name} PRIVATE OMCI_FRAMES_FILE="${OMCI_FRAMES_FILE}")
+  target_compile_definitions(${name} PRIVATE OMCI_FRAMES_FILE="${OMCI_FRAMES_FILE}"
+                                             ONU_MNG_GOLDEN_DIR="${CMAKE_CURRENT_SOURCE_DIR}/golden")
 endfunction()
 
 # A program that ends with a status and prints a text: program_test(NAME STATUS TEXT PROGRAM ARGUMENTS...)
@@ -20,6 +21,7 @@ if(TARGET olt_host_core)
   olt_host_test(omci_simulated_onu_test posix)
   olt_host_test(olt_host_replay_test posix)
   olt_host_test(olt_host_services_test sim)
+  olt_host_test(olt_host_commands_test sim)
   olt_host_test(sim_olt_host_test sim)
 
   # The same program where minutes take no time.
