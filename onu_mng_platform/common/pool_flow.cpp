@@ -6,6 +6,8 @@
 
 namespace onu_mng_platform {
 
+constexpr uint32_t kFirstBatch = 4; // blocks
+
 Pool::ThreadStock* Pool::MakeStock() {
     const unsigned int slot = ThreadSlot();
     if (slot == kNoThreadSlot) return nullptr;
@@ -41,13 +43,14 @@ Cell Pool::TakeFromDepot(uint32_t index, ThreadStock* stock) {
 }
 
 /// Takes one block and cuts some more for `stock`: twice as many each time, so that a thread that needs few
-/// blocks of a class does not hoard them.
+/// blocks of a class does not hoard them, but so many that the first blocks of two threads, which each of them
+/// takes again and again, share no cache line.
 Cell Pool::TakeFromMap(uint32_t cells, ThreadStock* stock) {
     const uint32_t index = stock_class::Of(cells);
     const Cell start = map_.Take(cells, BlockState::kLive);
     if (start == kNoCell || stock == nullptr || index == stock_class::kNone) return start;
     const uint32_t limit = OwnBlocks::Room(index) / 2;
-    const uint32_t batch = std::clamp(2 * uint32_t{stock->batches[index]}, uint32_t{1}, limit);
+    const uint32_t batch = std::min(std::max(2 * uint32_t{stock->batches[index]}, kFirstBatch), limit);
     stock->batches[index] = static_cast<uint8_t>(batch);
     for (uint32_t i = 1; i < batch; ++i) {
         const Cell more = map_.Take(cells, BlockState::kMoving);
