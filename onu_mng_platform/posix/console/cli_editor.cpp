@@ -50,9 +50,9 @@ public:
     }
 
     std::optional<std::string> Read() {
-        // Before the prompt, so that a key that is pressed at its sight is one of the editor's.
-        el_set(edit_.get(), EL_PREP_TERM, 1);
         do {
+            // Before the prompt, so that a key that is pressed at its sight is one of the editor's.
+            el_set(edit_.get(), EL_PREP_TERM, 1);
             is_cancelled_ = false;
             int size = 0;
             const char* line = el_gets(edit_.get(), &size);
