@@ -10,6 +10,7 @@ endif()
 file(GLOB cxx_headers RELATIVE ${PROJECT_SOURCE_DIR} CONFIGURE_DEPENDS
      ${PROJECT_SOURCE_DIR}/onu_mng_lib/*.h ${PROJECT_SOURCE_DIR}/onu_mng_lib/onu_mng_common/*.h
      ${PROJECT_SOURCE_DIR}/onu_mng_platform/*.h ${PROJECT_SOURCE_DIR}/onu_mng_platform/*/*.h
+     ${PROJECT_SOURCE_DIR}/onu_mng_platform/posix/console/*.h
      ${PROJECT_SOURCE_DIR}/olt_host/*.h)
 file(GLOB c_headers RELATIVE ${PROJECT_SOURCE_DIR} CONFIGURE_DEPENDS
      ${PROJECT_SOURCE_DIR}/onu_mng_lib/*_cinterface.h ${PROJECT_SOURCE_DIR}/onu_mng_lib/onu_mng_system*.h
