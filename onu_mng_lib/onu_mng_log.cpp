@@ -80,13 +80,16 @@ OnuLogPara* OnuMngLog::FindByNumbers(unsigned short pon, unsigned short onu) {
 
 void OnuMngLog::AddOnuTracer(unsigned short pon, unsigned short onu, const unsigned char* sn, int level) {
     const unsigned int log_module = onu_mng_system_get_log_module();
-    LockGuard guard(lock);
-    if (!Insert(pon, onu, sn, level)) {
-        ulogPrintf(log_module, ONU_MNG_LOG_ERROR, "(PON:%d, ONU:%d)no memory to trace level %d\r\n", pon, onu,
-                   level);
-        return;
+    {
+        LockGuard guard(lock);
+        if (Insert(pon, onu, sn, level)) {
+            if (ulogSetModIgnore(log_module, level, 1) == 0 && level < kLogLevels)
+                open_levels.set(static_cast<std::size_t>(level));
+            return;
+        }
     }
-    ulogSetModIgnore(log_module, level, 1);
+    ulogPrintf(log_module, ONU_MNG_LOG_ERROR, "(PON:%d, ONU:%d)no memory to trace level %d\r\n", pon, onu,
+               level);
 }
 
 /// False when memory is short; the registry is then as it was.
@@ -125,8 +128,13 @@ void OnuMngLog::ClearOnuTracer() {
     const unsigned int log_module = onu_mng_system_get_log_module();
     LockGuard guard(lock);
     for (const auto& [key, para] : tracer_map)
-        for (const int level : para.debug_levels)
+        for (const int level : para.debug_levels) {
             ulogSetModIgnore(log_module, level, 0);
+            if (level >= 0 && level < kLogLevels) open_levels.reset(static_cast<std::size_t>(level));
+        }
+    for (int level = 0; level < kLogLevels; ++level)
+        if (open_levels.test(static_cast<std::size_t>(level))) ulogSetModIgnore(log_module, level, 0);
+    open_levels.reset();
     first_with_sn.clear();
     tracer_map.clear();
 }

@@ -3,6 +3,7 @@
 #define ONU_MNG_LIB_ONU_MNG_LOG_H
 
 #include <atomic>
+#include <bitset>
 #include <cstdint>
 #include <map>
 #include <set>
@@ -17,7 +18,7 @@ struct OnuLogPara {
 
 /// The per-ONU trace registry: keys with the log levels traced for them.
 ///
-/// A key's PON or ONU number of 0xFFFF is a wildcard: (p, 0xFFFF) covers PON p, (0xFFFF, 0xFFFF) every ONU. A
+/// The numbers (p, 0xFFFF) cover PON p, (0xFFFF, 0xFFFF) every ONU; (0xFFFF, n) covers none. A
 /// key may carry a serial number. The entry that governs an ONU is the first found of: the ONU itself (with a
 /// serial number: that serial number on that PON), its numbers, its PON, all; failing these, in key order,
 /// the first entry with a serial number whose numbers are the ONU's, its PON's wildcard, or all.
@@ -28,13 +29,15 @@ public:
     static OnuMngLog* GetInstance();
 
     /// Adds `level` to the entry that governs the ONU, or makes an entry for it, and opens the level in the
-    /// log. `sn` is null or 8 bytes. Where memory is short the registry stays as it was (one level-13 line).
+    /// log. While tracing is off no entry governs, and an ONU whose key is there already gets nothing. `sn` is
+    /// null or 8 bytes. Where memory is short the registry stays as it was (one level-13 line).
     void AddOnuTracer(unsigned short pon, unsigned short onu, const unsigned char* sn, int level);
 
-    /// Closes every traced level in the log and removes all entries.
+    /// Closes in the log every level that was opened, and removes all entries.
     void ClearOnuTracer();
 
-    /// Finds the entry that governs an ONU; the caller holds the lock, and `para` is valid as long.
+    /// Finds the entry that governs an ONU, for a caller that knows that nobody changes the registry
+    /// meanwhile: this takes no lock, and `para` is valid until the registry changes.
     /// @return true with `para` set; false with `para` null when there is none, or left alone while tracing
     ///         is off.
     bool MatchOnu(unsigned short pon, unsigned short onu, const unsigned char* sn, OnuLogPara*& para);
@@ -63,6 +66,8 @@ private:
         bool operator()(const KeyView& a, const OnuNo& b) const;
     };
     using TracerMap = std::map<OnuNo, OnuLogPara, KeyLess>;
+    static constexpr int kLogLevels = 16; ///< what ulogSetModIgnore() takes
+
     using SnIndex = std::map<std::uint32_t, TracerMap::iterator>;
 
     OnuMngLog();
@@ -77,7 +82,9 @@ private:
     /// The numbers of entries with a serial number, with the first such entry in key order: what a look-up
     /// that finds nothing by key would otherwise walk all entries for.
     SnIndex first_with_sn;
-    mutable ReadWriteLock lock; ///< guards both maps
+    /// What two operators at once have opened is in no entry when one of them has just ended tracing.
+    std::bitset<kLogLevels> open_levels;
+    mutable ReadWriteLock lock; ///< guards the maps and the levels
 };
 
 #endif

@@ -12,6 +12,7 @@
 #include "onu_mng_lib/onu_mng_log.h"
 #include "onu_mng_lib/onu_mng_log_cinterface.h"
 #include "onu_mng_lib/onu_mng_system_reg_interface.h"
+#include "onu_mng_platform/ulog.h"
 #include "tests/support/log_lines.h"
 
 namespace {
@@ -171,6 +172,26 @@ TEST_F(TraceRegistry, KeepsItsEntriesWhenThePoolHasNoBlockForASerialNumber) {
     Add({7, 7, serial}, 4);
     EXPECT_TRUE(registry->IsTraceOnu(7, 7, nullptr, 4));
     EXPECT_TRUE(registry->IsTraceOnu(1, 5, nullptr, 4));
+}
+
+TEST_F(TraceRegistry, ClosesInTheLogWhatItOpened) {
+    LogLines log;
+    ulogSetThreshold(16);
+    const auto is_open = [&log](int level) {
+        ulogPrintf(kLogModule, level, "seen\r\n");
+        return !log.Take().empty();
+    };
+    Switch(true);
+    Add({1, kAny, nullptr}, 3);
+    Add({1, 5, nullptr}, 4); // widens the PON's
+    Add({2, 5, nullptr}, 5);
+    Switch(false);
+    Add({2, 5, nullptr}, 6); // in no entry
+    for (const int level : {3, 4, 5, 6})
+        EXPECT_TRUE(is_open(level)) << level;
+    registry->ClearOnuTracer();
+    for (const int level : {3, 4, 5, 6})
+        EXPECT_FALSE(is_open(level)) << level;
 }
 
 } // namespace
