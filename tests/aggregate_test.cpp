@@ -45,8 +45,11 @@ TEST(Aggregates, CopiesShareNoIteratorAndNoPosition) {
     EXPECT_EQ(&items.items[0], copy());
     Items second(items);
     EXPECT_NE(walk, second.CreateIterator());
+    Iterator* walk_of_second = second.CreateIterator();
+    walk_of_second->Next();
     second = items;
-    EXPECT_EQ(second.GetItem(0), second.CreateIterator()->CurrentItem());
+    EXPECT_EQ(second.GetItem(0), static_cast<const Items&>(second).CreateIterator()->CurrentItem())
+        << "a copy starts a walk of its own";
     const Iterator nowhere;
     EXPECT_TRUE(nowhere.IsEnd());
     EXPECT_EQ(nullptr, nowhere());

@@ -52,6 +52,9 @@ TEST_F(VariantBuffer, RefusalsNameTheirCauseAndChangeNothing) {
     EXPECT_STREQ(out, "kept");
     EXPECT_EQ(Block(buffer), std::string(4, '\0'));
     EXPECT_EQ(buffer.GetPos(), 0U);
+    ASSERT_EQ(buffer.Append(static_cast<short>(1)), ONU_MNG_OK);
+    EXPECT_EQ(buffer.Append(out, 4, 4), ONU_MNG_FAILURE);
+    EXPECT_EQ(log.Take(), Lines({"13 Not enough space left, var len 4, buf pos 2, data len 4, offset 4"}));
 }
 
 TEST_F(VariantBuffer, AppendsAndFetchesVariants) {
@@ -212,6 +215,9 @@ TEST_F(VariantBuffer, MayBecomeTheValueOfItsOwnRecord) {
     EXPECT_EQ(variant.UnSerialize(variant), ONU_MNG_OK);
     EXPECT_EQ(Block(variant), std::string("xyz\0", 4));
     EXPECT_EQ(variant.GetPos(), 0U);
+    Variant unknown = Buffer({"\x20\0\0\0\x03xyz", 8});
+    EXPECT_EQ(unknown.UnSerialize(unknown), ONU_MNG_OK);
+    EXPECT_EQ(unknown.GetPos(), 8U);
 }
 
 } // namespace

@@ -102,6 +102,8 @@ TEST_F(VariantText, FormattedPiecesEndAt1024Characters) {
     EXPECT_EQ(text, "5 x5 x5 x");
     VariantUtil::Assign(text, "%s", std::string(1025, 'y').c_str());
     EXPECT_EQ(text, std::string(1024, 'y'));
+    VariantUtil::Assign(text, "a%cb", 0);
+    EXPECT_EQ(text, "a");
 }
 
 TEST_F(VariantText, TrimAndSplit) {
@@ -125,6 +127,9 @@ TEST_F(VariantText, TrimAndSplit) {
         VariantUtil::Split(c.text, pieces, c.delim);
         EXPECT_EQ(pieces, c.pieces) << c.text;
     }
+    Pieces own = {"a piece of its own text,b"};
+    VariantUtil::Split(own[0], own, ",");
+    EXPECT_EQ(own, Pieces({"a piece of its own text,b", "a piece of its own text", "b"}));
 }
 
 } // namespace

@@ -51,6 +51,7 @@ TEST_F(VariantValue, TextsAndBuffersAreCopiedAndStartAtTheFront) {
     buffer(no_text, 5);
     buffer.Copy("xy", 0);
     EXPECT_EQ(Block(buffer), "xb");
+    EXPECT_TRUE(Variant(no_text).IsEmpty());
     EXPECT_EQ(Block(Variant(std::string("abc\0def", 7))), std::string("abc\0", 4));
     EXPECT_EQ(log.Take(), Lines());
 
@@ -178,6 +179,7 @@ TEST_F(VariantValue, BlocksConvertIntoEachOtherAndNothingElse) {
     EXPECT_EQ(text.ResetType(VARIANT_TYPE_INT), ONU_MNG_FAILURE);
     EXPECT_EQ(number.ResetType(VARIANT_TYPE_NONE), ONU_MNG_FAILURE);
     EXPECT_EQ(empty.ResetType(VARIANT_TYPE_INT), ONU_MNG_FAILURE);
+    EXPECT_EQ(empty.ResetType(VARIANT_TYPE_NONE), ONU_MNG_OK);
     EXPECT_EQ(text.GetValue(), 0U);
     EXPECT_EQ(log.Take(), Lines({"13 current type 9 is conflict with type 5 ",
                                  "13 current type 5 is conflict with type 255 ",

@@ -2,8 +2,7 @@
 
 #include <new>
 
-Aggregate& Aggregate::operator=(const Aggregate& other) {
-    if (this == &other) return *this;
+Aggregate& Aggregate::operator=(const Aggregate&) {
     delete p_iterator;
     p_iterator = nullptr;
     return *this;

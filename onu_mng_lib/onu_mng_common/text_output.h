@@ -17,7 +17,7 @@ public:
     operator std::string_view() const { return {digits, static_cast<std::size_t>(end - digits)}; }
 
 private:
-    char digits[24]; ///< more than the 19 digits and the sign of a decimal number of 64 bits
+    char digits[24]; ///< more than the 20 digits of a decimal number of 64 bits
     const char* const end;
 };
 

@@ -26,7 +26,8 @@
 /// its block the object is empty afterwards unless the operation says otherwise. Nothing throws. Data and
 /// texts given to an operation may lie in the object's own block.
 ///
-/// Thread safety: one task at a time, also for reading, which moves the cursor. Nothing blocks.
+/// Thread safety: one task at a time, also for reading, which moves the cursor. Nothing blocks, but
+/// for what the log's sink and a terminal take.
 class Variant {
 public:
     /// As an `offset` of `Append` and `Fetch`: the cursor moves by the size of the value.
@@ -135,8 +136,8 @@ public:
     /// other type gives 0 and a log line.
     unsigned long long GetValue() const;
 
-    /// A total order: the empty Variant, then scalars by `GetValue` as unsigned numbers (negative ones come
-    /// last), then blocks by length and content. A STRING counts up to its NUL.
+    /// A total order: the empty Variant, then scalars by `GetValue` as unsigned numbers (-1 of a
+    /// signed type is the largest), then blocks by length and content. A STRING counts up to its NUL.
     bool operator<(const Variant& other) const;
     bool operator==(const Variant& other) const;
 
@@ -151,19 +152,20 @@ public:
     /// Numbers as strtol and strtoul with base 0 and 32 bits read them, whatever follows, then cut to the
     /// type: no digits give 0, too large a number saturates, an unsigned one may have a minus sign. BUFFER,
     /// and STRING where the text begins with 0x, take hexadecimal text; a STRING then ends at the first NUL.
-    /// A type above BUFFER, and no digits for a BUFFER, change nothing.
-    /// @return 0, for a value that found no block too; 0x800001f5 when hexadecimal text is malformed
+    /// A type above BUFFER, and "0x" for a BUFFER, change nothing.
+    /// @return 0, for a value that found no block too; 0x800001f5 when hexadecimal text is malformed, is empty,
     ///         or there is no block to decode it in: nothing changes.
     unsigned int FromString(VariantType new_type, std::string text);
 
     /// Writes the value to the terminal `out` (a `vty*`), or to standard output when it is null: numbers in
-    /// decimal and texts padded to 40 characters, a BUFFER as (0x) and two digits and a blank a byte.
+    /// signed decimal and texts padded to 40 characters, a BUFFER as (0x) and two digits and a blank a byte, an
+    /// empty object as a line that says so.
     void Print(void* out) const;
 
     // ---- As a buffer ----
 
-    /// True when `data_len` bytes fit between cursor and end and the cursor may then move by `offset`. A
-    /// STRING's NUL is no room.
+    /// True when `data_len` bytes fit between cursor and end and the cursor may then move by `offset`, of a
+    /// scalar too, to which nothing can be appended. A STRING's NUL is no room.
     bool IsEnough(unsigned int data_len, unsigned int offset) const {
         const unsigned int step = Step(data_len, offset);
         return step >= data_len && step <= Room();
@@ -210,8 +212,9 @@ public:
     ///         with the cursor behind them.
     unsigned int Serialize(Variant& out) const;
 
-    /// Takes the value of the record at the cursor of the buffer `in` and moves that cursor behind it. A
-    /// record of a type above BUFFER is skipped and changes nothing.
+    /// Takes the value of the record at the cursor of the buffer `in` and moves that cursor by the record's
+    /// length. A scalar takes as many bytes as its type has, whatever that length is. A record of a type above
+    /// BUFFER, and a BUFFER of length 0, are skipped and change nothing.
     /// @return 0, for a BUFFER that found no block too; 0x800001f5 when type or length cannot be
     ///         fetched or the value is not there in full (this object then stays as it was), and when there
     ///         is no block for a STRING: the cursor then stands behind what was fetched, not behind the

@@ -95,8 +95,9 @@ unsigned int Variant::UnSerialize(const Variant& in) {
         return ONU_MNG_FAILURE;
     }
     const unsigned int behind = in.pos + record_len;
+    const char* const block = in.value.buff;
     const unsigned int result = Assign(new_type, in.value.buff + in.pos, record_len);
     if (result != ONU_MNG_OK) return result;
-    if (this != &in) in.pos = behind;
+    if (in.GetBuff() == block) in.pos = behind; // not when this was its own block
     return ONU_MNG_OK;
 }

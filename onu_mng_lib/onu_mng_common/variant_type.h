@@ -64,7 +64,7 @@ inline constexpr VariantType VariantTypeOf<unsigned long> = sizeof(long) == size
                                                                                         : VARIANT_TYPE_UINT64;
 
 /// Admits a template argument that is the C++ type of a scalar, as it stands: no enumerations, no pointers,
-/// no floating point.
+/// no floating point, and of the small integers `char`, not `std::int8_t`. Cast these to one of the table.
 template <typename T>
 using RequireVariantScalar = std::enable_if_t<VariantTypeOf<T> != VARIANT_TYPE_NONE, int>;
 

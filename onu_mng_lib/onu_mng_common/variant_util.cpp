@@ -4,6 +4,8 @@
 #include <cctype>
 #include <cstdarg>
 #include <cstdio>
+#include <cstring>
+#include <iterator>
 #include <new>
 
 namespace {
@@ -15,7 +17,7 @@ class FormattedPiece {
 public:
     FormattedPiece(const char* format, std::va_list arguments) {
         const int wanted = std::vsnprintf(text, sizeof(text), format, arguments);
-        length = wanted < 0 ? 0 : std::min(static_cast<std::size_t>(wanted), kLongestPiece);
+        length = wanted < 0 ? 0 : std::strlen(text); // a "%c" of 0 ends it
     }
     void Assign(std::string& target) const {
         try {
@@ -68,16 +70,18 @@ std::string& VariantUtil::Trim(std::string& text) {
 }
 
 void VariantUtil::Split(const std::string& text, std::vector<std::string>& out, const std::string& delim) {
-    const std::size_t kept = out.size();
+    std::vector<std::string> tokens;
     try {
         std::size_t start = text.find_first_not_of(delim);
         while (start < text.size()) {
             const std::size_t found = delim.empty() ? text.npos : text.find(delim, start);
             const std::size_t end = std::min(found, text.size());
-            if (end > start) out.emplace_back(text, start, end - start);
+            if (end > start) tokens.emplace_back(text, start, end - start);
             start = end + delim.size();
         }
+        out.reserve(out.size() + tokens.size());
     } catch (const std::bad_alloc&) {
-        out.resize(kept);
+        return;
     }
+    std::move(tokens.begin(), tokens.end(), std::back_inserter(out));
 }
