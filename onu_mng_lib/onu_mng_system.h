@@ -5,8 +5,8 @@
  *   3. the service modules (onu_mng_module_cplus_interface.h), and the CLI commands if they are wanted;
  *   4. onu_mng_system_start().
  *
- * Nothing is stopped before the process exits; then the modules' tasks and the supervision end, and packets
- * still queued go back to the pool.
+ * Nothing is stopped before the process exits; then the modules' tasks and the supervision end at their next
+ * wait for the platform, which exit waits for, and packets still queued go back to the pool.
  */
 #ifndef ONU_MNG_LIB_ONU_MNG_SYSTEM_H
 #define ONU_MNG_LIB_ONU_MNG_SYSTEM_H

@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <functional>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -189,6 +190,21 @@ TEST_F(Modules, AFullQueueRefusesAtOnceAndKeepsNothing) {
     ASSERT_EQ(0, entered.TryWait(kWatchdogSeconds)) << "the next is handled after a failure";
     EXPECT_TRUE(lines.Has("10 recorder handle msg failed"));
     leave.Signal();
+}
+
+TEST_F(Modules, AHandlerThatThrowsLosesItsMessageOnly) {
+    Recorder* module = Add(1);
+    module->on_message = [&](const Recorder::Message& message) {
+        handled.Signal();
+        if (message.data[0] == 'b') throw std::runtime_error("bad message");
+        return ONU_MNG_OK;
+    };
+    ASSERT_EQ(0u, onu_mng_system_start());
+    for (const char* payload : {"bad", "good"}) {
+        ASSERT_EQ(0u, Send(1, payload));
+        ASSERT_EQ(0, handled.TryWait(kWatchdogSeconds)) << payload;
+    }
+    EXPECT_TRUE(lines.Has("13 recorder handle msg ended by an exception: bad message"));
 }
 
 TEST_F(Modules, AllAreInitialisedPastAFailureButThenNoneIsStarted) {

@@ -166,6 +166,20 @@ TEST(Interleavings, OfRemovalsAndHandlersLeaveNoPacket) {
     });
 }
 
+/// A module whose destructor waits for a lock.
+class LockingModule : public SimModule {
+public:
+    LockingModule(unsigned int type, Handler handler, ReadWriteLock& to_take)
+        : SimModule(type, MSG_PROC_ASYNC, std::move(handler)), lock(to_take) {}
+    ~LockingModule() override {
+        EndTask();
+        const LockGuard guard(lock);
+    }
+
+private:
+    ReadWriteLock& lock;
+};
+
 // The task that removes modules is itself deleted, somewhere.
 TEST(Interleavings, OfARemoverThatIsEndedLeaveTheManagerUsable) {
     sim_scenario::ForEachSeed([](std::uint64_t seed) {
@@ -175,10 +189,15 @@ TEST(Interleavings, OfARemoverThatIsEndedLeaveTheManagerUsable) {
                 board.Sleep(1ms);
                 return ONU_MNG_OK;
             };
-            onu_mng_module_reg_service_module(new SimModule(kType, MSG_PROC_ASYNC, handle));
+            ReadWriteLock lock;
+            onu_mng_module_reg_service_module(new LockingModule(kType, handle, lock));
             ASSERT_EQ(ONU_MNG_OK, onu_mng_system_start());
             for (unsigned int number = 0; number < 8; ++number)
                 SendPayload(kType, 0, number);
+            board.Spawn("holder", [&] {
+                const LockGuard guard(lock);
+                board.Sleep(1ms);
+            });
             const auto remove = [](intptr_t, intptr_t, intptr_t, intptr_t, intptr_t, intptr_t, intptr_t,
                                    intptr_t, intptr_t,
                                    intptr_t) { ModuleManager::GetInstance()->RemoveModule(kType); };
@@ -188,6 +207,7 @@ TEST(Interleavings, OfARemoverThatIsEndedLeaveTheManagerUsable) {
             EXPECT_EQ(0, bep_taskDeleteEx(remover));
             EXPECT_EQ(ONU_MNG_OK, ModuleManager::GetInstance()->RemoveModule(kType));
             EXPECT_EQ(0u, ModuleManager::GetInstance()->GetSize());
+            board.Join();
         });
     });
 }

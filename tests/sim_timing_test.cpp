@@ -5,6 +5,7 @@
 #include <chrono>
 #include <functional>
 #include <limits>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -102,6 +103,30 @@ TEST(Supervision, LetsTheNextMessageOfAnOverdueContextFail) {
     });
 }
 
+TEST(Supervision, OutlivesAHookThatAsksThePoolAndThrows) {
+    RunHost([](Simulation& board) {
+        StateContextManager* const pool = StateContextManager::GetInstance();
+        SimContext idle(Quiet);
+        unsigned int throws = 0;
+        SimContext thrower([&](StateContext&, char*) -> unsigned int {
+            EXPECT_EQ(2u, pool->GetSize());
+            EXPECT_EQ(&idle, pool->GetItem(0));
+            EXPECT_EQ(ONU_MNG_STATE_UNMATCHED, pool->Terminate(idle.context_id));
+            if (++throws == 1) throw std::bad_alloc();
+            return ONU_MNG_OK;
+        });
+        ASSERT_EQ(ONU_MNG_OK, thrower.Alloc(1, 5, nullptr, 0));
+        board.Sleep(330s + 6 * 30s + 1s);
+        EXPECT_EQ(1u, throws);
+        EXPECT_EQ(STATE_FAIL, thrower.cur_state);
+        EXPECT_EQ(1u, board.Logged("supervision of state context " + std::to_string(thrower.context_id) +
+                                   " ended by an exception: std::bad_alloc\r\n"));
+        board.Sleep(30s);
+        EXPECT_EQ(2u, throws);
+        EXPECT_EQ(STATE_IDLE, thrower.cur_state);
+    });
+}
+
 TEST(Supervision, LeavesAContextAloneThatIsIdleOrSpokenTo) {
     RunHost([](Simulation& board) {
         SimContext idle(Quiet);
@@ -118,6 +143,7 @@ TEST(Supervision, LeavesAContextAloneThatIsIdleOrSpokenTo) {
         }
         board.Sleep(1ms);
         EXPECT_TRUE(busy.IsOverTime());
+        EXPECT_FALSE(idle.IsOverTime());
         EXPECT_EQ(0, idle.stop_times + busy.stop_times);
         EXPECT_EQ(0u, idle.GetStateTime());
     });

@@ -177,6 +177,8 @@ TEST_F(StateMachine, AHookThatOutlivesItsJobDoesNotMoveTheNextOne) {
     };
     EXPECT_EQ(0x42u, Operate());
     EXPECT_EQ(STATE_INIT, context.cur_state) << "of the second job";
+    EXPECT_EQ(0u, context.last_ret);
+    EXPECT_EQ(0u, init->ret);
     EXPECT_EQ(2, context.pon_no);
     EXPECT_EQ(Trace{"operate 1"}, trace);
 }
@@ -190,6 +192,11 @@ TEST_F(StateMachine, StatesThatNameOneAnotherForEverAreStopped) {
     EXPECT_EQ(0u, Operate());
     EXPECT_EQ(20u, context.cur_state);
     EXPECT_TRUE(lines.Has("13 states advance without end in StateContext::Handle "));
+    EXPECT_EQ(0u, DelayTerminate());
+    lines.Take();
+    EXPECT_EQ(ONU_MNG_STATE_REFUSED, Operate());
+    EXPECT_EQ(STATE_IDLE, context.cur_state) << "it would not end otherwise";
+    EXPECT_GT(300u, lines.Take().size());
 }
 
 TEST_F(StateMachine, AnUnregisteredStateIsAnsweredAndHasNoTimes) {

@@ -8,6 +8,7 @@
 #include "onu_mng_lib/onu_mng_common/result.h"
 #include "onu_mng_lib/onu_mng_common/state_machine.h"
 #include "onu_mng_lib/onu_mng_system_reg_interface.h"
+#include "onu_mng_platform/bep.h"
 #include "onu_mng_platform/ulog.h"
 
 namespace {
@@ -64,7 +65,9 @@ unsigned int ModuleManager::RemoveModule(unsigned int mod_type) {
         } else {
             module->EndTask();
             entry = module_list.erase(entry);
+            bep_taskSafeEx(); // a destructor must not be unwound by the end of the task it runs in
             delete module;
+            bep_taskUnsafeEx();
         }
     }
     return ONU_MNG_OK;

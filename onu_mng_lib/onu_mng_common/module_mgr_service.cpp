@@ -1,4 +1,5 @@
 #include <cstring>
+#include <exception>
 #include <limits>
 #include <new>
 
@@ -77,16 +78,18 @@ ServiceModule::~ServiceModule() {
 }
 
 unsigned int ServiceModule::InitModule() {
-    bool done = false;
+    const char* failure = nullptr;
     {
         LockGuard guard(lock);
         if (is_init) return ONU_MNG_OK;
         // The queue comes last: nothing that could fail after it would have to take it back.
-        done = Thread::Init(mod_name.c_str(), mod_pri, stack_size) &&
-               msg_queue.Init(static_cast<int>(msg_num), static_cast<int>(msg_size)) == ONU_MNG_OK;
-        is_init = done;
+        if (!Thread::Init(mod_name.c_str(), mod_pri, stack_size))
+            failure = "no memory for the module's task\r\n";
+        else if (msg_queue.Init(static_cast<int>(msg_num), static_cast<int>(msg_size)) != ONU_MNG_OK)
+            failure = "msgQueue Init failed\r\n";
+        is_init = failure == nullptr;
     }
-    if (!done) return LogFailure("msgQueue Init failed\r\n");
+    if (failure != nullptr) return LogFailure(failure);
     ulogPrintf(onu_mng_system_get_log_module(), ONU_MNG_LOG_START, "Init module %s succeeded\r\n",
                mod_name.c_str());
     return ONU_MNG_OK;
@@ -154,9 +157,15 @@ void ServiceModule::Run() {
     for (unsigned int failures = 0;;) {
         const OwnedPacket packet(ReceivePacket(failures));
         if (packet.Get() == nullptr) continue;
-        if (HandleMsg(reinterpret_cast<char*>(packet.Get()), msg_size) == ONU_MNG_OK) continue;
-        ulogPrintf(onu_mng_system_get_log_module(), ONU_MNG_LOG_WARNING, "%s handle msg failed\r\n",
-                   mod_name.c_str());
+        try {
+            if (HandleMsg(reinterpret_cast<char*>(packet.Get()), msg_size) == ONU_MNG_OK) continue;
+            ulogPrintf(onu_mng_system_get_log_module(), ONU_MNG_LOG_WARNING, "%s handle msg failed\r\n",
+                       mod_name.c_str());
+        } catch (const std::exception& error) {
+            // One message is lost, and not the service to all ONUs.
+            ulogPrintf(onu_mng_system_get_log_module(), ONU_MNG_LOG_ERROR,
+                       "%s handle msg ended by an exception: %s\r\n", mod_name.c_str(), error.what());
+        }
     }
 }
 

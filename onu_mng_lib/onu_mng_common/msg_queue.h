@@ -27,7 +27,8 @@ public:
     ///         full or refused the message (one level-11 line).
     unsigned int SendMsg(char* buf, unsigned int len, int timeout);
 
-    /// Removes the oldest message and copies at most `len` bytes of it to `buf`.
+    /// Removes the oldest message and copies at most `len` bytes of it to `buf`. Any other negative `timeout`
+    /// than -2 waits without limit.
     /// @return the number of bytes; 0 when none came or the queue refused (one level-13 line); 0x800001f5 for
     ///         a null `buf` or a `len` of 0 (one level-13 line).
     unsigned int RecvMsg(char* buf, unsigned int len, int timeout);

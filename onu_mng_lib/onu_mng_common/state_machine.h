@@ -11,15 +11,16 @@
 ///
 /// | message              | current state             | what runs               | result                       |
 /// |----------------------|---------------------------|-------------------------|------------------------------|
-/// | OPERATE              | any                       | `Operate`               | its result; refused when it  |
+/// | DELAY_TERMINATE 1-6  | any                       | nothing, only counted   | 0                            |
+/// | IMMEDIATE_TERMINATE  | any                       | nothing                 | refused                      |
+/// | any other            | any but FAIL, terminating | nothing                 | refused                      |
+/// | OPERATE              | otherwise                 | `Operate`               | its result; refused when it  |
 /// |                      |                           |                         | succeeded while a            |
 /// |                      |                           |                         | termination arrived (but in  |
 /// |                      |                           |                         | FAIL)                        |
-/// | NOTIFY               | any                       | `Notify`, no transition | its result                   |
-/// | DELAY_TERMINATE 1-6  | any                       | nothing, only counted   | 0                            |
 /// | DELAY_TERMINATE 7    | FAIL                      | `Operate`               | its result                   |
-/// | IMMEDIATE_TERMINATE  | any                       | nothing                 | refused                      |
-/// | any other            | any but FAIL, terminating | nothing                 | refused                      |
+/// | NOTIFY               | otherwise                 | `Notify`, no transition | its result                   |
+/// | an invalid kind      | otherwise                 | nothing, no transition  | refused                      |
 ///
 /// A successor of 0 releases the context; any other becomes the current state, registered or not.
 #ifndef ONU_MNG_LIB_ONU_MNG_COMMON_STATE_MACHINE_H
@@ -28,6 +29,7 @@
 #include <atomic>
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <vector>
 
 #include "onu_mng_lib/onu_mng_common/clock.h"
@@ -56,13 +58,14 @@ inline constexpr unsigned int STATE_MAX = 254;
 /// One state of a procedure. An object belongs to one context, which deletes it.
 ///
 /// The hooks run in the task that handed the message to the context (a client's, or the supervision task) and
-/// without the context's lock; in the supervision task they must not construct or destroy a `StateContext` or
-/// ask the pool for an item, since the pool's lock is held.
+/// without the context's lock. In the supervision task, which holds the pool's lock, they neither construct nor
+/// destroy a `StateContext`. A hook that throws there has its context tried again in the next round (one
+/// level-13 line).
 class ServiceState {
 public:
     static constexpr unsigned int kDefaultMaxRunTime = 300; ///< seconds
 
-    /// `max_run_time` is in seconds.
+    /// `max_run_time` is in seconds; what is beyond 32 bits counts as their most.
     explicit ServiceState(unsigned int state_id = STATE_IDLE,
                           unsigned long max_run_time = kDefaultMaxRunTime);
     virtual ~ServiceState() = default;
@@ -151,6 +154,9 @@ public:
     StateContext(const StateContext&) = delete;
     StateContext& operator=(const StateContext&) = delete;
 
+    // The pool's lock is taken before a context's: these two hooks neither construct nor destroy contexts nor
+    // ask the pool for anything.
+
     /// Whether a message belongs to this context's current job; called under `lock`. The base version: false.
     virtual bool Match(char* p_msg, unsigned int len);
     /// Called under `lock` when the context is allocated, with the message that started it.
@@ -158,7 +164,7 @@ public:
 
     /// Takes a state over; before the first `Alloc`.
     /// @return 0, also for an id that is taken (see `StateRegister`); 0x800001f5 for null, an id above 254
-    ///         (one level-13 line each) and when memory is short.
+    ///         and when memory is short, after one level-13 line; the caller then keeps the state.
     unsigned int RegisterState(ServiceState* state);
 
     /// Takes this context for an ONU and enters INIT. The time in INIT counts from that state's last stamp.
@@ -185,7 +191,8 @@ public:
     void ChangeState(unsigned int next_state, bool auto_next);
 
     /// Hands a message to the current state, and on to its successors as long as they advance by themselves
-    /// (at most 65535 of them, then one level-13 line).
+    /// (at most 65535 of them, and 254 while a termination is pending, which then releases the context; one
+    /// level-13 line).
     ///
     /// Blocks for as long as the hooks do. Termination requests may have a null `p_msg`.
     /// @return the result of the last state that ran; 0 for a request that was only counted; 0x8000025a for a
@@ -223,6 +230,7 @@ private:
     unsigned int HandleOfJob(unsigned int this_job, StateMsgType msg_type, char* p_msg, unsigned int len);
     ServiceState* AdmitMessage(StateMsgType msg_type, unsigned int of_job, unsigned int& ret);
     void ChangeStateOfJob(unsigned int of_job, unsigned int next_state, bool next_is_auto);
+    unsigned int CutChain(unsigned int of_job, unsigned int ret);
     ServiceState* CurrentState() const;
     bool HasBasicStates() const;
     bool IsFor(unsigned short pon, unsigned short onu) const { return pon_no == pon && onu_id == onu; }
@@ -238,7 +246,7 @@ private:
 ///
 /// Every period the task sends a delayed termination to each context whose state has lasted longer than its
 /// limit or that is terminating already. The seventh such request reaches the state, so a silent context is
-/// forced on between 6 and 7 periods after it was first found over time.
+/// forced on 6 periods after the round that found it over time, 6 to 7 after its limit.
 class StateContextManager : public Thread, public Aggregate {
 public:
     static constexpr unsigned int kDefaultInterval = 30; ///< seconds
@@ -257,7 +265,8 @@ public:
     /// Takes a context out, if it is there; called by the context's destructor. Waits like `RegisterContext`.
     void UnregisterContext(StateContext* context);
 
-    /// Sends one delayed termination to the context with an id, in the caller's task.
+    /// Sends one delayed termination to the context with an id, in the caller's task; waits like
+    /// `RegisterContext`, but in a hook of the supervision task.
     /// @return the context's answer; 0x8000025a when there is none with the id.
     unsigned int Terminate(unsigned int context_id);
 
@@ -267,7 +276,7 @@ public:
     /// Ends the supervision task and returns when it has ended.
     void EndSupervision() { EndTask(); }
 
-    /// Both wait for a supervision round in progress. An item stays valid only as long as its owner keeps it.
+    /// Both wait like `Terminate`. An item stays valid only as long as its owner keeps it.
     AggregateObject* GetItem(unsigned int index) override;
     unsigned int GetSize() const override;
 
@@ -275,7 +284,7 @@ public:
     /// visitor is quick, and neither constructs nor destroys contexts nor asks the pool.
     template <typename Visit>
     void ForEachContext(Visit visit) {
-        LockGuard guard(lock);
+        const PoolGuard guard(*this);
         for (StateContext* context : context_list)
             visit(*context);
     }
@@ -285,9 +294,21 @@ public:
     std::atomic<unsigned int> interval_run_time{kDefaultInterval};
 
 private:
+    /// The pool's lock, which the supervision task holds already when one of its hooks asks the pool.
+    class PoolGuard {
+    public:
+        explicit PoolGuard(const StateContextManager& pool) {
+            if (!pool.IsCurrent()) guard.emplace(pool.lock);
+        }
+
+    private:
+        std::optional<LockGuard> guard;
+    };
+
     StateContextManager();
     ~StateContextManager() override;
 
+    void Supervise(StateContext& context);
     StateContext* PinContext(unsigned int context_id);
 
     unsigned int last_context_id = 0;

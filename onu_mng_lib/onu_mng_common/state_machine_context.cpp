@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <new>
 
 #include "onu_mng_lib/onu_mng_common/log_failure.h"
@@ -11,8 +12,10 @@
 namespace {
 
 constexpr unsigned int kMsPerSecond = 1000;
-/// No procedure advances this often by one message; states that name one another for ever would.
+/// No procedure advances this often by one message; states that name one another for ever would. A termination
+/// has come by every state before that.
 constexpr unsigned int kMaxSteps = 65535;
+constexpr unsigned int kMaxStepsToEnd = STATE_MAX;
 
 bool IsTermination(StateMsgType msg_type) {
     return msg_type == STATE_MSG_DELAY_TERMINATE || msg_type == STATE_MSG_IMMEDIATE_TERMINATE;
@@ -45,8 +48,8 @@ StateContext::StateContext(unsigned int type) : service_type(type) {
 StateContext::~StateContext() {
     bep_taskSafeEx();
     StateContextManager::GetInstance()->UnregisterContext(this);
-    bep_taskUnsafeEx();
     delete p_state_register.load();
+    bep_taskUnsafeEx();
 }
 
 bool StateContext::Match(char*, unsigned int) {
@@ -64,7 +67,10 @@ unsigned int StateContext::RegisterState(ServiceState* state) {
         return ONU_MNG_FAILURE;
     }
     StateRegister* states = p_state_register;
-    return states == nullptr ? ONU_MNG_FAILURE : states->RegisterStateObj(state);
+    if (states != nullptr && states->RegisterStateObj(state) == ONU_MNG_OK) return ONU_MNG_OK;
+    ulogPrintf(onu_mng_system_get_log_module(), ONU_MNG_LOG_ERROR, "no memory to register state %d\r\n",
+               static_cast<int>(state->state_id));
+    return ONU_MNG_FAILURE;
 }
 
 bool StateContext::HasBasicStates() const {
@@ -163,12 +169,23 @@ unsigned int StateContext::HandleOfJob(unsigned int this_job, StateMsgType msg_t
         return LogFailure("p_msg is NULL in StateContext::Handle \r\n", ONU_MNG_LOG_ERROR,
                           ONU_MNG_STATE_REFUSED);
     unsigned int ret = ONU_MNG_OK;
-    for (unsigned int step = 0; step < kMaxSteps; ++step) {
+    for (unsigned int left = kMaxSteps; left > 0; --left) {
         ServiceState* state = AdmitMessage(msg_type, this_job, ret);
         if (state == nullptr) return ret;
         ret = state->HandleJob(*this, this_job, msg_type, p_msg, len);
+        if (job != this_job) return ret;
         last_ret = ret;
         if (msg_type == STATE_MSG_NOTIFY || !auto_next) return ret;
+        if (stop_times != 0) left = std::min(left, kMaxStepsToEnd);
+    }
+    return CutChain(this_job, ret);
+}
+
+/// Ends a job whose states refuse to end when they are told to: they would be told again every period.
+unsigned int StateContext::CutChain(unsigned int of_job, unsigned int ret) {
+    {
+        LockGuard guard(lock);
+        if (job == of_job && stop_times != 0) Release(false);
     }
     return LogFailure("states advance without end in StateContext::Handle \r\n", ONU_MNG_LOG_ERROR, ret);
 }

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <cstdint>
+#include <exception>
 #include <limits>
 #include <memory>
 #include <new>
@@ -9,6 +10,8 @@
 #include "onu_mng_lib/onu_mng_common/result.h"
 #include "onu_mng_lib/onu_mng_common/state_machine.h"
 #include "onu_mng_lib/onu_mng_log_cinterface.h"
+#include "onu_mng_lib/onu_mng_system_reg_interface.h"
+#include "onu_mng_platform/ulog.h"
 
 namespace {
 
@@ -77,7 +80,7 @@ void StateContextManager::UnregisterContext(StateContext* context) {
 
 /// Finds a context and keeps it from being destroyed until it is unpinned.
 StateContext* StateContextManager::PinContext(unsigned int context_id) {
-    LockGuard guard(lock);
+    const PoolGuard guard(*this);
     const auto found =
         std::find_if(context_list.begin(), context_list.end(),
                      [context_id](StateContext* context) { return context->context_id == context_id; });
@@ -98,19 +101,30 @@ void StateContextManager::Run() {
         Clock::Delay(SleepOfInterval(interval_run_time));
         LockGuard guard(lock);
         for (StateContext* context : context_list) {
-            const unsigned int job = context->job; // a request is for the job that was found wanting
-            if (context->stop_times != 0 || context->IsOverTime())
-                context->HandleOfJob(job, STATE_MSG_DELAY_TERMINATE, nullptr, 0);
+            try {
+                Supervise(*context);
+            } catch (const std::exception& error) {
+                // A hook that throws is its service's fault, and all others stay supervised.
+                ulogPrintf(onu_mng_system_get_log_module(), ONU_MNG_LOG_ERROR,
+                           "supervision of state context %d ended by an exception: %s\r\n",
+                           static_cast<int>(context->context_id), error.what());
+            }
         }
     }
 }
 
+void StateContextManager::Supervise(StateContext& context) {
+    const unsigned int job = context.job; // a request is for the job that was found wanting
+    if (context.stop_times != 0 || context.IsOverTime())
+        context.HandleOfJob(job, STATE_MSG_DELAY_TERMINATE, nullptr, 0);
+}
+
 AggregateObject* StateContextManager::GetItem(unsigned int index) {
-    LockGuard guard(lock);
+    const PoolGuard guard(*this);
     return index < context_list.size() ? context_list[index] : nullptr;
 }
 
 unsigned int StateContextManager::GetSize() const {
-    LockGuard guard(lock);
+    const PoolGuard guard(*this);
     return static_cast<unsigned int>(context_list.size());
 }

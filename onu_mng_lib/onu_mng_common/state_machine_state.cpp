@@ -1,3 +1,5 @@
+#include <algorithm>
+#include <limits>
 #include <new>
 
 #include "onu_mng_lib/onu_mng_common/result.h"
@@ -6,8 +8,17 @@
 #include "onu_mng_lib/onu_mng_system_reg_interface.h"
 #include "onu_mng_platform/ulog.h"
 
+namespace {
+
+unsigned int Cut(unsigned long time_limit) {
+    constexpr unsigned long kMost = std::numeric_limits<unsigned int>::max();
+    return static_cast<unsigned int>(std::min(time_limit, kMost));
+}
+
+} // namespace
+
 ServiceState::ServiceState(unsigned int id, unsigned long time_limit)
-    : state_id(id), max_run_time(static_cast<unsigned int>(time_limit)) {}
+    : state_id(id), max_run_time(Cut(time_limit)) {}
 
 unsigned int ServiceState::Operate(StateContext*, char*, unsigned int) {
     return ONU_MNG_OK;
@@ -49,6 +60,7 @@ unsigned int ServiceState::Handle(StateContext* p_context, StateMsgType msg_type
 unsigned int ServiceState::HandleJob(StateContext& context, unsigned int job, StateMsgType msg_type,
                                      char* p_msg, unsigned int len) {
     const unsigned int result = RunHook(context, msg_type, p_msg, len);
+    if (context.job != job) return result; // the state is at work for the next job
     ret = result;
     ChangeStateOfJob(context, job, msg_type);
     return result;
