@@ -145,14 +145,13 @@ TEST_F(CliCommands, TheHostCompletesAnIdentityWhereItCan) {
         unsigned short pon, onu;
         unsigned char* sn;
         int look_ups;
-    } cases[] = {
-        {"ponno 2 onuid 5", 2, 5, known_sn, 1},
-        {"ponno 2 onuid 6", 2, 6, nullptr, 1}, // not known: traced by its numbers
-        {"ponno 2 onusn KVXQ-12345678", 2, 5, known_sn, 1},
-        {"ponno 2 onusn KVXQ-01020304", 2, kAny, other_sn, 1}, // not known: traced by its serial number
-        {"ponno 2 onuid 6 onusn KVXQ-01020304", 2, 6, other_sn, 0},
-        {"ponno 2", 2, kAny, nullptr, 0},
-        {"onusn KVXQ-12345678", kAny, kAny, known_sn, 0}};
+    } cases[] = {{"ponno 2 onuid 5", 2, 5, known_sn, 1},
+                 {"ponno 2 onuid 6", 2, 6, nullptr, 1}, // not known: traced by its numbers
+                 {"ponno 2 onusn KVXQ-12345678", 2, 5, known_sn, 1},
+                 {"ponno 2 onusn KVXQ-01020304", 2, kAny, other_sn, 1}, // not known: its whole PON is traced
+                 {"ponno 2 onuid 6 onusn KVXQ-01020304", 2, 6, other_sn, 0},
+                 {"ponno 2", 2, kAny, nullptr, 0},
+                 {"onusn KVXQ-12345678", kAny, kAny, known_sn, 0}};
     for (const auto& c : cases) {
         SetUp();
         Type({std::string("set log_trace flag enable debug_level 4 ") + c.words});
