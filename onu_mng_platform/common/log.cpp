@@ -1,16 +1,14 @@
 #include "onu_mng_platform/common/log.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <atomic>
-#include <cerrno>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <mutex>
 
 #include "onu_mng_platform/bep.h"
+#include "onu_mng_platform/common/standard_error.h"
 
 namespace onu_mng_platform {
 namespace {
@@ -19,6 +17,7 @@ constexpr int kMinLevel = 0;
 constexpr int kMaxLevel = 15;
 constexpr int kDefaultThreshold = 10;
 constexpr size_t kMaxText = 1023;
+constexpr int kLostLevel = 13;
 constexpr char kLineEnd[] = "\r\n";
 
 uint32_t LevelBit(int level) {
@@ -94,6 +93,7 @@ struct Output {
 
 Filter g_filter;
 Output g_output;
+StandardError g_standard_error; // under the output's lock
 thread_local bool t_in_sink = false;
 
 timespec Now() {
@@ -103,18 +103,8 @@ timespec Now() {
     return now;
 }
 
-void WriteAll(int fd, const char* data, size_t size) {
-    while (size > 0) {
-        const ssize_t written = write(fd, data, size);
-        if (written < 0 && errno == EINTR) continue;
-        if (written <= 0) return; // a lost line must not stop its task
-        data += written;
-        size -= static_cast<size_t>(written);
-    }
-}
-
-/// Writes date, time, level, module and text with one call, so that lines of other processes do not mix in.
-void WriteToStandardError(unsigned int module, int level, const char* text) {
+/// Writes date, time, level, module and text in one piece, so that lines of other processes do not mix in.
+bool WriteToStandardError(unsigned int module, int level, const char* text) {
     const timespec now = Now();
     std::tm local{};
     localtime_r(&now.tv_sec, &local);
@@ -123,7 +113,17 @@ void WriteToStandardError(unsigned int module, int level, const char* text) {
     const int rest = std::snprintf(line + size, sizeof(line) - size, ".%03d %2d %u: %s",
                                    static_cast<int>(now.tv_nsec / 1000000), level, module, text);
     size += static_cast<size_t>(std::max(rest, 0));
-    WriteAll(STDERR_FILENO, line, std::min(size, sizeof(line) - 1));
+    return g_standard_error.Write(line, std::min(size, sizeof(line) - 1));
+}
+
+/// Tells of lines that were lost with the first one that is not.
+void WriteToStandardErrorInTurn(unsigned int module, int level, const char* text) {
+    if (!WriteToStandardError(module, level, text)) return;
+    const unsigned long lost = g_standard_error.TakeLost();
+    if (lost == 0) return;
+    char note[80];
+    std::snprintf(note, sizeof note, "%lu lines before this one were not taken and are lost\r\n", lost);
+    WriteToStandardError(kPortLogModule, kLostLevel, note);
 }
 
 /// While a sink runs its task is not ended, even where the sink waits, and its own lines are dropped.
@@ -144,7 +144,7 @@ void WriteLine(unsigned int module, int level, const char* text) {
     if (g_output.sink != nullptr) {
         g_output.sink(g_output.context, module, level, text);
     } else {
-        WriteToStandardError(module, level, text);
+        WriteToStandardErrorInTurn(module, level, text);
     }
 }
 
