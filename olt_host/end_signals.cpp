@@ -9,8 +9,12 @@ namespace olt_host {
 
 EndSignals::EndSignals() {
     sigemptyset(&signals);
-    for (const int number : {SIGINT, SIGTERM, SIGHUP})
-        sigaddset(&signals, number);
+    sigaddset(&signals, SIGTERM);
+    for (const int number : {SIGINT, SIGHUP}) {
+        struct sigaction action {};
+        sigaction(number, nullptr, &action);
+        if (action.sa_handler != SIG_IGN) sigaddset(&signals, number); // else as nohup wants it
+    }
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
 }
 

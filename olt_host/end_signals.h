@@ -6,7 +6,7 @@
 
 namespace olt_host {
 
-/// Takes SIGINT, SIGTERM and SIGHUP for whoever asks or waits here, instead of the process ending where it
+/// Takes SIGTERM, and SIGINT and SIGHUP unless they are ignored, for whoever asks or waits here, instead of the process ending where it
 /// stands. Made before other tasks are started, which then leave the signals alone.
 class EndSignals {
 public:

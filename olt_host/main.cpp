@@ -1,3 +1,4 @@
+#include <clocale>
 #include <iostream>
 #include <new>
 
@@ -9,6 +10,7 @@
 #include "olt_host/replay.h"
 #include "olt_host/report.h"
 #include "olt_host/service_rack.h"
+#include "olt_host/standard_files.h"
 #include "onu_mng_lib/onu_mng_common/result.h"
 #include "onu_mng_lib/onu_mng_log.h"
 #include "onu_mng_platform/ulog.h"
@@ -19,9 +21,7 @@ using namespace olt_host;
 
 constexpr unsigned int kMostListed = 64;
 
-void SetLog(int verbose) {
-    if (verbose == 0) ulogSetThreshold(ONU_MNG_LOG_ERROR);
-    if (verbose < 2) return;
+void TraceAll() {
     OnuMngLog* trace = OnuMngLog::GetInstance();
     trace->AddOnuTracer(OnuNo::kNotSet, OnuNo::kNotSet, nullptr, ONU_MNG_LOG_TRACE);
     trace->trace_switch = true;
@@ -60,6 +60,7 @@ bool ReportOnus(const Options& options, Host& host) {
 int BringUp(const Options& options) {
     EndSignals signals;
     Host host(options.host);
+    if (options.verbose > 1) TraceAll();
     SetFaults(options, host.Line(), host.Table());
     if (const std::string failed = host.Start(); !failed.empty()) return Fail(failed);
     const HostCommands commands(host, ServiceRack::kCliNode);
@@ -80,10 +81,12 @@ int BringUp(const Options& options) {
 } // namespace
 
 int main(int argc, char** argv) {
+    OpenStandardFiles();
+    std::setlocale(LC_CTYPE, ""); // what is typed on the console may be more than ASCII
     try {
         Options options;
         if (const auto status = ReadOptions(argc, argv, options)) return *status;
-        SetLog(options.verbose);
+        if (options.verbose == 0) ulogSetThreshold(ONU_MNG_LOG_ERROR);
         if (options.replay.empty()) return BringUp(options);
         return Replay(options.replay, {options.check_mic, options.verbose > 0}, std::cout, std::cerr);
     } catch (const std::bad_alloc&) {

@@ -1,6 +1,7 @@
 // The operator's client: a terminal with line editing, or lines from the command line or a script.
 
 #include <algorithm>
+#include <cerrno>
 #include <clocale>
 #include <csignal>
 #include <cstdio>
@@ -10,9 +11,11 @@
 #include <vector>
 
 #include <CLI/CLI.hpp>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include "olt_host/cli_path.h"
+#include "olt_host/standard_files.h"
 #include "onu_mng_platform/posix/cli_client.h"
 #include "onu_mng_platform/posix/console/cli_editor.h"
 
@@ -21,6 +24,8 @@ namespace {
 using onu_mng_platform::CliClient;
 using onu_mng_platform::CliEditor;
 using onu_mng_platform::CliStatus;
+
+bool is_output_lost = false; // and not because its reader had seen enough
 
 enum ExitStatus { kDone = 0, kCommandFailed = 1, kNoHost = 2 };
 
@@ -53,31 +58,33 @@ public:
 
 private:
     static void Write(const std::string& text, std::FILE* file) {
-        std::fwrite(text.data(), 1, text.size(), file);
-        std::fflush(file);
+        const bool is_written = std::fwrite(text.data(), 1, text.size(), file) == text.size();
+        if ((!is_written || std::fflush(file) != 0) && errno != EPIPE) is_output_lost = true;
     }
 
     void ShowPages() const {
+        constexpr int kNotFound = 127; // the shell's status for it
         const char* pager = std::getenv("PAGER");
         std::FILE* pipe = popen(pager == nullptr || *pager == '\0' ? "less" : pager, "w");
         if (pipe == nullptr) return Write(pages_, stdout);
         Write(pages_, pipe);
-        pclose(pipe);
+        const int status = pclose(pipe);
+        if (WIFEXITED(status) && WEXITSTATUS(status) == kNotFound) Write(pages_, stdout);
     }
 
     const bool paged_;
     std::string pages_;
 };
 
-/// Takes "| more" off the end of a line.
+/// Takes " | more" off the end of a line.
 bool TakeMore(std::string* line) {
     const size_t end = line->find_last_not_of(" \t") + 1;
-    constexpr std::string_view kMore = "more";
-    if (end < kMore.size() || line->compare(end - kMore.size(), kMore.size(), kMore) != 0) return false;
-    const size_t bar = line->find_last_not_of(" \t", end - kMore.size() - 1);
-    if (bar == std::string::npos || (*line)[bar] != '|') return false;
-    line->resize(bar);
-    return true;
+    for (const std::string_view more : {" | more", " |more"}) {
+        if (end < more.size() || line->compare(end - more.size(), more.size(), more) != 0) continue;
+        line->resize(end - more.size());
+        return true;
+    }
+    return false;
 }
 
 /// A conversation with the host.
@@ -93,7 +100,7 @@ public:
     /// Runs a line and prints its output. @return whether it succeeded.
     bool Run(std::string line) {
         const bool paged = TakeMore(&line);
-        Screen screen(paged);
+        Screen screen(paged && isatty(STDOUT_FILENO) != 0);
         const auto result = client_.Run(line, [&screen](std::string_view text) { screen.Print(text); });
         if (!result) return Lose();
         if (*result != 0) status_ = kCommandFailed;
@@ -176,9 +183,17 @@ ExitStatus Serve(const Options& options) {
     return types ? TypeLines(&session) : RunScript(&session, options);
 }
 
+/// The status to end with: output that got lost is a command that failed.
+ExitStatus Finish(ExitStatus status) {
+    if (!is_output_lost) return status;
+    std::fputs("olt_cli: the output could not be written\n", stderr);
+    return status == kDone ? kCommandFailed : status;
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
+    olt_host::OpenStandardFiles();
     std::setlocale(LC_CTYPE, "");
     // A pager that is left early, or a head behind this program, must not end it in the middle of an answer.
     std::signal(SIGPIPE, SIG_IGN);
@@ -186,11 +201,16 @@ int main(int argc, char** argv) {
     Options options;
     CLI::App app(
         "Types commands to a running olt_host. Without -c lines come from the terminal or from standard "
-        "input.\nExit status: 0; 1 when a command failed; 2 without a host.");
+        "input.\nExit status: 0; 1 when a command failed; 2 without a host and for options that make no "
+        "sense.");
     app.add_option("-s,--socket", options.path, "Socket of the host")->capture_default_str();
     app.add_option("-c,--command", options.commands, "Line to run; may be given several times")
         ->allow_extra_args(false);
     app.add_flag("-e,--stop", options.stops_at_failure, "Stop at the first command that fails");
-    CLI11_PARSE(app, argc, argv);
-    return Serve(options);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? kDone : kNoHost;
+    }
+    return Finish(Serve(options));
 }

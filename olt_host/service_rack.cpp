@@ -53,8 +53,12 @@ ServiceRack::~ServiceRack() {
         ModuleManager::GetInstance()->RemoveModule(service->mod_type);
 }
 
-bool ServiceRack::Initialise(unsigned int pons, unsigned int onus, unsigned int supervision_s) {
+// Before all else, so that a trace that is set up before the services start is one of this module.
+ServiceRack::ServiceRack() {
     onu_mng_system_reg_log_module(kLogModule);
+}
+
+bool ServiceRack::Initialise(unsigned int pons, unsigned int onus, unsigned int supervision_s) {
     onu_mng_system_reg_cli_node(kCliNode);
     onu_mng_system_set_pon_onu_num(pons, onus);
     onu_mng_system_reg_onu_id_to_onu_sn_handle(OnuIdToSn);

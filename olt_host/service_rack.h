@@ -18,13 +18,14 @@ class ServiceRack {
 public:
     static constexpr unsigned int kCliNode = 1; ///< where the library's commands are installed
 
-    ServiceRack() = default;
+    /// Registers the log module.
+    ServiceRack();
     /// Ends the services' tasks, then deletes the services. Nobody sends messages or lists modules meanwhile.
     ~ServiceRack();
     ServiceRack(const ServiceRack&) = delete;
     ServiceRack& operator=(const ServiceRack&) = delete;
 
-    /// Makes the host's registrations and initialises the library. `supervision_s` is the period of the
+    /// Makes the host's further registrations and initialises the library. `supervision_s` is the period of the
     /// supervision, whose first round comes after 30 seconds nevertheless.
     /// @return false when the library refuses.
     bool Initialise(unsigned int pons, unsigned int onus, unsigned int supervision_s);

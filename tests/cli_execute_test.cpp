@@ -185,6 +185,14 @@ TEST(CliExecuteTest, CommandsThatChangeSomethingAreLogged) {
     for (const char* line : {"show it", "se\t2 | count", "set", "list", "exit", "s 3"})
         vty_execute(terminal, 27, line);
     EXPECT_EQ(log.Take(), std::vector<std::string>{"12 operator: se 2 | count"});
+    const std::string word(950, 'w'); // more than is logged in a line
+    vty_execute(terminal, 27, ("set " + std::string(50, ' ') + word).c_str());
+    EXPECT_EQ(log.Take(), (std::vector<std::string>{"12 operator: set " + word.substr(0, 895),
+                                                    "12 operator:" + word.substr(895)}));
+    terminal->may_save = true;
+    const std::string save = "show it | sa " + testing::TempDir() + "cli_execute_test.saved";
+    EXPECT_EQ(vty_execute(terminal, 27, save.c_str()), 0);
+    EXPECT_EQ(log.Take(), std::vector<std::string>{"12 operator: " + save});
 }
 
 // Two operators and a late installation; no lock of the parser is held while a command runs.

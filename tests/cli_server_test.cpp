@@ -82,7 +82,8 @@ int Wait(cmd_element*, vty* terminal, int, char**) {
 int Rogue(cmd_element*, vty* terminal, int, char**) {
     vty_out(terminal, "%s",
             "a\x04"
-            "0\n\x1b[2Jb\x7f\tc\r\n");
+            "0\n\x1b[2Jb\x7f\tc\xc3\x9c\xc2\x9b"
+            "2J\r\n");
     return 0;
 }
 
@@ -203,7 +204,9 @@ TEST_F(CliServerTest, AnswersPrograms) {
     EXPECT_EQ(client.Describe("echo "), "  <word>\r\n");
     EXPECT_EQ(client.Complete("ec").insert, "ho ");
     EXPECT_EQ(client.Complete("show r").choices, (std::vector<std::string>{"rogue", "rows"}));
-    EXPECT_EQ(Ask(&client, "show rogue"), "a.0\n.[2Jb.\tc\r\n");
+    EXPECT_EQ(Ask(&client, "show rogue"), "a.0\n.[2Jb.\tc\xc3\x9c\xc2.2J\r\n");
+    CliClient left;
+    ASSERT_EQ(left.Connect(path), CliStatus::kOk);
     EXPECT_EQ(Ask(&client, "exit"), "");
     EXPECT_FALSE(client.Prompt(&farewell).has_value());
 
@@ -212,6 +215,12 @@ TEST_F(CliServerTest, AnswersPrograms) {
     const std::string answers = "% Unknown request.\r\n\x04-1\nolt# \x04"
                                 "0\n% Unknown request.\r\n\x04-1\n";
     EXPECT_EQ(Read(raw, answers), answers);
+
+    server.Stop(); // what it says is not taken for what TAB types
+    EXPECT_EQ(left.Complete("sh").insert, "");
+    std::string last_words;
+    EXPECT_FALSE(left.Run("list", [&](std::string_view text) { last_words += text; }));
+    EXPECT_EQ(last_words, "% Closed: the host stops.\r\n");
 }
 
 TEST_F(CliServerTest, ServesSixteenOperatorsWhileOneNeverReads) {
@@ -352,7 +361,10 @@ TEST_F(CliServerTest, TakesAPathOnlyFromTheDead) {
     EXPECT_EQ(Start(), CliStatus::kInUse);
     CliServer other;
     EXPECT_EQ(other.Start(path, kNode, "x"), CliStatus::kInUse);
-    EXPECT_EQ(Read(Connect(), ""), "");
+    EXPECT_EQ(access((path + ".lock").c_str(), F_OK), -1);
+    const Descriptor served = Connect();
+    Send(served, "echo here\n");
+    EXPECT_EQ(Read(served, "olt# "), "here\r\nolt# ");
 
     // As a process leaves it that dies.
     const std::string left = directory + "/left";

@@ -66,7 +66,8 @@ void AnswerError(const Output& output, std::string_view message) {
 void AnswerFault(const Output& output, std::string_view line, const Match& match, TypedWord word) {
     std::string answer = Message(MessageOf(match.fault()));
     AppendCaret(&answer, line, word.column);
-    if (match.fault() != Fault::kUnknown) AppendOptions(&answer, match.Meant(word.text));
+    if (match.fault() != Fault::kUnknown || match.WantsArgument())
+        AppendOptions(&answer, match.Meant(word.text));
     output(answer);
 }
 

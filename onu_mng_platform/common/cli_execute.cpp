@@ -13,6 +13,7 @@ namespace {
 
 constexpr int kRefused = -1;
 constexpr int kCommandLevel = 12;
+constexpr size_t kLoggedPiece = 900; // characters, with a user in front within a line of the log
 
 /// The words for a handler, in one block that it may change.
 class ArgumentBlock {
@@ -58,10 +59,20 @@ bool ChangesSomething(const Command& command) {
     return std::find(std::begin(kHarmless), std::end(kHarmless), first) == std::end(kHarmless);
 }
 
-// Logged before it runs: the line that brought a board down is then in the log.
-void LogCommand(const vty& terminal, const Command& command, const std::string& line) {
-    if (terminal.user.empty() || !ChangesSomething(command)) return;
-    ulogPrintf(terminal.log_module, kCommandLevel, "%s: %s\r\n", terminal.user.c_str(), line.c_str());
+// Logged before it runs: the line that brought a board down is then in the log. A file that is saved is a change too.
+// Blanks in a row, and a line longer than one of the log, would keep a part of it from the log.
+void LogCommand(const vty& terminal, const Command& command, const CommandLine& line) {
+    const bool saves = !line.filter.empty() && FilterSaves(line.filter.front().text);
+    if (terminal.user.empty() || (!ChangesSomething(command) && !saves)) return;
+    std::string text;
+    for (const TypedWord& word : line.words)
+        text.append(" ").append(word.text);
+    if (line.has_filter) text.append(" |");
+    for (const TypedWord& word : line.filter)
+        text.append(" ").append(word.text);
+    for (size_t begin = 0; begin < text.size(); begin += kLoggedPiece)
+        ulogPrintf(terminal.log_module, kCommandLevel, "%s:%s\r\n", terminal.user.c_str(),
+                   text.substr(begin, kLoggedPiece).c_str());
 }
 
 /// Finds what the words mean, or says on the terminal why they mean nothing.
@@ -105,7 +116,7 @@ int Execute(vty* terminal, unsigned int node, const CommandLine& line) {
     if (command == nullptr || !ResolveFilter(*terminal, line, &filter)) return kRefused;
 
     ArgumentBlock arguments(match.Arguments());
-    LogCommand(*terminal, *command, line.text);
+    LogCommand(*terminal, *command, line);
     const int result = Run(terminal, *command, &arguments, filter.get());
     return filter == nullptr || filter->Finish() ? result : kRefused;
 }

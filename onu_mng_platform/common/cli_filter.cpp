@@ -1,5 +1,6 @@
 #include "onu_mng_platform/common/cli_filter.h"
 
+#include <initializer_list>
 #include <iterator>
 
 #include "onu_mng_platform/common/cli_line_filter.h"
@@ -31,6 +32,11 @@ CommandList MakeCommands(bool may_save) {
 
 std::unique_ptr<OutputFilter> MakePatternFilter(PatternFilter::Kind kind, const std::string& pattern,
                                                 Output next, std::string* error) {
+    for (const std::string_view another : {"| include ", "| exclude ", "| begin ", "| count", "| save "}) {
+        if (pattern.find(another) == std::string::npos) continue;
+        *error = "Only one filter at a time";
+        return nullptr;
+    }
     auto filter = std::make_unique<PatternFilter>(kind, next);
     const char* cause = filter->Compile(pattern);
     if (cause == nullptr) return filter;
@@ -60,6 +66,11 @@ const CommandList& FilterCommands(bool may_save) {
     static const CommandList with_save = MakeCommands(true);
     static const CommandList without_save = MakeCommands(false);
     return may_save ? with_save : without_save;
+}
+
+bool FilterSaves(std::string_view name) {
+    constexpr std::string_view kSaveName = "save"; // no other filter begins like it
+    return !name.empty() && kSaveName.substr(0, name.size()) == name;
 }
 
 std::unique_ptr<OutputFilter> MakeFilter(const Command& filter, const std::string& argument, Output next,

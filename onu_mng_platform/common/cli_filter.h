@@ -29,6 +29,9 @@ public:
 /// The grammar of the filters, as if they were commands. Throws std::bad_alloc.
 const CommandList& FilterCommands(bool may_save);
 
+/// Whether a filter's name, which may be shortened, is that of the one that writes a file.
+bool FilterSaves(std::string_view name);
+
 /// Makes the filter that one of FilterCommands() stands for; it writes to `next`.
 /// @return null, with the cause in `error`, for an expression or a file that cannot be used. Throws
 ///         std::bad_alloc.

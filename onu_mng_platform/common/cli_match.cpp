@@ -121,6 +121,10 @@ std::vector<Option> Match::Next(std::string_view start) const {
     return Options([start](const SyntaxWord& word) { return MayBecome(word, start); });
 }
 
+bool Match::WantsArgument() const {
+    return Options([](const SyntaxWord& word) { return !word.delivered; }).empty();
+}
+
 std::vector<Option> Match::Meant(std::string_view refused) const {
     const bool is_ambiguous = fault_ == Fault::kAmbiguous;
     return Options(

@@ -42,6 +42,9 @@ public:
     /// What may come next and begins like `start`: keywords in the order of the alphabet, then values.
     std::vector<Option> Next(std::string_view start) const;
 
+    /// Whether only words that the handler is given may come next.
+    bool WantsArgument() const;
+
     /// What may stand where Take() refused a word: the words that it may be short for when it is ambiguous,
     /// else all.
     std::vector<Option> Meant(std::string_view refused) const;

@@ -17,9 +17,9 @@ public:
     SaveFilter(const SaveFilter&) = delete;
     SaveFilter& operator=(const SaveFilter&) = delete;
 
-    /// Opens the file, before anything else. @return an empty text; else the cause why it cannot be opened,
-    /// which
-    ///         is one for everything but a file, too. Throws std::bad_alloc.
+    /// Opens the file, before anything else.
+    /// @return an empty text; else the cause why it cannot be opened, also for what is no file. Throws
+    ///         std::bad_alloc.
     std::string Open();
 
     void Put(std::string_view text) override;

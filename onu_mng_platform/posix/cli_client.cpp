@@ -26,19 +26,20 @@ std::string TakeLine(std::string* text) {
 } // namespace
 
 std::optional<int> CliClient::Run(std::string_view line, const Print& print) {
-    return Ask(kRunVerb, line, print);
+    const auto result = Ask(kRunVerb, line, print);
+    if (!result && !farewell_.empty()) print(farewell_);
+    return result;
 }
 
 std::string CliClient::Describe(std::string_view line) {
     std::string text;
-    Ask(kDescribeVerb, line, [&text](std::string_view part) { text += part; });
-    return text;
+    return AskAside(kDescribeVerb, line, &text) ? text : std::string();
 }
 
 Completion CliClient::Complete(std::string_view line) {
     std::string text;
     Completion completion;
-    Ask(kCompleteVerb, line, [&text](std::string_view part) { text += part; });
+    if (!AskAside(kCompleteVerb, line, &text)) return completion;
     completion.insert = TakeLine(&text);
     while (!text.empty())
         completion.choices.push_back(TakeLine(&text));
@@ -51,6 +52,14 @@ std::optional<std::string> CliClient::Prompt(std::string* farewell) {
     if (result) return text;
     *farewell = text;
     return std::nullopt;
+}
+
+/// Asks for something that is not printed; what a host says that closes the connection instead is kept until it can
+/// be.
+bool CliClient::AskAside(std::string_view verb, std::string_view line, std::string* answer) {
+    if (Ask(verb, line, [answer](std::string_view part) { *answer += part; })) return true;
+    farewell_ += *answer;
+    return false;
 }
 
 std::optional<int> CliClient::Ask(std::string_view verb, std::string_view line, const Print& print) {

@@ -39,12 +39,14 @@ public:
 
 private:
     std::optional<int> Ask(std::string_view verb, std::string_view line, const Print& print);
+    bool AskAside(std::string_view verb, std::string_view line, std::string* answer);
     bool Send(std::string_view request);
     std::optional<int> ReceiveAnswer(const Print& print);
     bool Receive();
 
     Descriptor connection_;
     std::string received_;
+    std::string farewell_; ///< the host's last words, until Run() prints them
     bool has_exited_ = false;
 };
 

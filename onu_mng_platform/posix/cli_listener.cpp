@@ -31,18 +31,39 @@ bool IsSame(const struct stat& a, const struct stat& b) {
     return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
 }
 
-std::string DirectoryOf(const std::string& path) {
-    const size_t slash = path.rfind('/');
-    if (slash == std::string::npos) return ".";
-    return path.substr(0, slash + 1);
-}
+/// Two hosts that start at once must not each take the other's new socket for a dead one: they meet at a file beside
+/// it, which is there for as long as one of them holds it.
+class StartLock {
+public:
+    explicit StartLock(const std::string& socket_path) : path_(socket_path + ".lock") {
+        do {
+            file_ = Descriptor(open(path_.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0600));
+            if (!file_.IsOpen()) return;
+            if (flock(file_.get(), LOCK_EX | LOCK_NB) != 0) {
+                file_.Close();
+                return;
+            }
+        } while (!IsThere()); // the one who held it has removed it meanwhile
+    }
+    ~StartLock() {
+        if (IsHeld()) unlink(path_.c_str());
+    }
+    StartLock(const StartLock&) = delete;
+    StartLock& operator=(const StartLock&) = delete;
 
-// Two hosts that start at once must not each take the other's new socket for a dead one.
-Descriptor LockDirectoryOf(const std::string& path) {
-    Descriptor directory(open(DirectoryOf(path).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (directory.IsOpen() && flock(directory.get(), LOCK_EX | LOCK_NB) != 0) directory.Close();
-    return directory;
-}
+    /// With errno set when it is not.
+    bool IsHeld() const { return file_.IsOpen(); }
+
+private:
+    bool IsThere() const {
+        struct stat held {};
+        struct stat there {};
+        return fstat(file_.get(), &held) == 0 && lstat(path_.c_str(), &there) == 0 && IsSame(held, there);
+    }
+
+    const std::string path_;
+    Descriptor file_;
+};
 
 CliStatus RemoveDeadSocket(const std::string& path) {
     struct stat there {};
@@ -89,8 +110,8 @@ CliListener::~CliListener() {
 CliStatus CliListener::Open(const std::string& path) {
     sockaddr_un address{};
     if (!MakeAddress(path, &address)) return CliStatus::kBadPath;
-    const Descriptor lock = LockDirectoryOf(path);
-    if (!lock.IsOpen()) return errno == EWOULDBLOCK ? CliStatus::kInUse : CliStatus::kSystem;
+    const StartLock lock(path);
+    if (!lock.IsHeld()) return errno == EWOULDBLOCK ? CliStatus::kInUse : CliStatus::kSystem;
     const CliStatus status = RemoveDeadSocket(path);
     if (status != CliStatus::kOk) return status;
     path_ = path;

@@ -13,9 +13,12 @@ namespace {
 
 constexpr size_t kKeptCapacity = 16384;
 
-bool IsUnsafe(char c) {
-    const bool is_control = static_cast<unsigned char>(c) < ' ' || c == '\x7f';
-    return is_control && c != '\t' && c != '\r' && c != '\n';
+/// Whether a terminal may obey a byte: a control character, also one of the second set, which stands alone or behind
+/// the first byte of a character of two that it is (or, too long, of one).
+bool IsUnsafe(unsigned char before, unsigned char c) {
+    if (c < ' ' || c == 0x7F) return c != '\t' && c != '\r' && c != '\n';
+    if (c < 0x80 || c > 0x9F) return false;
+    return before < 0x80 || (before >= 0xC0 && before <= 0xC2) || before == 0xE0 || before == 0xF0;
 }
 
 } // namespace
@@ -44,8 +47,11 @@ void CliOutput::Append(std::string_view text, bool clean) {
         is_broken_ = true;
     }
     if (clean) {
-        const auto begin = waiting_.begin() + static_cast<std::ptrdiff_t>(old_size);
-        std::replace_if(begin, waiting_.end(), IsUnsafe, '.');
+        for (size_t i = old_size; i < waiting_.size(); ++i) {
+            const auto c = static_cast<unsigned char>(waiting_[i]);
+            if (IsUnsafe(before_, c)) waiting_[i] = '.';
+            before_ = c;
+        }
     }
     if (old_size == 0 && !is_sending_) wake_->Set();
 }

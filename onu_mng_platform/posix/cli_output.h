@@ -28,7 +28,7 @@ public:
     /// Sets `wake`, which outlives it, when there is something to send.
     CliOutput(const Limits& limits, const CliEvent* wake) : limits_(limits), wake_(wake) {}
 
-    /// Appends text with its control characters but TAB, CR and LF replaced by "."; waits while the buffer is
+    /// Appends text with its control characters (U+0080 to U+009F too) but TAB, CR and LF replaced by "."; waits while the buffer is
     /// full. Once it is broken nothing is taken.
     void PutText(std::string_view text) { Put(text, true); }
 
@@ -61,6 +61,7 @@ private:
     Clock::time_point last_progress_;
     bool is_sending_ = false;
     bool is_broken_ = false;
+    unsigned char before_ = 0; ///< the byte that was put last
 
     std::string sending_; ///< of the sending task alone
     size_t sent_ = 0;

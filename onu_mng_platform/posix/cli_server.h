@@ -40,8 +40,7 @@ public:
 
     /// Creates the socket file (mode 0600; one that a dead process left is replaced) and serves it. `prompt`
     /// is what operators see before each line.
-    /// @return kOk; kBadPath, kOccupied, kInUse or kSystem (cli_listener.h), after one log line at level 14
-    /// and
+    /// @return kOk; kBadPath, kOccupied, kInUse or kSystem (cli_listener.h), after one log line at level 14 and
     ///         with nothing changed. Throws std::bad_alloc.
     CliStatus Start(const std::string& path, unsigned int node, const std::string& prompt,
                     const Options& options);

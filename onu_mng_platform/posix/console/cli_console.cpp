@@ -15,11 +15,13 @@
 #include "onu_mng_platform/posix/cli_thread.h"
 #include "onu_mng_platform/posix/cli_workers.h"
 #include "onu_mng_platform/posix/console/cli_editor.h"
+#include "onu_mng_platform/ulog.h"
 
 namespace onu_mng_platform {
 namespace {
 
 constexpr int kKickPeriod = 100; // ms
+constexpr int kSessionLevel = 12;
 
 using Terminal = std::unique_ptr<vty, decltype(&vty_destroy)>;
 
@@ -80,6 +82,9 @@ public:
 
 private:
     void Run();
+    void Log(const char* event) const {
+        ulogPrintf(options_.log_module, kSessionLevel, "%s: %s\r\n", user_.c_str(), event);
+    }
     bool HasEnded() const;
     bool Serve(CliEditor* editor);
     bool Execute(const std::string& line);
@@ -91,6 +96,7 @@ private:
     const unsigned int node_;
     const std::string prompt_;
     const Options options_;
+    const std::string user_ = "console (uid " + std::to_string(getuid()) + ")";
     const CliEvent stop_;
     const CliEvent wake_;
     const CliEvent ended_;
@@ -100,6 +106,7 @@ private:
 };
 
 void CliConsole::Loop::Run() {
+    Log("opened");
     try {
         CliEditor editor(prompt_,
                          {[this](const std::string& line) { return Complete(line); },
@@ -110,6 +117,7 @@ void CliConsole::Loop::Run() {
     } catch (const std::bad_alloc&) {
         // There is no console without an editor.
     }
+    Log("left");
     if (options_.on_exit) options_.on_exit();
     ended_.Set();
 }
@@ -135,7 +143,7 @@ bool CliConsole::Loop::Serve(CliEditor* editor) {
 bool CliConsole::Loop::Execute(const std::string& line) {
     CliOutput output({}, &wake_);
     const Terminal terminal = MakeTerminal(PutInto, &output);
-    terminal->user = "console (uid " + std::to_string(getuid()) + ")";
+    terminal->user = user_;
     terminal->log_module = options_.log_module;
     std::atomic<bool> is_running{true};
     const bool has_begun = worker_.Submit([&] {

@@ -9,7 +9,8 @@
 namespace onu_mng_platform {
 
 /// The commands of one node on standard input and output, when these are a terminal; lines may end in "| save
-/// FILE". Commands that change something are logged (level 12).
+/// FILE". Its opening, its end and commands that change something are logged (level 12); nobody is sent away for
+/// saying nothing.
 ///
 /// Two threads serve it, so that a command whose output the terminal does not take (Ctrl-S) goes on; when 512 KiB
 /// wait and none is taken for five seconds, the rest of that command's output is dropped.
@@ -27,8 +28,7 @@ public:
     CliConsole(const CliConsole&) = delete;
     CliConsole& operator=(const CliConsole&) = delete;
 
-    /// @return false, with nothing changed, when there is no terminal, no thread, or a console already.
-    /// Throws
+    /// @return false, with nothing changed, when there is no terminal, no thread, or a console already. Throws
     ///         std::bad_alloc.
     bool Start(unsigned int node, const std::string& prompt, Options options);
 

@@ -44,8 +44,8 @@ public:
         el_set(edit, EL_EDITOR, "emacs");
         el_set(edit, EL_HIST, history, history_.get());
         el_set(edit, EL_GETCFN, &Editing::ReadCharacter);
-        // Ctrl-C is for the line, not for the host.
         el_set(edit, EL_SETTY, "-d", "-isig", nullptr);
+        if (wake >= 0) el_set(edit, EL_SETTY, "-x", "-isig", nullptr);
         el_set(edit, EL_BIND, "^W", "ed-delete-prev-word", nullptr);
     }
 

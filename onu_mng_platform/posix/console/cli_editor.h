@@ -23,15 +23,16 @@ public:
         std::function<std::string(const std::string& line)> describe;
     };
 
-    /// Reading ends when the descriptor `wake` becomes readable; -1 for none. Throws std::bad_alloc.
+    /// Reading ends when the descriptor `wake` becomes readable; -1 for none. With one no key is a signal, also
+    /// between lines: Ctrl-C is for commands, not for the host. Throws std::bad_alloc.
     CliEditor(const std::string& prompt, Keys keys, int wake = -1);
     ~CliEditor();
     CliEditor(const CliEditor&) = delete;
     CliEditor& operator=(const CliEditor&) = delete;
 
-    /// Blocks until a line is typed. @return it, without its end; nothing at the end of input or after
-    /// `wake`. Throws
-    ///         std::bad_alloc, with a line lost.
+    /// Blocks until a line is typed.
+    /// @return it, without its end; nothing at the end of input or after `wake`. Throws std::bad_alloc, with a
+    ///         line lost.
     std::optional<std::string> Read();
 
     /// Takes the history from a file; writes it there, for its owner alone, in place of what it held.
