@@ -14,7 +14,8 @@ namespace olt_host {
 inline std::string DefaultSocketPath() {
     if (geteuid() == 0) return "/run/olt_host.sock";
     const char* directory = std::getenv("XDG_RUNTIME_DIR");
-    return directory == nullptr ? "olt_host.sock" : std::string(directory) + "/olt_host.sock";
+    const bool is_set = directory != nullptr && *directory != '\0';
+    return is_set ? std::string(directory) + "/olt_host.sock" : "olt_host.sock";
 }
 
 } // namespace olt_host

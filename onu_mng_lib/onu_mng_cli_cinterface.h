@@ -14,8 +14,9 @@ extern "C" {
 unsigned int onu_mng_cli_install_element(void);
 
 /* The handlers. They run in the task of the terminal, take no lock while they print, and may run for several
- * terminals at once. Each returns 0; 1 after a message on the terminal when its words make no sense, words
- * are missing or memory is short, with nothing changed. */
+ * terminals at once. Each returns 0; 1 after a message on the terminal, with nothing changed, when words make
+ * no sense or are missing, or when memory is short for a report. A tracer that memory is too short for is told
+ * in the log only. */
 
 /* "enable" or "disable", then pairs of "ponno", "onuid", "onusn" or "debug_level" with a value. "disable"
  * ends tracing and forgets every tracer. "enable" starts it and adds tracers for the listed levels, separated
