@@ -91,8 +91,8 @@ protected:
 TEST_F(CliCommands, ModulesEnvironmentAndPeriod) {
     ExpectGolden("show_service_module.txt",
                  Type({"show service_module", "show service_module id 3", "show service_module type 9 id 2",
-                       "show service_module type 7 id 2", "show service_module type 9",
-                       "show service_module summary"}));
+                       "show service_module type 7 id 2", "show service_module id 99",
+                       "show service_module type 9", "show service_module summary"}));
     ExpectGolden("show_system_env.txt", Type({"show system env"}));
     ExpectGolden("interval_run_time.txt",
                  Type({"show state_machine interval_run_time", "set state_machine interval_run_time 0",
@@ -134,6 +134,14 @@ TEST_F(CliCommands, LogTrace) {
                        "16,15,14,13,12,11,10,9,8,7,6,5,4,3,2,1,0,17,18,19",
                        "show log_trace", "set log_trace flag disable ponno 2", "show log_trace"}));
     registry->trace_switch = true;
+    for (const int level : {4, 4})
+        registry->AddOnuTracer(3, 7, nullptr, level);
+    EXPECT_NE(Type({"show log_trace"}).find("DBG_LVL          = 4,  "), std::string::npos) << "listed once";
+    registry->trace_switch = false;
+    EXPECT_EQ(Type({"show log_trace"}).find("= 4,"), std::string::npos) << "whatever there is, it is off";
+    Type({"set log_trace flag disable"});
+    registry->trace_switch = true;
+    EXPECT_FALSE(registry->IsTraceOnu(3, 7, nullptr, 4)) << "forgotten";
     const std::string typed = "> show log_trace\r\n";
     ExpectGolden("show_log_trace_without_entries.txt", Type({"show log_trace"}).substr(typed.size()));
 }

@@ -82,7 +82,8 @@ TEST_F(Report, ColumnsAreAsWideAsTheirTextsAndABlank) {
                  {VARIANT_TYPE_USHORT, 0, "MOD_ID", 7}, {VARIANT_TYPE_INT, 0, "POOL_SIZE", 11},
                  {VARIANT_TYPE_UINT64, 0, "A", 19},     {VARIANT_TYPE_UINT, 0, "MSG_CUR_NUM", 12},
                  {VARIANT_TYPE_STRING, 0, "A", 2},      {VARIANT_TYPE_STRING, 32, "MOD_NAME", 33},
-                 {VARIANT_TYPE_NONE, 0, "", 1},         {VARIANT_TYPE_BOOL, 2, "FLAG", 5}};
+                 {VARIANT_TYPE_NONE, 0, "", 1},         {VARIANT_TYPE_BOOL, 2, "FLAG", 5},
+                 {VARIANT_TYPE_INT, 20, "A", 21},       {VARIANT_TYPE_UINT, 20, "A", 21}};
     for (const auto& c : cases) {
         ParameterFormat column = {0, c.name, "", c.type, c.width};
         reports->CalcParamLen(column);

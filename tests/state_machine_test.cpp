@@ -199,6 +199,41 @@ TEST_F(StateMachine, StatesThatNameOneAnotherForEverAreStopped) {
     EXPECT_GT(300u, lines.Take().size());
 }
 
+TEST_F(StateMachine, RefusesAMessageThatIsNone) {
+    Allocate();
+    for (const StateMsgType type : {STATE_MSG_OPERATE, STATE_MSG_NOTIFY}) {
+        EXPECT_EQ(ONU_MNG_STATE_REFUSED, context.Handle(type, nullptr, 0));
+        EXPECT_EQ(Trace{"13 p_msg is NULL in StateContext::Handle "}, lines.Take());
+    }
+    EXPECT_EQ(STATE_INIT, context.cur_state);
+    EXPECT_EQ(ONU_MNG_STATE_REFUSED, init->Handle(nullptr, STATE_MSG_OPERATE, message, 1));
+    init->ChangeState(nullptr, STATE_MSG_OPERATE);
+    EXPECT_EQ((Trace{"13 p_context is NULL", "13 p_context is NULL "}), lines.Take());
+    EXPECT_EQ(Trace{}, trace);
+}
+
+TEST_F(StateMachine, OfBareStatesEndsWithItsFirstMessage) {
+    StateContext bare;
+    EXPECT_FALSE(bare.IsOverTime());
+    for (const unsigned int id : {STATE_SUCC, STATE_INIT}) {
+        ASSERT_EQ(0u, bare.RegisterState(new ServiceState(id, 0)));
+        EXPECT_EQ(ONU_MNG_STATE_REFUSED, bare.Alloc(1, 5, message, 1));
+    }
+    ASSERT_EQ(0u, bare.RegisterState(new ServiceState(STATE_FAIL, ~0ul)));
+    EXPECT_FALSE(bare.IsOverTime());
+    ASSERT_EQ(0u, bare.Alloc(1, 5, message, 1));
+    Clock::Delay(2);
+    EXPECT_TRUE(bare.IsOverTime()) << "it has no time at all, counted from its construction";
+    bare.ChangeState(STATE_FAIL, false);
+    EXPECT_FALSE(bare.IsOverTime()) << "it has all the time there is";
+    bare.ChangeState(STATE_INIT, false);
+    lines.Take();
+    EXPECT_EQ(ONU_MNG_STATE_NO_NOTIFY, bare.Handle(STATE_MSG_NOTIFY, message, 1));
+    EXPECT_EQ(STATE_INIT, bare.cur_state);
+    EXPECT_EQ(ONU_MNG_OK, bare.Handle(STATE_MSG_OPERATE, message, 1));
+    EXPECT_FALSE(bare.occupied);
+}
+
 TEST_F(StateMachine, AnUnregisteredStateIsAnsweredAndHasNoTimes) {
     Allocate();
     context.ChangeState(99, true);
