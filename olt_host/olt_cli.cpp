@@ -138,13 +138,12 @@ ExitStatus TypeLines(Session* session) {
     CliEditor editor(*prompt, {[&client](const std::string& line) { return client.Complete(line); },
                                [&client](const std::string& line) { return client.Describe(line); }});
     const std::string history = HistoryPath();
-    if (!history.empty()) editor.LoadHistory(history);
+    if (!history.empty()) editor.KeepHistory(history);
     while (session->IsOpen()) {
         const auto line = editor.Read();
         if (!line) break;
         session->Run(*line);
     }
-    if (!history.empty()) editor.SaveHistory(history);
     return session->status() == kNoHost ? kNoHost : kDone;
 }
 

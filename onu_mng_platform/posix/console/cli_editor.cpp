@@ -3,19 +3,25 @@
 #include <cerrno>
 #include <cstdio>
 #include <cwchar>
+#include <deque>
+#include <fstream>
 #include <new>
 #include <utility>
 
+#include <fcntl.h>
 #include <histedit.h>
 #include <poll.h>
 #include <unistd.h>
+
+#include "onu_mng_platform/posix/cli_descriptor.h"
 
 namespace onu_mng_platform {
 namespace {
 
 constexpr int kHistorySize = 500;
-constexpr char kCancel = '\x03'; // Ctrl-C
-constexpr char kQuote = '\x16';  // Ctrl-V
+constexpr size_t kMaxKeptLines = 2 * kHistorySize; ///< from which on a file is made shorter
+constexpr char kCancel = '\x03';                   // Ctrl-C
+constexpr char kQuote = '\x16';                    // Ctrl-V
 
 void Print(const std::string& text) {
     std::fwrite(text.data(), 1, text.size(), stdout);
@@ -64,7 +70,20 @@ public:
         return Remember();
     }
 
-    History* history_object() const { return history_.get(); }
+    void KeepHistory(const std::string& path) {
+        std::ifstream file(path);
+        std::deque<std::string> lines;
+        size_t count = 0;
+        for (std::string line; std::getline(file, line); ++count) {
+            lines.push_back(line);
+            if (lines.size() > kHistorySize) lines.pop_front();
+        }
+        HistEvent event;
+        for (const std::string& line : lines)
+            history(history_.get(), &event, H_ENTER, line.c_str());
+        if (count > kMaxKeptLines) Rewrite(path, lines);
+        kept_in_ = Descriptor(open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0600));
+    }
 
 private:
     struct EndEdit {
@@ -84,9 +103,22 @@ private:
 
     std::string Remember() {
         HistEvent event;
-        if (line_.find_first_not_of(" \t") != std::string::npos)
-            history(history_.get(), &event, H_ENTER, line_.c_str());
+        if (line_.find_first_not_of(" \t") == std::string::npos) return line_;
+        history(history_.get(), &event, H_ENTER, line_.c_str());
+        const std::string kept = line_ + '\n'; // with one call, so that the lines of two editors do not mix
+        if (kept_in_.IsOpen()) (void)!write(kept_in_.get(), kept.data(), kept.size());
         return line_;
+    }
+
+    static void Rewrite(const std::string& path, const std::deque<std::string>& lines) {
+        const std::string draft = path + "." + std::to_string(getpid());
+        const Descriptor file(open(draft.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
+        std::string text;
+        for (const std::string& line : lines)
+            text.append(line).push_back('\n');
+        const bool is_written =
+            file.IsOpen() && write(file.get(), text.data(), text.size()) == static_cast<ssize_t>(text.size());
+        if (!is_written || std::rename(draft.c_str(), path.c_str()) != 0) unlink(draft.c_str());
     }
 
     int Next(wchar_t* character);
@@ -102,6 +134,7 @@ private:
     std::unique_ptr<History, EndHistory> history_;
     std::unique_ptr<EditLine, EndEdit> edit_;
     std::string line_;
+    Descriptor kept_in_;
     std::string typed_for_; ///< what TAB has yet to type for the operator
     std::mbstate_t half_read_{};
     bool is_quote_ = false; ///< the last key was Ctrl-V
@@ -185,18 +218,8 @@ std::optional<std::string> CliEditor::Read() {
     return editing_->Read();
 }
 
-void CliEditor::LoadHistory(const std::string& path) {
-    HistEvent event;
-    history(editing_->history_object(), &event, H_LOAD, path.c_str());
-}
-
-void CliEditor::SaveHistory(const std::string& path) {
-    HistEvent event;
-    // Two clients that leave at once must not write into one file.
-    const std::string draft = path + "." + std::to_string(getpid());
-    if (history(editing_->history_object(), &event, H_SAVE, draft.c_str()) < 0 ||
-        std::rename(draft.c_str(), path.c_str()) != 0)
-        unlink(draft.c_str());
+void CliEditor::KeepHistory(const std::string& path) {
+    editing_->KeepHistory(path);
 }
 
 } // namespace onu_mng_platform

@@ -35,9 +35,9 @@ public:
     ///         line lost.
     std::optional<std::string> Read();
 
-    /// Takes the history from a file; writes it there, for its owner alone, in place of what it held.
-    void LoadHistory(const std::string& path);
-    void SaveHistory(const std::string& path);
+    /// Takes the earlier lines from a file, the last 500 of them, and adds each line that is read from now on. The
+    /// file is its owner's alone; several editors may share it.
+    void KeepHistory(const std::string& path);
 
 private:
     class Editing;
