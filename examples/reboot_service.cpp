@@ -3,8 +3,8 @@
 ///   start message ──> INIT ── request sent ──> WAIT ── answer ok ──> SUCC ──> free
 ///                                                └──── refused ────> FAIL ──> free
 ///
-/// An ONU that never answers leaves WAIT too: in 6 to 7 rounds after the state's 10 seconds the supervision takes
-/// it to FAIL.
+/// An ONU that never answers leaves WAIT too: in 6 to 7 rounds after the state's 10 seconds the supervision
+/// takes it to FAIL.
 
 #include <cstdio>
 #include <memory>

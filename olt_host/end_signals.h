@@ -6,8 +6,9 @@
 
 namespace olt_host {
 
-/// Takes SIGTERM, and SIGINT and SIGHUP unless they are ignored, for whoever asks or waits here, instead of the process ending where it
-/// stands. Made before other tasks are started, which then leave the signals alone.
+/// Takes SIGTERM, and SIGINT and SIGHUP unless they are ignored, for whoever asks or waits here, instead of
+/// the process ending where it stands. Made before other tasks are started, which then leave the signals
+/// alone.
 class EndSignals {
 public:
     EndSignals();

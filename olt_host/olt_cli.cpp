@@ -35,8 +35,8 @@ struct Options {
     bool stops_at_failure = false;
 };
 
-/// Standard output, or a pager that is given the output of one command once it is whole: a host does not wait until
-/// somebody has turned the page.
+/// Standard output, or a pager that is given the output of one command once it is whole: a host does not wait
+/// until somebody has turned the page.
 class Screen {
 public:
     explicit Screen(bool paged) : paged_(paged) {}

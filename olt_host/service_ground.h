@@ -27,8 +27,8 @@ struct RetryPolicy {
     Tick longest_pause;
 };
 
-/// Services that were told to look for work and have not looked yet, by module type: however many ONUs come to a
-/// service at a time, one message of its queue is taken by it.
+/// Services that were told to look for work and have not looked yet, by module type: however many ONUs come
+/// to a service at a time, one message of its queue is taken by it.
 using WorkFlags = std::array<std::atomic<bool>, kModules>;
 
 /// Outlives the services.

@@ -25,8 +25,8 @@ public:
     ServiceRack(const ServiceRack&) = delete;
     ServiceRack& operator=(const ServiceRack&) = delete;
 
-    /// Makes the host's further registrations and initialises the library. `supervision_s` is the period of the
-    /// supervision, whose first round comes after 30 seconds nevertheless.
+    /// Makes the host's further registrations and initialises the library. `supervision_s` is the period of
+    /// the supervision, whose first round comes after 30 seconds nevertheless.
     /// @return false when the library refuses.
     bool Initialise(unsigned int pons, unsigned int onus, unsigned int supervision_s);
 

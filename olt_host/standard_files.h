@@ -7,8 +7,8 @@
 
 namespace olt_host {
 
-/// Opens those of standard input, output and error that are closed. Otherwise the next socket would take the place,
-/// and what is printed would go there. First thing in main().
+/// Opens those of standard input, output and error that are closed. Otherwise the next socket would take the
+/// place, and what is printed would go there. First thing in main().
 inline void OpenStandardFiles() {
     int file = 0;
     while (file >= 0 && file <= STDERR_FILENO)

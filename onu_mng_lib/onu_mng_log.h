@@ -29,8 +29,8 @@ public:
     static OnuMngLog* GetInstance();
 
     /// Adds `level` to the entry that governs the ONU, or makes an entry for it, and opens the level in the
-    /// log. While tracing is off no entry governs, and an ONU whose key is there already gets nothing. `sn` is
-    /// null or 8 bytes. Where memory is short the registry stays as it was (one level-13 line).
+    /// log. While tracing is off no entry governs, and an ONU whose key is there already gets nothing. `sn`
+    /// is null or 8 bytes. Where memory is short the registry stays as it was (one level-13 line).
     void AddOnuTracer(unsigned short pon, unsigned short onu, const unsigned char* sn, int level);
 
     /// Closes in the log every level that was opened, and removes all entries.

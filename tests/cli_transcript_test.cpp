@@ -1,5 +1,5 @@
-// What operators see of the library's commands, at the prompt "olt# ", and of others that take the grammar to its
-// corners, at "lab# ".
+// What operators see of the library's commands, at the prompt "olt# ", and of others that take the grammar to
+// its corners, at "lab# ".
 
 #include "tests/cli_test_commands.h"
 #include "tests/support/transcript.h"

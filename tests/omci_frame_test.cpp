@@ -83,7 +83,8 @@ TEST(OmciFrame, BuildsFrames) {
     EXPECT_EQ(Bytes(alarm), Bytes("0000100a000b0101...070000002800000000", OmciFrame::kSize));
 }
 
-/// What a recording says about a frame: "get request: ME ONU data(2) inst 0x0000 tid 0x0001; mask 0x8000 ...".
+/// What a recording says about a frame: "get request: ME ONU data(2) inst 0x0000 tid 0x0001; mask 0x8000
+/// ...".
 class Description {
 public:
     explicit Description(const std::string& of_frame) : text(of_frame) {}

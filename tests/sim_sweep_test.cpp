@@ -177,8 +177,8 @@ TEST(FailureSweep, OfStartUp) {
     std::cout << "start-up: " << made << " injections\n";
 }
 
-/// Three senders and a relay, with failures from when `arm` is called until all is quiet. Every message is handled
-/// once, or its sender was told; every refusal stands in the log; afterwards all works.
+/// Three senders and a relay, with failures from when `arm` is called until all is quiet. Every message is
+/// handled once, or its sender was told; every refusal stands in the log; afterwards all works.
 void Storm(Simulation& board, const std::function<void()>& arm) {
     const SimHost host;
     int accepted = 0;

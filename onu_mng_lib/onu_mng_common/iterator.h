@@ -36,8 +36,8 @@ private:
     mutable Iterator* p_iterator = nullptr;
 };
 
-/// A position in an aggregate. The size is asked at every step, so a collection that grows or shrinks during a
-/// walk is walked to its new end.
+/// A position in an aggregate. The size is asked at every step, so a collection that grows or shrinks during
+/// a walk is walked to its new end.
 class Iterator {
 public:
     /// Without an aggregate the walk is at its end at once.

@@ -13,8 +13,8 @@ enum MemShowType : unsigned int {
 
 /// Serves message packets and the blocks of text and buffer values from one pool that is created at start-up.
 ///
-/// One instance for the process. Every operation may be called from any task; only `Init` can block, and a log line or a
-/// view as long as the log's sink or the terminal does.
+/// One instance for the process. Every operation may be called from any task; only `Init` can block, and a
+/// log line or a view as long as the log's sink or the terminal does.
 class MemoryAllocator {
 public:
     /// The size of the pool that onu_mng_system_init() creates, in bytes.

@@ -58,8 +58,8 @@ inline constexpr unsigned int STATE_MAX = 254;
 /// One state of a procedure. An object belongs to one context, which deletes it.
 ///
 /// The hooks run in the task that handed the message to the context (a client's, or the supervision task) and
-/// without the context's lock. In the supervision task, which holds the pool's lock, they neither construct nor
-/// destroy a `StateContext`. A hook that throws there has its context tried again in the next round (one
+/// without the context's lock. In the supervision task, which holds the pool's lock, they neither construct
+/// nor destroy a `StateContext`. A hook that throws there has its context tried again in the next round (one
 /// level-13 line).
 class ServiceState {
 public:

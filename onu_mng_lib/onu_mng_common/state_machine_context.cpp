@@ -12,8 +12,8 @@
 namespace {
 
 constexpr unsigned int kMsPerSecond = 1000;
-/// No procedure advances this often by one message; states that name one another for ever would. A termination
-/// has come by every state before that.
+/// No procedure advances this often by one message; states that name one another for ever would. A
+/// termination has come by every state before that.
 constexpr unsigned int kMaxSteps = 65535;
 constexpr unsigned int kMaxStepsToEnd = STATE_MAX;
 

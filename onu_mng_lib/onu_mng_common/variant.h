@@ -158,8 +158,8 @@ public:
     unsigned int FromString(VariantType new_type, std::string text);
 
     /// Writes the value to the terminal `out` (a `vty*`), or to standard output when it is null: numbers in
-    /// signed decimal and texts padded to 40 characters, a BUFFER as (0x) and two digits and a blank a byte, an
-    /// empty object as a line that says so.
+    /// signed decimal and texts padded to 40 characters, a BUFFER as (0x) and two digits and a blank a byte,
+    /// an empty object as a line that says so.
     void Print(void* out) const;
 
     // ---- As a buffer ----
@@ -213,8 +213,8 @@ public:
     unsigned int Serialize(Variant& out) const;
 
     /// Takes the value of the record at the cursor of the buffer `in` and moves that cursor by the record's
-    /// length. A scalar takes as many bytes as its type has, whatever that length is. A record of a type above
-    /// BUFFER, and a BUFFER of length 0, are skipped and change nothing.
+    /// length. A scalar takes as many bytes as its type has, whatever that length is. A record of a type
+    /// above BUFFER, and a BUFFER of length 0, are skipped and change nothing.
     /// @return 0, for a BUFFER that found no block too; 0x800001f5 when type or length cannot be
     ///         fetched or the value is not there in full (this object then stays as it was), and when there
     ///         is no block for a STRING: the cursor then stands behind what was fetched, not behind the

@@ -17,8 +17,8 @@ namespace onu_mng_platform {
 void AnswerError(const Output& output, std::string_view message);
 
 /// What is wrong with `word`, which `match` has just refused: the message, the line as it was typed with a
-/// caret under the word, and what may stand there; of commands that may go on in many ways only the words that the
-/// typed one may be short for.
+/// caret under the word, and what may stand there; of commands that may go on in many ways only the words
+/// that the typed one may be short for.
 void AnswerFault(const Output& output, std::string_view line, const Match& match, TypedWord word);
 
 /// One line for each option with its help.

@@ -59,8 +59,8 @@ bool ChangesSomething(const Command& command) {
     return std::find(std::begin(kHarmless), std::end(kHarmless), first) == std::end(kHarmless);
 }
 
-// Logged before it runs: the line that brought a board down is then in the log. A file that is saved is a change too.
-// Blanks in a row, and a line longer than one of the log, would keep a part of it from the log.
+// Logged before it runs: the line that brought a board down is then in the log. A file that is saved is a
+// change too. Blanks in a row, and a line longer than one of the log, would keep a part of it from the log.
 void LogCommand(const vty& terminal, const Command& command, const CommandLine& line) {
     const bool saves = !line.filter.empty() && FilterSaves(line.filter.front().text);
     if (terminal.user.empty() || (!ChangesSomething(command) && !saves)) return;

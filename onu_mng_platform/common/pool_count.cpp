@@ -5,8 +5,8 @@
 
 namespace onu_mng_platform {
 
-/// Pays for a request that its thread's allowance was too small for: from what there is to spare, else from the
-/// other threads' allowances, else by a new peak.
+/// Pays for a request that its thread's allowance was too small for: from what there is to spare, else from
+/// the other threads' allowances, else by a new peak.
 void Pool::Pay(size_t bytes) {
     size_t missing = bytes - meter_.Draw(bytes);
     if (missing == 0) return;

@@ -43,8 +43,8 @@ Cell Pool::TakeFromDepot(uint32_t index, ThreadStock* stock) {
 }
 
 /// Takes one block and cuts some more for `stock`: twice as many each time, so that a thread that needs few
-/// blocks of a class does not hoard them, but so many that the first blocks of two threads, which each of them
-/// takes again and again, share no cache line.
+/// blocks of a class does not hoard them, but so many that the first blocks of two threads, which each of
+/// them takes again and again, share no cache line.
 Cell Pool::TakeFromMap(uint32_t cells, ThreadStock* stock) {
     const uint32_t index = stock_class::Of(cells);
     const Cell start = map_.Take(cells, BlockState::kLive);

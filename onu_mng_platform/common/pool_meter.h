@@ -7,8 +7,8 @@
 
 namespace onu_mng_platform {
 
-/// The bytes that one thread may take without making a new peak: its share of what lies between the bytes in use
-/// and their peak. What the thread takes comes out of it, what it returns goes into it.
+/// The bytes that one thread may take without making a new peak: its share of what lies between the bytes in
+/// use and their peak. What the thread takes comes out of it, what it returns goes into it.
 ///
 /// Thread safety: TakeAll() may be called from any thread, the rest by one thread at a time.
 class Allowance {
@@ -34,8 +34,8 @@ private:
     std::atomic<size_t> bytes_{0};
 };
 
-/// Counts the bytes in use with their exact peak, without a place that every request writes: the bytes in use, all
-/// allowances and the bytes to spare are together the peak.
+/// Counts the bytes in use with their exact peak, without a place that every request writes: the bytes in
+/// use, all allowances and the bytes to spare are together the peak.
 ///
 /// Thread safety: under the pool's lock.
 class PeakMeter {

@@ -38,8 +38,8 @@ void StandardError::Find() {
     is_torn_ = false;
 }
 
-/// A pipe that is ready takes a whole line; terminals and sockets do not block. One that nobody reads any more is
-/// not written to, which would end the process.
+/// A pipe that is ready takes a whole line; terminals and sockets do not block. One that nobody reads any
+/// more is not written to, which would end the process.
 bool StandardError::IsReady() {
     pollfd ready{descriptor_, POLLOUT, 0};
     int count = 0;

@@ -7,8 +7,9 @@
 
 namespace onu_mng_platform {
 
-/// Standard error, which may be a terminal that its operator has stopped or a pipe whose reader hangs. A line waits
-/// a moment for it; while it takes nothing, further lines are lost at once, so that no task stands still for them.
+/// Standard error, which may be a terminal that its operator has stopped or a pipe whose reader hangs. A line
+/// waits a moment for it; while it takes nothing, further lines are lost at once, so that no task stands
+/// still for them.
 ///
 /// Constant-initialised and never destroyed. One task at a time.
 class StandardError {

@@ -196,9 +196,9 @@ extern "C" void bep_taskUnsafeEx() {
     Sleeper::Current().Unprotect();
 }
 
-// Every call of nanosleep() in the executable comes here, by the linker's --wrap: the system's own could not be
-// ended. Threads that are no tasks go on to the system's. Where time_t is wider than it once was, the C library
-// has another name for the function.
+// Every call of nanosleep() in the executable comes here, by the linker's --wrap: the system's own could not
+// be ended. Threads that are no tasks go on to the system's. Where time_t is wider than it once was, the C
+// library has another name for the function.
 #if defined(__USE_TIME_BITS64) && defined(__TIMESIZE) && __TIMESIZE == 32
 extern "C" int RealNanosleep(const timespec* duration, timespec* rest) __asm__("__real___nanosleep64");
 extern "C" int WrapNanosleep(const timespec* duration, timespec* rest) __asm__("__wrap___nanosleep64");

@@ -54,8 +54,8 @@ std::optional<std::string> CliClient::Prompt(std::string* farewell) {
     return std::nullopt;
 }
 
-/// Asks for something that is not printed; what a host says that closes the connection instead is kept until it can
-/// be.
+/// Asks for something that is not printed; what a host says that closes the connection instead is kept until
+/// it can be.
 bool CliClient::AskAside(std::string_view verb, std::string_view line, std::string* answer) {
     if (Ask(verb, line, [answer](std::string_view part) { *answer += part; })) return true;
     farewell_ += *answer;

@@ -31,8 +31,8 @@ bool IsSame(const struct stat& a, const struct stat& b) {
     return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
 }
 
-/// Two hosts that start at once must not each take the other's new socket for a dead one: they meet at a file beside
-/// it, which is there for as long as one of them holds it.
+/// Two hosts that start at once must not each take the other's new socket for a dead one: they meet at a file
+/// beside it, which is there for as long as one of them holds it.
 class StartLock {
 public:
     explicit StartLock(const std::string& socket_path) : path_(socket_path + ".lock") {

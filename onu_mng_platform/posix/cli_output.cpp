@@ -13,8 +13,8 @@ namespace {
 
 constexpr size_t kKeptCapacity = 16384;
 
-/// Whether a terminal may obey a byte: a control character, also one of the second set, which stands alone or behind
-/// the first byte of a character of two that it is (or, too long, of one).
+/// Whether a terminal may obey a byte: a control character, also one of the second set, which stands alone or
+/// behind the first byte of a character of two that it is (or, too long, of one).
 bool IsUnsafe(unsigned char before, unsigned char c) {
     if (c < ' ' || c == 0x7F) return c != '\t' && c != '\r' && c != '\n';
     if (c < 0x80 || c > 0x9F) return false;

@@ -12,8 +12,8 @@
 
 namespace onu_mng_platform {
 
-/// A bounded buffer. Commands put characters in, the server's task sends them. A reader who takes nothing for a
-/// while although the buffer is full breaks it, as does a reader who is gone and memory that is short.
+/// A bounded buffer. Commands put characters in, the server's task sends them. A reader who takes nothing for
+/// a while although the buffer is full breaks it, as does a reader who is gone and memory that is short.
 ///
 /// Thread safety: one task puts, one sends; the rest from any.
 class CliOutput {
@@ -28,8 +28,8 @@ public:
     /// Sets `wake`, which outlives it, when there is something to send.
     CliOutput(const Limits& limits, const CliEvent* wake) : limits_(limits), wake_(wake) {}
 
-    /// Appends text with its control characters (U+0080 to U+009F too) but TAB, CR and LF replaced by "."; waits while the buffer is
-    /// full. Once it is broken nothing is taken.
+    /// Appends text with its control characters (U+0080 to U+009F too) but TAB, CR and LF replaced by ".";
+    /// waits while the buffer is full. Once it is broken nothing is taken.
     void PutText(std::string_view text) { Put(text, true); }
 
     /// Appends the end of an answer with its result, and whether it was the last.

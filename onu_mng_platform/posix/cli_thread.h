@@ -11,8 +11,8 @@
 
 namespace onu_mng_platform {
 
-/// Blocks, while it lives, the signals that are sent to the process; those that a fault of the running code raises
-/// still reach the host's handlers.
+/// Blocks, while it lives, the signals that are sent to the process; those that a fault of the running code
+/// raises still reach the host's handlers.
 class SignalShield {
 public:
     SignalShield() {
@@ -30,8 +30,8 @@ private:
     sigset_t before_{};
 };
 
-/// Starts a thread that leaves the process's signals to the host; `name` has at most 15 characters. @return a thread
-/// that is not joinable, with errno set, when none could be started. Throws std::bad_alloc.
+/// Starts a thread that leaves the process's signals to the host; `name` has at most 15 characters. @return a
+/// thread that is not joinable, with errno set, when none could be started. Throws std::bad_alloc.
 template <typename Body>
 std::thread StartThread(const char* name, Body&& body) {
     const SignalShield shield; // inherited by the thread

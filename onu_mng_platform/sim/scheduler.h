@@ -37,7 +37,8 @@ public:
 
     /// A point where another task may go on.
     void Pass(Task& self);
-    /// Waits until `wait` is met; false at its deadline. Ends the task where it may be ended and was asked to.
+    /// Waits until `wait` is met; false at its deadline. Ends the task where it may be ended and was asked
+    /// to.
     bool WaitFor(Task& self, Wait wait);
     /// Ends the task if it was asked to.
     void EndPoint(Task& self);

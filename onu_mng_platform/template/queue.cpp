@@ -4,8 +4,8 @@
 extern "C" uint32_t bep_msgQCreateEx(int max_msgs, int msg_size, int /*options*/, const char* /*file*/,
                                      int /*line*/) {
     if (max_msgs <= 0 || msg_size <= 0) return 0;
-    // Reserve everything now: later a send has no way to say that memory is short. Make the id of a slot and of
-    // a number that changes each time the slot is used, so that an old id is told from a new one.
+    // Reserve everything now: later a send has no way to say that memory is short. Make the id of a slot and
+    // of a number that changes each time the slot is used, so that an old id is told from a new one.
     return 0;
 }
 
@@ -18,9 +18,9 @@ extern "C" int bep_msgQSendEx(uint32_t /*queue_id*/, const char* buf, unsigned i
 
 extern "C" int bep_msgQReceiveEx(uint32_t /*queue_id*/, char* buf, unsigned int len, int /*ticks*/,
                                  const char* /*file*/, int /*line*/) {
-    // An end point at once, also when a message is there. A task whose queue is gone waits here, quietly, to be
-    // ended: a service calls this in a loop, which would otherwise spin. A receiver that gives up or is ended just
-    // when it was woken for a message must wake the next one.
+    // An end point at once, also when a message is there. A task whose queue is gone waits here, quietly, to
+    // be ended: a service calls this in a loop, which would otherwise spin. A receiver that gives up or is
+    // ended just when it was woken for a message must wake the next one.
     if (buf == nullptr || len == 0) return -1;
     return -1;
 }

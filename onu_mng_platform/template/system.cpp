@@ -1,5 +1,5 @@
-// The clock, the log, the pool and the helpers: ready-made in common/. Where the board has its own, put that here
-// instead.
+// The clock, the log, the pool and the helpers: ready-made in common/. Where the board has its own, put that
+// here instead.
 #include <cstdarg>
 #include <ctime>
 

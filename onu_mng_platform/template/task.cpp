@@ -13,8 +13,8 @@ extern "C" uint32_t bep_taskSpawnEx(const char* /*name*/, unsigned int /*priorit
 }
 
 extern "C" int bep_taskDeleteEx(uint32_t /*task_id*/) {
-    // Tell the task to end, wake it wherever it waits, wait until it has ended. nanosleep() is a wait as well: the
-    // library calls it under its own name, so that the port has to stand in for it.
+    // Tell the task to end, wake it wherever it waits, wait until it has ended. nanosleep() is a wait as
+    // well: the library calls it under its own name, so that the port has to stand in for it.
     return -1;
 }
 

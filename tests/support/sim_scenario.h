@@ -48,8 +48,8 @@ inline bool Passes(const std::function<void()>& scenario) {
            }) == 0;
 }
 
-/// Runs `scenario` under ONU_MNG_SEEDS seeds, or one in `share` of them and at least one, or under ONU_MNG_SEED alone,
-/// up to the first that fails; that one's command line is printed.
+/// Runs `scenario` under ONU_MNG_SEEDS seeds, or one in `share` of them and at least one, or under
+/// ONU_MNG_SEED alone, up to the first that fails; that one's command line is printed.
 inline void ForEachSeed(const std::function<void(std::uint64_t seed)>& scenario, std::uint64_t share = 1) {
     const std::uint64_t only = FromEnvironment("ONU_MNG_SEED", 0);
     const std::uint64_t seeds =

@@ -1,5 +1,6 @@
-/// Transcripts: lines as an operator types them and the screens that follow, in files. A line that ends in "?"
-/// or "<TAB>" is one on which that key is pressed; a result other than 0 stands in brackets behind the screen.
+/// Transcripts: lines as an operator types them and the screens that follow, in files. A line that ends in
+/// "?" or "<TAB>" is one on which that key is pressed; a result other than 0 stands in brackets behind the
+/// screen.
 ///
 /// With ONU_MNG_UPDATE_GOLDEN in the environment they are written anew, to be read before a commit.
 #ifndef ONU_MNG_TESTS_SUPPORT_TRANSCRIPT_H

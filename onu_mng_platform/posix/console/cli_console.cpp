@@ -63,8 +63,8 @@ public:
     ~Loop() {
         stop_.Set();
         if (!thread_.joinable()) return;
-        // A terminal that is stopped by Ctrl-S would keep the editor from ending; a host that is in the background by
-        // now would itself be stopped for touching it.
+        // A terminal that is stopped by Ctrl-S would keep the editor from ending; a host that is in the
+        // background by now would itself be stopped for touching it.
         const SignalShield shield;
         do {
             tcflow(STDIN_FILENO, TCOOFF);

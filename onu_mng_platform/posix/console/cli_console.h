@@ -9,11 +9,11 @@
 namespace onu_mng_platform {
 
 /// The commands of one node on standard input and output, when these are a terminal; lines may end in "| save
-/// FILE". Its opening, its end and commands that change something are logged (level 12); nobody is sent away for
-/// saying nothing.
+/// FILE". Its opening, its end and commands that change something are logged (level 12); nobody is sent away
+/// for saying nothing.
 ///
-/// Two threads serve it, so that a command whose output the terminal does not take (Ctrl-S) goes on; when 512 KiB
-/// wait and none is taken for five seconds, the rest of that command's output is dropped.
+/// Two threads serve it, so that a command whose output the terminal does not take (Ctrl-S) goes on; when 512
+/// KiB wait and none is taken for five seconds, the rest of that command's output is dropped.
 ///
 /// Thread safety: one task starts and stops.
 class CliConsole {

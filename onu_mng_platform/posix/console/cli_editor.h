@@ -23,8 +23,8 @@ public:
         std::function<std::string(const std::string& line)> describe;
     };
 
-    /// Reading ends when the descriptor `wake` becomes readable; -1 for none. With one no key is a signal, also
-    /// between lines: Ctrl-C is for commands, not for the host. Throws std::bad_alloc.
+    /// Reading ends when the descriptor `wake` becomes readable; -1 for none. With one no key is a signal,
+    /// also between lines: Ctrl-C is for commands, not for the host. Throws std::bad_alloc.
     CliEditor(const std::string& prompt, Keys keys, int wake = -1);
     ~CliEditor();
     CliEditor(const CliEditor&) = delete;
@@ -35,8 +35,8 @@ public:
     ///         line lost.
     std::optional<std::string> Read();
 
-    /// Takes the earlier lines from a file, the last 500 of them, and adds each line that is read from now on. The
-    /// file is its owner's alone; several editors may share it.
+    /// Takes the earlier lines from a file, the last 500 of them, and adds each line that is read from now
+    /// on. The file is its owner's alone; several editors may share it.
     void KeepHistory(const std::string& path);
 
 private:
