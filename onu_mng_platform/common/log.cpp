@@ -17,6 +17,7 @@ constexpr int kMinLevel = 0;
 constexpr int kMaxLevel = 15;
 constexpr int kDefaultThreshold = 10;
 constexpr size_t kMaxText = 1023;
+constexpr size_t kMaxBefore = 16; // with its NUL
 constexpr int kLostLevel = 13;
 constexpr char kLineEnd[] = "\r\n";
 
@@ -89,6 +90,7 @@ struct Output {
     ulog_sink sink = nullptr;
     void* context = nullptr;
     LogClock clock = nullptr;
+    LogNeighbour neighbour;
 };
 
 Filter g_filter;
@@ -109,7 +111,8 @@ bool WriteToStandardError(unsigned int module, int level, const char* text) {
     std::tm local{};
     localtime_r(&now.tv_sec, &local);
     char line[kMaxText + 80];
-    size_t size = std::strftime(line, sizeof(line), "%Y-%m-%d %H:%M:%S", &local);
+    size_t size = static_cast<size_t>(std::snprintf(line, kMaxBefore, "%s", g_output.neighbour.before));
+    size += std::strftime(line + size, sizeof(line) - size, "%Y-%m-%d %H:%M:%S", &local);
     const int rest = std::snprintf(line + size, sizeof(line) - size, ".%03d %2d %u: %s",
                                    static_cast<int>(now.tv_nsec / 1000000), level, module, text);
     size += static_cast<size_t>(std::max(rest, 0));
@@ -145,6 +148,7 @@ void WriteLine(unsigned int module, int level, const char* text) {
         g_output.sink(g_output.context, module, level, text);
     } else {
         WriteToStandardErrorInTurn(module, level, text);
+        if (g_output.neighbour.after != nullptr) g_output.neighbour.after(g_output.neighbour.context);
     }
 }
 
@@ -183,6 +187,11 @@ void LogPort(int level, const char* format, ...) {
     va_start(arguments, format);
     LogWrite(kPortLogModule, level, format, arguments);
     va_end(arguments);
+}
+
+void LogSetNeighbour(const LogNeighbour& neighbour) {
+    const std::lock_guard<std::mutex> guard(g_output.lock);
+    g_output.neighbour = neighbour;
 }
 
 void LogSetClock(LogClock clock) {

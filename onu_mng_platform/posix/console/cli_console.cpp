@@ -6,10 +6,12 @@
 
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/stat.h>
 #include <termios.h>
 #include <unistd.h>
 
 #include "onu_mng_platform/common/cli_terminal.h"
+#include "onu_mng_platform/common/log.h"
 #include "onu_mng_platform/posix/cli_event.h"
 #include "onu_mng_platform/posix/cli_output.h"
 #include "onu_mng_platform/posix/cli_thread.h"
@@ -52,6 +54,22 @@ Descriptor OpenTerminal() {
     return Descriptor(open(name, O_WRONLY | O_NOCTTY | O_NONBLOCK | O_CLOEXEC));
 }
 
+/// While it lives, log lines that go to the console's own terminal take the place of the line that is being typed,
+/// which is then drawn again below them.
+class LogScope {
+public:
+    LogScope(int screen, CliEvent& redraw) {
+        struct stat own {};
+        struct stat log {};
+        if (fstat(screen, &own) != 0 || fstat(STDERR_FILENO, &log) != 0 || own.st_rdev != log.st_rdev) return;
+        const auto after = [](void* event) { static_cast<CliEvent*>(event)->Set(); };
+        LogSetNeighbour({"\r\x1b[K", after, &redraw});
+    }
+    ~LogScope() { LogSetNeighbour({}); }
+    LogScope(const LogScope&) = delete;
+    LogScope& operator=(const LogScope&) = delete;
+};
+
 } // namespace
 
 /// A console from its start to its stop.
@@ -74,7 +92,8 @@ public:
     }
 
     bool Start() {
-        if (!HasTerminal() || !screen_.IsOpen() || !stop_.IsValid() || !wake_.IsValid() || !ended_.IsValid())
+        if (!HasTerminal() || !screen_.IsOpen() || !stop_.IsValid() || !wake_.IsValid() ||
+            !redraw_.IsValid() || !ended_.IsValid())
             return false;
         thread_ = StartThread("cli-console", [this] { Run(); });
         return thread_.joinable();
@@ -99,6 +118,7 @@ private:
     const std::string user_ = "console (uid " + std::to_string(getuid()) + ")";
     const CliEvent stop_;
     const CliEvent wake_;
+    CliEvent redraw_;
     const CliEvent ended_;
     const Descriptor screen_;
     CliWorkers worker_{1};
@@ -108,10 +128,12 @@ private:
 void CliConsole::Loop::Run() {
     Log("opened");
     try {
+        const CliEditor::Events events{stop_, redraw_};
         CliEditor editor(prompt_,
                          {[this](const std::string& line) { return Complete(line); },
                           [this](const std::string& line) { return Describe(line); }},
-                         stop_.descriptor());
+                         &events);
+        const LogScope scope(screen_.get(), redraw_);
         while (Serve(&editor))
             ;
     } catch (const std::bad_alloc&) {

@@ -37,8 +37,8 @@ std::string UpToCursor(EditLine* edit) {
 
 class CliEditor::Editing {
 public:
-    Editing(const std::string& prompt, Keys keys, int wake)
-        : prompt_(prompt), keys_(std::move(keys)), wake_(wake), history_(history_init()),
+    Editing(const std::string& prompt, Keys keys, const Events* events)
+        : prompt_(prompt), keys_(std::move(keys)), events_(events), history_(history_init()),
           edit_(el_init("olt", stdin, stdout, stderr)) {
         if (history_ == nullptr || edit_ == nullptr) throw std::bad_alloc();
         HistEvent event;
@@ -51,7 +51,7 @@ public:
         el_set(edit, EL_HIST, history, history_.get());
         el_set(edit, EL_GETCFN, &Editing::ReadCharacter);
         el_set(edit, EL_SETTY, "-d", "-isig", nullptr);
-        if (wake >= 0) el_set(edit, EL_SETTY, "-x", "-isig", nullptr);
+        if (events != nullptr) el_set(edit, EL_SETTY, "-x", "-isig", nullptr);
         el_set(edit, EL_BIND, "^W", "ed-delete-prev-word", nullptr);
     }
 
@@ -60,6 +60,7 @@ public:
             // Before the prompt, so that a key that is pressed at its sight is one of the editor's.
             el_set(edit_.get(), EL_PREP_TERM, 1);
             is_cancelled_ = false;
+            if (events_ != nullptr) events_->redraw.Clear();
             int size = 0;
             const char* line = el_gets(edit_.get(), &size);
             if (line == nullptr || size <= 0) return std::nullopt;
@@ -127,10 +128,11 @@ private:
     void Help();
     void Complete();
     void PrintBelow(const std::string& text);
+    void Redraw();
 
     std::string prompt_;
     const Keys keys_;
-    const int wake_;
+    const Events* const events_;
     std::unique_ptr<History, EndHistory> history_;
     std::unique_ptr<EditLine, EndEdit> edit_;
     std::string line_;
@@ -193,24 +195,33 @@ void CliEditor::Editing::PrintBelow(const std::string& text) {
     el_set(edit_.get(), EL_REFRESH); // begins a new line on the screen
 }
 
+void CliEditor::Editing::Redraw() {
+    events_->redraw.Clear();
+    el_set(edit_.get(), EL_REFRESH);
+}
+
 int CliEditor::Editing::NextByte(char* byte) {
     if (!typed_for_.empty()) {
         *byte = typed_for_.front();
         typed_for_.erase(0, 1);
         return 1;
     }
-    pollfd input[] = {{STDIN_FILENO, POLLIN, 0}, {wake_, POLLIN, 0}};
-    do {
-        if (poll(input, 2, -1) < 0) continue;
+    const int stop = events_ == nullptr ? -1 : events_->stop.descriptor();
+    const int redraw = events_ == nullptr ? -1 : events_->redraw.descriptor();
+    pollfd input[] = {{STDIN_FILENO, POLLIN, 0}, {stop, POLLIN, 0}, {redraw, POLLIN, 0}};
+    for (;;) {
+        if (poll(input, 3, -1) < 0) continue;
         if (input[1].revents != 0) return 0;
+        if (input[2].revents != 0) Redraw();
+        if (input[0].revents == 0) continue;
         const ssize_t size = read(STDIN_FILENO, byte, 1);
         if (size >= 0) return static_cast<int>(size);
-    } while (errno == EINTR || errno == EAGAIN);
-    return -1;
+        if (errno != EINTR && errno != EAGAIN) return -1;
+    }
 }
 
-CliEditor::CliEditor(const std::string& prompt, Keys keys, int wake)
-    : editing_(std::make_unique<Editing>(prompt, std::move(keys), wake)) {}
+CliEditor::CliEditor(const std::string& prompt, Keys keys, const Events* events)
+    : editing_(std::make_unique<Editing>(prompt, std::move(keys), events)) {}
 
 CliEditor::~CliEditor() = default;
 

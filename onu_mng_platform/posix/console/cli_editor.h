@@ -8,6 +8,7 @@
 #include <string>
 
 #include "onu_mng_platform/common/cli_assist.h"
+#include "onu_mng_platform/posix/cli_event.h"
 
 namespace onu_mng_platform {
 
@@ -23,15 +24,21 @@ public:
         std::function<std::string(const std::string& line)> describe;
     };
 
-    /// Reading ends when the descriptor `wake` becomes readable; -1 for none. With one no key is a signal,
-    /// also between lines: Ctrl-C is for commands, not for the host. Throws std::bad_alloc.
-    CliEditor(const std::string& prompt, Keys keys, int wake = -1);
+    /// What others tell the editor of a host's console.
+    struct Events {
+        const CliEvent& stop;   ///< reading ends
+        const CliEvent& redraw; ///< something was written over the line
+    };
+
+    /// With `events`, which outlive it, no key is a signal between lines either: Ctrl-C is for commands, not
+    /// for the host. Throws std::bad_alloc.
+    CliEditor(const std::string& prompt, Keys keys, const Events* events = nullptr);
     ~CliEditor();
     CliEditor(const CliEditor&) = delete;
     CliEditor& operator=(const CliEditor&) = delete;
 
     /// Blocks until a line is typed.
-    /// @return it, without its end; nothing at the end of input or after `wake`. Throws std::bad_alloc, with a
+    /// @return it, without its end; nothing at the end of input or after `stop`. Throws std::bad_alloc, with a
     ///         line lost.
     std::optional<std::string> Read();
 
