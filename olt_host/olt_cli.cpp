@@ -7,6 +7,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <iostream>
+#include <new>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -189,15 +191,8 @@ ExitStatus Finish(ExitStatus status) {
     return status == kDone ? kCommandFailed : status;
 }
 
-} // namespace
-
-int main(int argc, char** argv) {
-    olt_host::OpenStandardFiles();
-    std::setlocale(LC_CTYPE, "");
-    // A pager that is left early, or a head behind this program, must not end it in the middle of an answer.
-    std::signal(SIGPIPE, SIG_IGN);
-
-    Options options;
+/// @return the status to end with; none to go on.
+std::optional<ExitStatus> ReadOptions(int argc, char** argv, Options& options) {
     CLI::App app(
         "Types commands to a running olt_host. Without -c lines come from the terminal or from standard "
         "input.\nExit status: 0; 1 when a command failed; 2 without a host and for options that make no "
@@ -211,5 +206,22 @@ int main(int argc, char** argv) {
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? kDone : kNoHost;
     }
-    return Finish(Serve(options));
+    return std::nullopt;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    olt_host::OpenStandardFiles();
+    std::setlocale(LC_CTYPE, "");
+    // A pager that is left early, or a head behind this program, must not end it in the middle of an answer.
+    std::signal(SIGPIPE, SIG_IGN);
+    try {
+        Options options;
+        if (const auto status = ReadOptions(argc, argv, options)) return *status;
+        return Finish(Serve(options));
+    } catch (const std::bad_alloc&) {
+        std::fputs("olt_cli: out of memory\n", stderr);
+        return kCommandFailed;
+    }
 }

@@ -75,9 +75,9 @@ int CUtil::CovertHexStringToBytes(const char* text, char* bytes, unsigned int* s
     for (size_t i = 0; i < digits; ++i) {
         if (DigitValue(text[i]) < 0) return -1;
     }
-    for (size_t i = 0; i < digits / 2; ++i) {
-        bytes[i] = static_cast<char>(DigitValue(text[2 * i]) << 4 | DigitValue(text[2 * i + 1]));
-    }
+    const auto digit = [text](size_t at) { return static_cast<unsigned int>(DigitValue(text[at])); };
+    for (size_t i = 0; i < digits / 2; ++i)
+        bytes[i] = static_cast<char>(digit(2 * i) << 4 | digit(2 * i + 1));
     *size = static_cast<unsigned int>(digits / 2);
     return 0;
 }

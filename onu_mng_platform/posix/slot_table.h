@@ -77,8 +77,8 @@ public:
 
     void Release(uint32_t index) {
         const std::lock_guard<std::mutex> guard(lock_);
-        At(index)->next_free = kNone;
-        (free_ == 0 ? first_free_ : At(last_free_)->next_free) = index;
+        Used(index).next_free = kNone;
+        (free_ == 0 ? first_free_ : Used(last_free_).next_free) = index;
         last_free_ = index;
         ++free_;
     }
@@ -86,9 +86,13 @@ public:
 private:
     static constexpr uint32_t kResting = 64;
 
+    Slot& Used(uint32_t index) {
+        return chunks_[index / ChunkSize].load(std::memory_order_relaxed)[index % ChunkSize];
+    }
+
     uint32_t TakeFree() {
         const uint32_t index = first_free_;
-        first_free_ = At(index)->next_free;
+        first_free_ = Used(index).next_free;
         --free_;
         return index;
     }

@@ -55,7 +55,7 @@ SimTime SimRun::Calendar() const {
 
 std::shared_ptr<Task> SimRun::Spawn(const char* name, unsigned int priority, std::size_t stack_size,
                                     std::function<void()> entry, bool is_host) {
-    const auto task = std::make_shared<Task>();
+    auto task = std::make_shared<Task>();
     task->run = this;
     task->name = name != nullptr ? name : "";
     task->priority = priority;
