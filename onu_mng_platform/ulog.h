@@ -14,8 +14,8 @@ extern "C" {
 
 /* Writes one line, formatted like printf and ending in "\r\n", through the sink. Lines of concurrent tasks
  * never mix; text beyond 1023 characters is cut. May block for as long as the sink does, by default for a moment:
- * lines that standard error does not take are lost, and counted in a line of level 13 behind the next that it
- * takes. */
+ * lines that standard error does not take are lost, and counted in a line of level 13 where they are
+ * missing. */
 void ulogPrintf(unsigned int module, int level, const char* format, ...) ONU_MNG_PRINTF_FORMAT(3, 4);
 
 /* With `open` 1 lines of `module` at `level` are written although the level is below the threshold; with 0

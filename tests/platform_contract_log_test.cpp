@@ -5,12 +5,14 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cctype>
 #include <cstring>
 #include <ctime>
 #include <memory>
 #include <sstream>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "onu_mng_platform/bep.h"
@@ -136,13 +138,53 @@ TEST(PlatformLog, LosesLinesThatNobodyReadsAndCountsThem) {
         close(kept);
         testing::internal::CaptureStderr();
         ulogPrintf(7, 13, "to somebody\r\n");
-        EXPECT_NE(testing::internal::GetCapturedStderr().find("13 0: 1 lines before"), std::string::npos);
+        EXPECT_NE(testing::internal::GetCapturedStderr().find("13 0: 1 lines are lost here"),
+                  std::string::npos);
         const long lines = std::count(read_text.begin(), read_text.end(), '\n');
         EXPECT_GT(lines, 50);
-        const std::string lost = std::to_string(402 - lines) + " lines before this one were not taken";
+        const std::string lost = std::to_string(402 - lines) + " lines are lost here";
         EXPECT_NE(read_text.find("read again\r\n"), std::string::npos);
         EXPECT_NE(read_text.find(lost), std::string::npos) << read_text.substr(read_text.size() - 200);
     });
+}
+
+// A terminal that others write to at the same time refuses a line now and then although it has room.
+TEST(PlatformLog, LosesNoLineOfATerminalThatIsRead) {
+    const int master = posix_openpt(O_RDWR | O_NOCTTY);
+    if (master < 0 || grantpt(master) != 0 || unlockpt(master) != 0) GTEST_SKIP() << "no terminals to give";
+    const int terminal = open(ptsname(master), O_RDWR | O_NOCTTY);
+    ASSERT_GE(terminal, 0);
+    std::string text;
+    std::thread reader([&] {
+        char data[4096];
+        while (text.find("the last one") == std::string::npos) {
+            const ssize_t size = read(master, data, sizeof data);
+            if (size <= 0) break;
+            text.append(data, static_cast<size_t>(size));
+        }
+    });
+    std::atomic<bool> is_done{false};
+    std::thread neighbour([&] {
+        while (!is_done)
+            (void)!write(terminal, ".", 1);
+    });
+    const int kept = dup(STDERR_FILENO);
+    dup2(terminal, STDERR_FILENO);
+    for (int line = 0; line < 2000; ++line)
+        ulogPrintf(7, 13, "seen\r\n");
+    ulogPrintf(7, 13, "the last one\r\n");
+    dup2(kept, STDERR_FILENO);
+    close(kept);
+    is_done = true;
+    neighbour.join();
+    reader.join();
+    close(terminal);
+    close(master);
+    size_t seen = 0;
+    for (size_t at = text.find("7: seen"); at != std::string::npos; at = text.find("7: seen", at + 1))
+        ++seen;
+    EXPECT_EQ(seen, 2000U);
+    EXPECT_EQ(text.find("lost"), std::string::npos);
 }
 
 TEST(PlatformLog, NeverMixesLines) {

@@ -17,7 +17,7 @@ constexpr int kMinLevel = 0;
 constexpr int kMaxLevel = 15;
 constexpr int kDefaultThreshold = 10;
 constexpr size_t kMaxText = 1023;
-constexpr size_t kMaxBefore = 16; // with its NUL
+constexpr char kClearRow[] = "\r\x1b[K";
 constexpr int kLostLevel = 13;
 constexpr char kLineEnd[] = "\r\n";
 
@@ -96,6 +96,7 @@ struct Output {
 Filter g_filter;
 Output g_output;
 StandardError g_standard_error; // under the output's lock
+unsigned long g_lost = 0;       // lines that standard error did not take, the same
 thread_local bool t_in_sink = false;
 
 timespec Now() {
@@ -105,28 +106,44 @@ timespec Now() {
     return now;
 }
 
-/// Writes date, time, level, module and text in one piece, so that lines of other processes do not mix in.
-bool WriteToStandardError(unsigned int module, int level, const char* text) {
-    const timespec now = Now();
-    std::tm local{};
-    localtime_r(&now.tv_sec, &local);
-    char line[kMaxText + 80];
-    size_t size = static_cast<size_t>(std::snprintf(line, kMaxBefore, "%s", g_output.neighbour.before));
-    size += std::strftime(line + size, sizeof(line) - size, "%Y-%m-%d %H:%M:%S", &local);
-    const int rest = std::snprintf(line + size, sizeof(line) - size, ".%03d %2d %u: %s",
-                                   static_cast<int>(now.tv_nsec / 1000000), level, module, text);
-    size += static_cast<size_t>(std::max(rest, 0));
-    return g_standard_error.Write(line, std::min(size, sizeof(line) - 1));
-}
+/// A piece of output that is put together without taking memory.
+class Piece {
+public:
+    void AddLine(unsigned int module, int level, const char* text) {
+        const timespec now = Now();
+        std::tm local{};
+        localtime_r(&now.tv_sec, &local);
+        size_ += std::strftime(text_ + size_, sizeof(text_) - size_, "%Y-%m-%d %H:%M:%S", &local);
+        Add(".%03d %2d %u: %s", static_cast<int>(now.tv_nsec / 1000000), level, module, text);
+    }
+    void Add(const char* format, ...) ONU_MNG_PRINTF_FORMAT(2, 3) {
+        std::va_list arguments;
+        va_start(arguments, format);
+        const int size = std::vsnprintf(text_ + size_, sizeof(text_) - size_, format, arguments);
+        va_end(arguments);
+        size_ = std::min(size_ + static_cast<size_t>(std::max(size, 0)), sizeof(text_) - 1);
+    }
 
-/// Tells of lines that were lost with the first one that is not.
-void WriteToStandardErrorInTurn(unsigned int module, int level, const char* text) {
-    if (!WriteToStandardError(module, level, text)) return;
-    const unsigned long lost = g_standard_error.TakeLost();
-    if (lost == 0) return;
-    char note[80];
-    std::snprintf(note, sizeof note, "%lu lines before this one were not taken and are lost\r\n", lost);
-    WriteToStandardError(kPortLogModule, kLostLevel, note);
+    const char* Text() const { return text_; }
+    size_t Size() const { return size_; }
+
+private:
+    char text_[kMaxText + 240];
+    size_t size_ = 0;
+};
+
+/// Writes a line with one call, so that lines of other processes do not mix in, and tells of those that were
+/// lost where they are missing.
+void WriteToStandardError(unsigned int module, int level, const char* text) {
+    Piece piece;
+    if (g_output.neighbour.after != nullptr) piece.Add("%s", kClearRow);
+    if (g_lost > 0) {
+        char note[80];
+        std::snprintf(note, sizeof note, "%lu lines are lost here\r\n", g_lost);
+        piece.AddLine(kPortLogModule, kLostLevel, note);
+    }
+    piece.AddLine(module, level, text);
+    g_lost = g_standard_error.Write(piece.Text(), piece.Size()) ? 0 : g_lost + 1;
 }
 
 /// While a sink runs its task is not ended, even where the sink waits, and its own lines are dropped.
@@ -147,7 +164,7 @@ void WriteLine(unsigned int module, int level, const char* text) {
     if (g_output.sink != nullptr) {
         g_output.sink(g_output.context, module, level, text);
     } else {
-        WriteToStandardErrorInTurn(module, level, text);
+        WriteToStandardError(module, level, text);
         if (g_output.neighbour.after != nullptr) g_output.neighbour.after(g_output.neighbour.context);
     }
 }

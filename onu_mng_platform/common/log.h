@@ -27,14 +27,15 @@ void LogSetSink(ulog_sink sink, void* context);
 /// Writes a line of the port itself, under kPortLogModule.
 void LogPort(int level, const char* format, ...) ONU_MNG_PRINTF_FORMAT(2, 3);
 
-/// Somebody who writes on the terminal that standard error is, and has to make room for each line.
+/// An editor of lines on the terminal that standard error is: a log line takes the place of the row that is
+/// being edited, and `after` is told to draw it again. Called by one task at a time; it must not log.
 struct LogNeighbour {
-    const char* before = "";                ///< written before the line
-    void (*after)(void* context) = nullptr; ///< called behind it, by one task at a time; it must not log
+    void (*after)(void* context) = nullptr;
     void* context = nullptr;
 };
 
-/// Makes room for a neighbour, or for none. When it returns, the earlier one is not being called and will not be.
+/// Makes room for a neighbour, or for none. When it returns, the earlier one is not being called and will not
+/// be.
 void LogSetNeighbour(const LogNeighbour& neighbour);
 
 /// Returns the time of day that the default sink writes before a line.

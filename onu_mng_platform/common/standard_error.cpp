@@ -1,6 +1,8 @@
 #include "onu_mng_platform/common/standard_error.h"
 
 #include <cerrno>
+#include <csignal>
+#include <ctime>
 
 #include <fcntl.h>
 #include <poll.h>
@@ -11,18 +13,44 @@
 namespace onu_mng_platform {
 namespace {
 
-constexpr int kPatienceMs = 200;
+constexpr int64_t kPatienceMs = 200; // with a line
 
-// A descriptor of its own: the flag set on standard error would be one of everybody who has that terminal.
-int OpenTerminal() {
-    char name[64];
-    if (ttyname_r(STDERR_FILENO, name, sizeof name) != 0) return -1;
-    return open(name, O_WRONLY | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
+int64_t NowMs() {
+    timespec now{};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return int64_t{now.tv_sec} * 1000 + now.tv_nsec / 1000000;
 }
+
+/// Keeps the process alive when the reader of a pipe is gone.
+class PipeShield {
+public:
+    PipeShield() {
+        sigemptyset(&pipe_);
+        sigaddset(&pipe_, SIGPIPE);
+        sigset_t pending;
+        was_pending_ = sigpending(&pending) == 0 && sigismember(&pending, SIGPIPE) == 1;
+        pthread_sigmask(SIG_BLOCK, &pipe_, &before_);
+    }
+    ~PipeShield() {
+        const int error = errno;
+        const timespec at_once{};
+        if (error == EPIPE && !was_pending_) sigtimedwait(&pipe_, nullptr, &at_once);
+        pthread_sigmask(SIG_SETMASK, &before_, nullptr);
+        errno = error;
+    }
+    PipeShield(const PipeShield&) = delete;
+    PipeShield& operator=(const PipeShield&) = delete;
+
+private:
+    sigset_t pipe_;
+    sigset_t before_;
+    bool was_pending_;
+};
 
 } // namespace
 
-/// Looks each time, since a host may lead standard error elsewhere.
+/// Looks each time, since a host may lead standard error elsewhere. What may block is opened anew: the flag
+/// set on standard error itself would be one of everybody who has it.
 void StandardError::Find() {
     struct stat now {};
     if (fstat(STDERR_FILENO, &now) != 0) now = {};
@@ -30,50 +58,60 @@ void StandardError::Find() {
     if (is_own_) close(descriptor_);
     device_ = now.st_dev;
     file_ = now.st_ino;
-    const int terminal = S_ISCHR(now.st_mode) ? OpenTerminal() : -1;
-    is_own_ = terminal >= 0;
-    descriptor_ = is_own_ ? terminal : STDERR_FILENO;
-    is_socket_ = S_ISSOCK(now.st_mode);
+    kind_ = S_ISSOCK(now.st_mode) ? Kind::kSocket : S_ISFIFO(now.st_mode) ? Kind::kPipe : Kind::kFile;
+    const bool may_block = S_ISCHR(now.st_mode) || S_ISFIFO(now.st_mode);
+    const int own = may_block ? open("/proc/self/fd/2", O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC) : -1;
+    is_own_ = own >= 0;
+    descriptor_ = is_own_ ? own : STDERR_FILENO;
     is_stuck_ = false;
     is_torn_ = false;
 }
 
-/// A pipe that is ready takes a whole line; terminals and sockets do not block. One that nobody reads any
-/// more is not written to, which would end the process.
-bool StandardError::IsReady() {
-    pollfd ready{descriptor_, POLLOUT, 0};
-    int count = 0;
-    do {
-        count = poll(&ready, 1, is_stuck_ ? 0 : kPatienceMs);
-    } while (count < 0 && errno == EINTR);
-    is_stuck_ = count == 0;
-    return count > 0 && (ready.revents & POLLOUT) != 0 && (ready.revents & POLLERR) == 0;
+ssize_t StandardError::Put(const char* data, size_t size) const {
+    if (kind_ == Kind::kSocket) return send(descriptor_, data, size, MSG_DONTWAIT | MSG_NOSIGNAL);
+    if (kind_ == Kind::kFile) return write(descriptor_, data, size);
+    const PipeShield shield;
+    return write(descriptor_, data, size);
 }
 
-ssize_t StandardError::Put(const char* data, size_t size) const {
-    return is_socket_ ? send(descriptor_, data, size, MSG_DONTWAIT | MSG_NOSIGNAL)
-                      : write(descriptor_, data, size);
+/// A terminal that is ready takes nothing while somebody else writes to it.
+bool StandardError::WaitUntil(int64_t deadline, bool was_ready) {
+    pollfd room{descriptor_, POLLOUT, 0};
+    const int64_t left = deadline - NowMs();
+    if (left <= 0) return false;
+    if (was_ready) poll(nullptr, 0, 1);
+    return poll(&room, 1, static_cast<int>(left)) != 0;
+}
+
+bool StandardError::WriteAll(const char* data, size_t size, size_t* done) {
+    const int64_t deadline = is_stuck_ ? 0 : NowMs() + kPatienceMs;
+    bool has_waited = false;
+    while (*done < size) {
+        const ssize_t written = Put(data + *done, size - *done);
+        if (written > 0) {
+            *done += static_cast<size_t>(written);
+        } else if (written < 0 && errno == EINTR) {
+            continue;
+        } else if (written < 0 && errno == EAGAIN) {
+            is_stuck_ = !WaitUntil(deadline, has_waited);
+            if (is_stuck_) return false;
+        } else {
+            return false;
+        }
+        has_waited = written < 0;
+    }
+    is_stuck_ = false;
+    return true;
 }
 
 bool StandardError::Write(const char* line, size_t size) {
     Find();
-    constexpr char kLineEnd[] = "\r\n";
-    bool is_whole = !is_torn_ || (IsReady() && Put(kLineEnd, 2) == 2);
+    size_t line_end = 0;
+    if (is_torn_ && !WriteAll("\r\n", 2, &line_end)) return false;
     size_t done = 0;
-    while (is_whole && done < size) {
-        const ssize_t written = IsReady() ? Put(line + done, size - done) : 0;
-        if (written > 0) done += static_cast<size_t>(written);
-        is_whole = written > 0 || (written < 0 && errno == EINTR);
-    }
-    is_torn_ = !is_whole && (is_torn_ || done > 0);
-    if (!is_whole) ++lost_;
+    const bool is_whole = WriteAll(line, size, &done);
+    is_torn_ = !is_whole && done > 0;
     return is_whole;
-}
-
-unsigned long StandardError::TakeLost() {
-    const unsigned long lost = lost_;
-    lost_ = 0;
-    return lost;
 }
 
 } // namespace onu_mng_platform

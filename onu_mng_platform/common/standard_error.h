@@ -4,6 +4,7 @@
 #include <sys/types.h>
 
 #include <cstddef>
+#include <cstdint>
 
 namespace onu_mng_platform {
 
@@ -17,22 +18,21 @@ public:
     /// @return false when the line was lost, or its end.
     bool Write(const char* line, size_t size);
 
-    /// Lines lost since the last call that returned any.
-    unsigned long TakeLost();
-
 private:
+    enum class Kind : unsigned char { kFile, kPipe, kSocket };
+
     void Find();
-    bool IsReady();
+    bool WriteAll(const char* data, size_t size, size_t* done);
+    bool WaitUntil(int64_t deadline, bool was_ready);
     ssize_t Put(const char* data, size_t size) const;
 
     dev_t device_ = 0; // what standard error was when it was found
     ino_t file_ = 0;
     int descriptor_ = -1;
     bool is_own_ = false; // opened here
-    bool is_socket_ = false;
+    Kind kind_ = Kind::kFile;
     bool is_stuck_ = false;
     bool is_torn_ = false; // the last line was lost in the middle
-    unsigned long lost_ = 0;
 };
 
 } // namespace onu_mng_platform
