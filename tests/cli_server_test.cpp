@@ -82,8 +82,8 @@ int Wait(cmd_element*, vty* terminal, int, char**) {
 int Rogue(cmd_element*, vty* terminal, int, char**) {
     vty_out(terminal, "%s",
             "a\x04"
-            "0\n\x1b[2Jb\x7f\tc\xc3\x9c\xc2\x9b"
-            "2J\r\n");
+            "0\n\x1b[2Jb\x7f\tc\xc3\x9c\x9b\xc2\x9b\x9b\xe0\x80\x9b"
+            "2J\xf0\x9f\x98\x80\r\n");
     return 0;
 }
 
@@ -204,7 +204,7 @@ TEST_F(CliServerTest, AnswersPrograms) {
     EXPECT_EQ(client.Describe("echo "), "  <word>\r\n");
     EXPECT_EQ(client.Complete("ec").insert, "ho ");
     EXPECT_EQ(client.Complete("show r").choices, (std::vector<std::string>{"rogue", "rows"}));
-    EXPECT_EQ(Ask(&client, "show rogue"), "a.0\n.[2Jb.\tc\xc3\x9c\xc2.2J\r\n");
+    EXPECT_EQ(Ask(&client, "show rogue"), "a.0\n.[2Jb.\tc\xc3\x9c.\xc2..\xe0..2J\xf0\x9f\x98\x80\r\n");
     CliClient left;
     ASSERT_EQ(left.Connect(path), CliStatus::kOk);
     EXPECT_EQ(Ask(&client, "exit"), "");

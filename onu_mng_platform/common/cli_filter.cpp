@@ -1,5 +1,6 @@
 #include "onu_mng_platform/common/cli_filter.h"
 
+#include <algorithm>
 #include <initializer_list>
 #include <iterator>
 
@@ -30,10 +31,21 @@ CommandList MakeCommands(bool may_save) {
     return list;
 }
 
+/// Whether an expression goes on, behind a blank and a bar, with what is a filter elsewhere.
+bool HoldsFilter(std::string_view pattern) {
+    constexpr size_t kLeast = 3; // of a name, so that " | b" may be a part of the expression
+    for (size_t bar = pattern.find(" |"); bar != pattern.npos; bar = pattern.find(" |", bar + 1)) {
+        const size_t begin = std::min(pattern.find_first_not_of(' ', bar + 2), pattern.size());
+        const std::string_view word = pattern.substr(begin, pattern.find(' ', begin) - begin);
+        for (const std::string_view name : {"include", "exclude", "begin", "count", "save", "more"})
+            if (word.size() >= kLeast && name.substr(0, word.size()) == word) return true;
+    }
+    return false;
+}
+
 std::unique_ptr<OutputFilter> MakePatternFilter(PatternFilter::Kind kind, const std::string& pattern,
                                                 Output next, std::string* error) {
-    for (const std::string_view another : {"| include ", "| exclude ", "| begin ", "| count", "| save "}) {
-        if (pattern.find(another) == std::string::npos) continue;
+    if (HoldsFilter(pattern)) {
         *error = "Only one filter at a time";
         return nullptr;
     }

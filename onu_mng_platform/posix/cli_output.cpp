@@ -13,15 +13,22 @@ namespace {
 
 constexpr size_t kKeptCapacity = 16384;
 
-/// Whether a terminal may obey a byte: a control character, also one of the second set, which stands alone or
-/// behind the first byte of a character of two that it is (or, too long, of one).
-bool IsUnsafe(unsigned char before, unsigned char c) {
-    if (c < ' ' || c == 0x7F) return c != '\t' && c != '\r' && c != '\n';
-    if (c < 0x80 || c > 0x9F) return false;
-    return before < 0x80 || (before >= 0xC0 && before <= 0xC2) || before == 0xE0 || before == 0xF0;
-}
-
 } // namespace
+
+bool TerminalGuard::Passes(unsigned char byte) {
+    if (expected_ > 0 && byte >= low_ && byte <= 0xBF) {
+        --expected_;
+        low_ = 0x80;
+        return true;
+    }
+    expected_ = 0;
+    low_ = 0x80;
+    if (byte < ' ' || byte == 0x7F) return byte == '\t' || byte == '\r' || byte == '\n';
+    if (byte >= 0xC2 && byte <= 0xF4) expected_ = byte < 0xE0 ? 1 : byte < 0xF0 ? 2 : 3;
+    if (byte == 0xC2 || byte == 0xE0) low_ = 0xA0;
+    if (byte == 0xF0) low_ = 0x90;
+    return byte < 0x80 || byte > 0x9F;
+}
 
 void CliOutput::PutEndOfAnswer(int result, bool is_last) {
     std::string end = kEndOfAnswer + std::to_string(result);
@@ -47,11 +54,8 @@ void CliOutput::Append(std::string_view text, bool clean) {
         is_broken_ = true;
     }
     if (clean) {
-        for (size_t i = old_size; i < waiting_.size(); ++i) {
-            const auto c = static_cast<unsigned char>(waiting_[i]);
-            if (IsUnsafe(before_, c)) waiting_[i] = '.';
-            before_ = c;
-        }
+        for (size_t i = old_size; i < waiting_.size(); ++i)
+            if (!guard_.Passes(static_cast<unsigned char>(waiting_[i]))) waiting_[i] = '.';
     }
     if (old_size == 0 && !is_sending_) wake_->Set();
 }

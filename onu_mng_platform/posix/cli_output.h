@@ -12,6 +12,18 @@
 
 namespace onu_mng_platform {
 
+/// Tells the bytes that a terminal may obey: control characters but TAB, CR and LF, also those of the second
+/// set (U+0080 to U+009F), as UTF-8 of their own, too long or as bytes that belong to no character.
+class TerminalGuard {
+public:
+    /// Takes the next byte. @return false when it must not reach the terminal.
+    bool Passes(unsigned char byte);
+
+private:
+    unsigned char expected_ = 0; ///< bytes of the character that has begun
+    unsigned char low_ = 0x80;   ///< the least that the next of them may be
+};
+
 /// A bounded buffer. Commands put characters in, the server's task sends them. A reader who takes nothing for
 /// a while although the buffer is full breaks it, as does a reader who is gone and memory that is short.
 ///
@@ -61,7 +73,7 @@ private:
     Clock::time_point last_progress_;
     bool is_sending_ = false;
     bool is_broken_ = false;
-    unsigned char before_ = 0; ///< the byte that was put last
+    TerminalGuard guard_;
 
     std::string sending_; ///< of the sending task alone
     size_t sent_ = 0;

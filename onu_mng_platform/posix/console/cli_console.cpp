@@ -54,20 +54,24 @@ Descriptor OpenTerminal() {
     return Descriptor(open(name, O_WRONLY | O_NOCTTY | O_NONBLOCK | O_CLOEXEC));
 }
 
-/// While it lives, log lines that go to the console's own terminal take the place of the line that is being typed,
-/// which is then drawn again below them.
+/// While it lives, log lines that go to the console's own terminal take the place of the row that is being
+/// edited, which is then drawn again below them.
 class LogScope {
 public:
     LogScope(int screen, CliEvent& redraw) {
         struct stat own {};
         struct stat log {};
-        if (fstat(screen, &own) != 0 || fstat(STDERR_FILENO, &log) != 0 || own.st_rdev != log.st_rdev) return;
-        const auto after = [](void* event) { static_cast<CliEvent*>(event)->Set(); };
-        LogSetNeighbour({"\r\x1b[K", after, &redraw});
+        is_set_ = fstat(screen, &own) == 0 && fstat(STDERR_FILENO, &log) == 0 && own.st_rdev == log.st_rdev;
+        if (is_set_) LogSetNeighbour({[](void* event) { static_cast<CliEvent*>(event)->Set(); }, &redraw});
     }
-    ~LogScope() { LogSetNeighbour({}); }
+    ~LogScope() {
+        if (is_set_) LogSetNeighbour({});
+    }
     LogScope(const LogScope&) = delete;
     LogScope& operator=(const LogScope&) = delete;
+
+private:
+    bool is_set_;
 };
 
 } // namespace
@@ -106,6 +110,7 @@ private:
     }
     bool HasEnded() const;
     bool Serve(CliEditor* editor);
+    std::optional<std::string> ReadLine(CliEditor* editor);
     bool Execute(const std::string& line);
     void Show(CliOutput* output, const std::atomic<bool>& is_running);
     void Say(std::string_view text) const;
@@ -133,7 +138,6 @@ void CliConsole::Loop::Run() {
                          {[this](const std::string& line) { return Complete(line); },
                           [this](const std::string& line) { return Describe(line); }},
                          &events);
-        const LogScope scope(screen_.get(), redraw_);
         while (Serve(&editor))
             ;
     } catch (const std::bad_alloc&) {
@@ -152,13 +156,18 @@ bool CliConsole::Loop::HasEnded() const {
 /// @return false when the operator has left, or has to.
 bool CliConsole::Loop::Serve(CliEditor* editor) {
     try {
-        const auto line = editor->Read();
+        const auto line = ReadLine(editor);
         if (!line) Say("\n");
         return line && Execute(*line);
     } catch (const std::bad_alloc&) {
         Say("% Out of memory.\n");
         return true;
     }
+}
+
+std::optional<std::string> CliConsole::Loop::ReadLine(CliEditor* editor) {
+    const LogScope scope(screen_.get(), redraw_);
+    return editor->Read();
 }
 
 /// @return false after "exit".

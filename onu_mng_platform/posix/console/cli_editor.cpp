@@ -11,6 +11,7 @@
 #include <fcntl.h>
 #include <histedit.h>
 #include <poll.h>
+#include <sys/file.h>
 #include <unistd.h>
 
 #include "onu_mng_platform/posix/cli_descriptor.h"
@@ -27,6 +28,18 @@ void Print(const std::string& text) {
     std::fwrite(text.data(), 1, text.size(), stdout);
     std::fflush(stdout);
 }
+
+/// Keeps the editors of other processes from a file that they share.
+class FileLock {
+public:
+    explicit FileLock(int file) : file_(file) { flock(file_, LOCK_EX); }
+    ~FileLock() { flock(file_, LOCK_UN); }
+    FileLock(const FileLock&) = delete;
+    FileLock& operator=(const FileLock&) = delete;
+
+private:
+    const int file_;
+};
 
 std::string UpToCursor(EditLine* edit) {
     const LineInfo* line = el_line(edit);
@@ -72,6 +85,8 @@ public:
     }
 
     void KeepHistory(const std::string& path) {
+        kept_in_ = Descriptor(open(path.c_str(), O_RDWR | O_APPEND | O_CREAT | O_CLOEXEC, 0600));
+        const FileLock lock(kept_in_.get());
         std::ifstream file(path);
         std::deque<std::string> lines;
         size_t count = 0;
@@ -79,11 +94,11 @@ public:
             lines.push_back(line);
             if (lines.size() > kHistorySize) lines.pop_front();
         }
-        HistEvent event;
         for (const std::string& line : lines)
-            history(history_.get(), &event, H_ENTER, line.c_str());
-        if (count > kMaxKeptLines) Rewrite(path, lines);
-        kept_in_ = Descriptor(open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0600));
+            Enter(line);
+        if (count <= kMaxKeptLines || ftruncate(kept_in_.get(), 0) != 0) return;
+        for (const std::string& line : lines)
+            Append(line);
     }
 
 private:
@@ -103,23 +118,20 @@ private:
     static int ReadCharacter(EditLine* edit, wchar_t* character) { return Of(edit)->Next(character); }
 
     std::string Remember() {
-        HistEvent event;
         if (line_.find_first_not_of(" \t") == std::string::npos) return line_;
-        history(history_.get(), &event, H_ENTER, line_.c_str());
-        const std::string kept = line_ + '\n'; // with one call, so that the lines of two editors do not mix
-        if (kept_in_.IsOpen()) (void)!write(kept_in_.get(), kept.data(), kept.size());
+        Enter(line_);
+        const FileLock lock(kept_in_.get());
+        Append(line_);
         return line_;
     }
 
-    static void Rewrite(const std::string& path, const std::deque<std::string>& lines) {
-        const std::string draft = path + "." + std::to_string(getpid());
-        const Descriptor file(open(draft.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
-        std::string text;
-        for (const std::string& line : lines)
-            text.append(line).push_back('\n');
-        const bool is_written =
-            file.IsOpen() && write(file.get(), text.data(), text.size()) == static_cast<ssize_t>(text.size());
-        if (!is_written || std::rename(draft.c_str(), path.c_str()) != 0) unlink(draft.c_str());
+    void Enter(const std::string& line) {
+        HistEvent event;
+        history(history_.get(), &event, H_ENTER, line.c_str());
+    }
+    void Append(const std::string& line) {
+        const std::string kept = line + '\n';
+        (void)!write(kept_in_.get(), kept.data(), kept.size());
     }
 
     int Next(wchar_t* character);
@@ -197,6 +209,7 @@ void CliEditor::Editing::PrintBelow(const std::string& text) {
 
 void CliEditor::Editing::Redraw() {
     events_->redraw.Clear();
+    Print("\r\x1b[K"); // it may have been drawn since
     el_set(edit_.get(), EL_REFRESH);
 }
 
