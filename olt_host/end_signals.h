@@ -17,6 +17,11 @@ public:
     bool HasCome();
     /// Returns when one has come.
     void Wait();
+    /// From now on one ends the process where it stands.
+    void LetThrough() const;
+    /// No longer.
+    void Hold() const;
+
     /// Sends one. Any task.
     static void Raise();
 

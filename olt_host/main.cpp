@@ -73,8 +73,11 @@ int BringUp(const Options& options) {
 
     for (unsigned int second = 0; second < options.limit_s && !signals.HasCome(); ++second)
         if (host.Table().WaitSettled(1)) break;
+    signals.LetThrough(); // nobody may take what is printed
     const bool are_in_sync = ReportOnus(options, host);
+    signals.Hold();
     if (!signals.HasCome() && (operators.OpenConsole(EndSignals::Raise) || listens)) signals.Wait();
+    signals.LetThrough(); // a second one does not wait for what the first one ends
     return are_in_sync ? 0 : 1;
 }
 

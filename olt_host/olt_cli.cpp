@@ -27,7 +27,8 @@ using onu_mng_platform::CliClient;
 using onu_mng_platform::CliEditor;
 using onu_mng_platform::CliStatus;
 
-bool is_output_lost = false; // and not because its reader had seen enough
+/// Set when output could not be written, unless its reader had seen enough.
+bool is_output_lost = false;
 
 enum ExitStatus { kDone = 0, kCommandFailed = 1, kNoHost = 2 };
 
@@ -67,10 +68,15 @@ private:
     void ShowPages() const {
         constexpr int kNotFound = 127; // the shell's status for it
         const char* pager = std::getenv("PAGER");
+        // The pager gets the signals as they were, and Ctrl-C is for it alone.
+        std::signal(SIGPIPE, SIG_DFL);
         std::FILE* pipe = popen(pager == nullptr || *pager == '\0' ? "less" : pager, "w");
+        std::signal(SIGPIPE, SIG_IGN);
         if (pipe == nullptr) return Write(pages_, stdout);
+        std::signal(SIGINT, SIG_IGN);
         Write(pages_, pipe);
         const int status = pclose(pipe);
+        std::signal(SIGINT, SIG_DFL);
         if (WIFEXITED(status) && WEXITSTATUS(status) == kNotFound) Write(pages_, stdout);
     }
 

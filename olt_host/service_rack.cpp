@@ -45,17 +45,17 @@ int OnuSnToId(unsigned int pon_no, const unsigned char* sn, unsigned char* onu_i
 
 } // namespace
 
+// Before all else, so that a trace that is set up before the services start is one of this module.
+ServiceRack::ServiceRack() {
+    onu_mng_system_reg_log_module(kLogModule);
+}
+
 // Services send to one another: all tasks have ended before the first service is deleted.
 ServiceRack::~ServiceRack() {
     for (OmciService* service : services)
         service->Stop();
     for (OmciService* service : services)
         ModuleManager::GetInstance()->RemoveModule(service->mod_type);
-}
-
-// Before all else, so that a trace that is set up before the services start is one of this module.
-ServiceRack::ServiceRack() {
-    onu_mng_system_reg_log_module(kLogModule);
 }
 
 bool ServiceRack::Initialise(unsigned int pons, unsigned int onus, unsigned int supervision_s) {

@@ -135,12 +135,13 @@ TEST(Queue, RefusesWhatIsNoBuffer) {
     EXPECT_EQ(queue.RecvMsg(message, 4, -7), 4u);
 }
 
-TEST(Task, WithoutABodyEndsAndCountsAsAlive) {
-    Thread never_started;
-    Thread idle;
-    ASSERT_TRUE(idle.Init("idle", 120, 65536));
-    ASSERT_TRUE(idle.Start());
-    EXPECT_TRUE(idle.IsAlive());
+TEST(Task, WithoutABodyCountsAsAliveOnceItWasStarted) {
+    Thread task;
+    EXPECT_FALSE(task.IsAlive());
+    ASSERT_TRUE(task.Init("idle", 120, 65536));
+    EXPECT_FALSE(task.IsAlive());
+    ASSERT_TRUE(task.Start());
+    EXPECT_TRUE(task.IsAlive());
 }
 
 // Claims a message but has no handler; the other one has nothing of its own at all.
