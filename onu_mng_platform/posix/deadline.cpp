@@ -2,9 +2,12 @@
 
 #include <limits>
 
+#include "onu_mng_platform/bep.h"
+
 namespace onu_mng_platform {
 namespace {
 
+constexpr int kTicksPerSecond = 1000;
 constexpr long kNanosecondsPerSecond = 1'000'000'000;
 
 timespec MonotonicNow() {
@@ -45,3 +48,7 @@ bool Deadline::HasPassed() const {
 }
 
 } // namespace onu_mng_platform
+
+extern "C" int bep_sysClkRateGetEx() {
+    return onu_mng_platform::kTicksPerSecond;
+}

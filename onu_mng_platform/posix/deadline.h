@@ -6,8 +6,6 @@
 
 namespace onu_mng_platform {
 
-inline constexpr int kTicksPerSecond = 1000;
-
 /// A moment on the monotonic clock, fixed once and compared often, or never.
 class Deadline {
 public:

@@ -1,5 +1,4 @@
-// The clock, the log, the pool and the helpers: ready-made in common/. Where the board has its own, put that
-// here instead.
+// The helpers, the calendar, the pool and the log as the seam has them, for ports that have nothing to add.
 #include <cstdarg>
 #include <ctime>
 
@@ -12,11 +11,6 @@
 #include "onu_mng_platform/ulog.h"
 
 using namespace onu_mng_platform;
-
-// The ticks in which the board counts its waits.
-extern "C" int bep_sysClkRateGetEx() {
-    return 100;
-}
 
 extern "C" void* bep_memCpyEx(void* dst, const void* src, size_t size) {
     return MemCopy(dst, src, size);
@@ -36,7 +30,9 @@ extern "C" int bep_StrNCmp(const char* a, const char* b, size_t size) {
 
 extern "C" int getDateTime(unsigned short* year, unsigned char* month, unsigned char* day,
                            unsigned char* hour, unsigned char* minute, unsigned char* second) {
-    return LocalDateTime(std::time(nullptr), year, month, day, hour, minute, second);
+    timespec now{};
+    if (clock_gettime(CLOCK_REALTIME, &now) != 0) return -1;
+    return LocalDateTime(now.tv_sec, year, month, day, hour, minute, second);
 }
 
 extern "C" int mpuCreate(const char* name, unsigned int size, int /*shared*/, int /*options*/) {
