@@ -83,8 +83,7 @@ void OnuMngLog::AddOnuTracer(unsigned short pon, unsigned short onu, const unsig
     {
         LockGuard guard(lock);
         if (Insert(pon, onu, sn, level)) {
-            if (ulogSetModIgnore(log_module, level, 1) == 0 && level < kLogLevels)
-                open_levels.set(static_cast<std::size_t>(level));
+            ulogSetModIgnore(log_module, level, 1);
             return;
         }
     }
@@ -106,7 +105,10 @@ bool OnuMngLog::Insert(unsigned short pon, unsigned short onu, const unsigned ch
 
 /// Makes the nodes of both maps aside, where they may fail, and moves them over, which cannot.
 bool OnuMngLog::InsertEntry(unsigned short pon, unsigned short onu, const unsigned char* sn, int level) {
-    if (tracer_map.find(KeyView{pon, onu, sn}) != tracer_map.end()) return true;
+    if (tracer_map.find(KeyView{pon, onu, sn}) != tracer_map.end()) {
+        if (level >= 0 && level < kLogLevels) stray_levels.set(static_cast<std::size_t>(level));
+        return true;
+    }
     TracerMap tracer;
     const auto entry =
         tracer.emplace(std::piecewise_construct, std::forward_as_tuple(pon, onu, sn), std::tuple<>()).first;
@@ -128,13 +130,11 @@ void OnuMngLog::ClearOnuTracer() {
     const unsigned int log_module = onu_mng_system_get_log_module();
     LockGuard guard(lock);
     for (const auto& [key, para] : tracer_map)
-        for (const int level : para.debug_levels) {
+        for (const int level : para.debug_levels)
             ulogSetModIgnore(log_module, level, 0);
-            if (level >= 0 && level < kLogLevels) open_levels.reset(static_cast<std::size_t>(level));
-        }
     for (int level = 0; level < kLogLevels; ++level)
-        if (open_levels.test(static_cast<std::size_t>(level))) ulogSetModIgnore(log_module, level, 0);
-    open_levels.reset();
+        if (stray_levels.test(static_cast<std::size_t>(level))) ulogSetModIgnore(log_module, level, 0);
+    stray_levels.reset();
     first_with_sn.clear();
     tracer_map.clear();
 }

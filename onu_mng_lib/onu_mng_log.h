@@ -52,6 +52,8 @@ public:
     std::atomic<bool> trace_switch{false};
 
 private:
+    static constexpr int kLogLevels = 16; ///< what ulogSetModIgnore() takes
+
     /// A key that is only looked up: it refers to the caller's serial number.
     struct KeyView {
         unsigned short pon;
@@ -66,8 +68,6 @@ private:
         bool operator()(const KeyView& a, const OnuNo& b) const;
     };
     using TracerMap = std::map<OnuNo, OnuLogPara, KeyLess>;
-    static constexpr int kLogLevels = 16; ///< what ulogSetModIgnore() takes
-
     using SnIndex = std::map<std::uint32_t, TracerMap::iterator>;
 
     OnuMngLog();
@@ -82,8 +82,9 @@ private:
     /// The numbers of entries with a serial number, with the first such entry in key order: what a look-up
     /// that finds nothing by key would otherwise walk all entries for.
     SnIndex first_with_sn;
-    /// What two operators at once have opened is in no entry when one of them has just ended tracing.
-    std::bitset<kLogLevels> open_levels;
+    /// Levels that were opened for an entry that was there already while tracing was off, and so are in none:
+    /// one operator ends tracing while another adds to it.
+    std::bitset<kLogLevels> stray_levels;
     mutable ReadWriteLock lock; ///< guards the maps and the levels
 };
 
