@@ -17,9 +17,8 @@ public:
     bool HasCome();
     /// Returns when one has come.
     void Wait();
-    /// From now on one ends the process where it stands.
+    /// Lets them end the process where it stands, from now on or until `Hold`.
     void LetThrough() const;
-    /// No longer.
     void Hold() const;
 
     /// Sends one. Any task.

@@ -73,11 +73,11 @@ int BringUp(const Options& options) {
 
     for (unsigned int second = 0; second < options.limit_s && !signals.HasCome(); ++second)
         if (host.Table().WaitSettled(1)) break;
-    signals.LetThrough(); // nobody may take what is printed
+    signals.LetThrough(); // printing waits for as long as its reader likes
     const bool are_in_sync = ReportOnus(options, host);
     signals.Hold();
     if (!signals.HasCome() && (operators.OpenConsole(EndSignals::Raise) || listens)) signals.Wait();
-    signals.LetThrough(); // a second one does not wait for what the first one ends
+    signals.LetThrough(); // a second one need not wait until all that the first one ends has ended
     return are_in_sync ? 0 : 1;
 }
 

@@ -133,7 +133,7 @@ private:
 
     const unsigned int onus_per_pon;
     std::vector<Record> records;
-    unsigned int unsettled;     ///< ONUs
+    unsigned int unsettled;
     mutable ReadWriteLock lock; ///< guards `records` and `unsettled`
     Semaphore settled;          ///< signalled while no ONU is unsettled
 };

@@ -7,6 +7,7 @@
 
 #include "olt_host/me_class.h"
 #include "olt_host/omci_text.h"
+#include "onu_mng_lib/onu_mng_common/variant_util.h"
 
 namespace olt_host {
 
@@ -41,7 +42,7 @@ constexpr Width kOnuWidths[] = {3, 4, -2, -20, 7, 6, 8, 10, 8, 9};
 constexpr Width kServiceWidths[] = {-16, 4, 10, 8, 8, 8, 8};
 
 template <typename... Parts>
-std::string Line(const char* name, const Parts&... parts) {
+std::string Detail(const char* name, const Parts&... parts) {
     std::ostringstream line;
     line << "  " << std::left << std::setw(15) << name;
     (line << ... << parts);
@@ -49,18 +50,16 @@ std::string Line(const char* name, const Parts&... parts) {
 }
 
 std::string HexText(const char* bytes, std::size_t size) {
-    constexpr char kDigits[] = "0123456789abcdef";
     std::string text;
-    for (const char* byte = bytes; byte != bytes + size; ++byte) {
-        const auto value = static_cast<unsigned char>(*byte);
-        text.append(1, kDigits[value >> 4]).append(1, kDigits[value & 0xF]);
-    }
+    for (const char* byte = bytes; byte != bytes + size; ++byte)
+        VariantUtil::Append(text, "%02x", static_cast<unsigned char>(*byte));
     return text;
 }
 
 std::string SerialText(const SerialNumber& serial) {
-    std::string text(serial.begin(), serial.begin() + 4);
-    return text + '-' + HexText(serial.data() + 4, 4);
+    std::string text;
+    VariantUtil::Assign(text, "%.4s-%s", serial.data(), HexText(serial.data() + 4, 4).c_str());
+    return text;
 }
 
 } // namespace
@@ -106,18 +105,18 @@ std::vector<std::string> OnuDetails(const OnuStatus& status) {
     const OnuKey onu = status.onu;
     std::vector<std::string> lines = {
         "ONU " + std::to_string(onu.pon_no) + '/' + std::to_string(onu.onu_id),
-        Line("serial number", SerialText(SerialOf(onu))),
-        Line("state", StateText(status), status.given_up ? ", given up" : ""),
-        Line("last failure", FailureName(status.failure)),
-        Line("bring-ups", status.attempts, " since it was last in sync; the last to end took ",
-             status.busy_ms, " ms"),
-        Line("MIB", status.rows, " rows, data sync ", static_cast<unsigned int>(status.data_sync)),
-        Line("requests", status.requests, ", ", status.resent, " sent again"),
-        Line("notifications", status.alarms, " of alarms, ", status.changes, " of attribute values"),
-        Line("alarms", status.alarmed.Size(), status.alarms_lost ? ", not all known" : ""),
+        Detail("serial number", SerialText(SerialOf(onu))),
+        Detail("state", StateText(status), status.given_up ? ", given up" : ""),
+        Detail("last failure", FailureName(status.failure)),
+        Detail("bring-ups", status.attempts, " since it was last in sync; the last to end took ",
+               status.busy_ms, " ms"),
+        Detail("MIB", status.rows, " rows, data sync ", static_cast<unsigned int>(status.data_sync)),
+        Detail("requests", status.requests, ", ", status.resent, " sent again"),
+        Detail("notifications", status.alarms, " of alarms, ", status.changes, " of attribute values"),
+        Detail("alarms", status.alarmed.Size(), status.alarms_lost ? ", not all known" : ""),
     };
     for (const MeId me : status.alarmed)
-        lines.push_back(Line("", MeName(me)));
+        lines.push_back(Detail("", MeName(me)));
     return lines;
 }
 

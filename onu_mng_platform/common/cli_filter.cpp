@@ -1,7 +1,6 @@
 #include "onu_mng_platform/common/cli_filter.h"
 
 #include <algorithm>
-#include <initializer_list>
 #include <iterator>
 
 #include "onu_mng_platform/common/cli_line_filter.h"
@@ -31,14 +30,23 @@ CommandList MakeCommands(bool may_save) {
     return list;
 }
 
-/// Whether an expression goes on, behind a blank and a bar, with what is a filter elsewhere.
+/// Whether a word of `least` characters or more is short for a name.
+bool IsShortFor(std::string_view name, std::string_view word, size_t least = 1) {
+    return word.size() >= least && name.substr(0, word.size()) == word;
+}
+
+/// Whether an expression goes on, behind a blank and a bar, with what is a filter elsewhere: here, or of a
+/// client.
 bool HoldsFilter(std::string_view pattern) {
-    constexpr size_t kLeast = 3; // of a name, so that " | b" may be a part of the expression
+    constexpr size_t kLeast = 3; // so that " | b" may be a part of the expression
     for (size_t bar = pattern.find(" |"); bar != pattern.npos; bar = pattern.find(" |", bar + 1)) {
         const size_t begin = std::min(pattern.find_first_not_of(' ', bar + 2), pattern.size());
         const std::string_view word = pattern.substr(begin, pattern.find(' ', begin) - begin);
-        for (const std::string_view name : {"include", "exclude", "begin", "count", "save", "more"})
-            if (word.size() >= kLeast && name.substr(0, word.size()) == word) return true;
+        const auto is_meant = [word](const cmd_element& filter) {
+            return IsShortFor(filter.name, word, kLeast);
+        };
+        if (std::any_of(std::begin(filters), std::end(filters), is_meant)) return true;
+        if (IsShortFor("more", word, kLeast)) return true;
     }
     return false;
 }
@@ -81,8 +89,7 @@ const CommandList& FilterCommands(bool may_save) {
 }
 
 bool FilterSaves(std::string_view name) {
-    constexpr std::string_view kSaveName = "save"; // no other filter begins like it
-    return !name.empty() && kSaveName.substr(0, name.size()) == name;
+    return IsShortFor(filters[kSave].name, name); // no other filter begins like it
 }
 
 std::unique_ptr<OutputFilter> MakeFilter(const Command& filter, const std::string& argument, Output next,

@@ -12,8 +12,9 @@
 
 namespace onu_mng_platform {
 
-/// Tells the bytes that a terminal may obey: control characters but TAB, CR and LF, also those of the second
-/// set (U+0080 to U+009F), as UTF-8 of their own, too long or as bytes that belong to no character.
+/// Tells which bytes must not reach a terminal, because it may obey them: control characters but TAB, CR and
+/// LF, and those of the second set (U+0080 to U+009F), be they characters of UTF-8, such that are longer than
+/// need be, or bytes that belong to no character.
 class TerminalGuard {
 public:
     /// Takes the next byte. @return false when it must not reach the terminal.
