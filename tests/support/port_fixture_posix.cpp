@@ -60,6 +60,7 @@ bool AllSleep(const std::map<std::string, ThreadState>& threads) {
 
 void RunOnPort(const std::function<void()>& body) {
     PortTask task("test", body);
+    if (!task.HasStarted()) FAIL() << "bep_semBCreateEx() or bep_taskSpawnEx() gives nothing: start there";
     if (task.WaitUntilDone(kWatchdogSeconds * bep_sysClkRateGetEx())) return;
     std::fprintf(stderr, "%s hangs\n", testing::UnitTest::GetInstance()->current_test_info()->name());
     std::abort();

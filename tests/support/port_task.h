@@ -24,6 +24,7 @@ public:
     PortTask& operator=(const PortTask&) = delete;
 
     uint32_t Id() const { return id; }
+    bool HasStarted() const { return done != 0 && id != 0; }
 
     int Delete() {
         deleted = true;
