@@ -10,7 +10,9 @@
 #include <vector>
 
 #include <dirent.h>
+#include <fcntl.h>
 #include <poll.h>
+#include <sys/file.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -349,6 +351,16 @@ TEST_F(CliServerTest, RefusesStrangers) {
     chmod(path.c_str(), 0666);
     EXPECT_TRUE(as_stranger([this] { return Read(Connect()) == "% Refused: permission denied.\r\n"; }));
     EXPECT_EQ(log.Take().front().substr(0, 21), "13 cli: uid 65534 pid");
+}
+
+TEST_F(CliServerTest, MeetsOthersThatStartAtItsOwnPathOnly) {
+    const Descriptor other(open((path + ".lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
+    ASSERT_EQ(flock(other.get(), LOCK_EX), 0);
+    EXPECT_EQ(Start(), CliStatus::kInUse);
+    flock(other.get(), LOCK_UN);
+    const Descriptor neighbour(open(directory.c_str(), O_RDONLY | O_CLOEXEC));
+    ASSERT_EQ(flock(neighbour.get(), LOCK_EX), 0);
+    EXPECT_EQ(Start(), CliStatus::kOk) << "somebody else's lock of the directory is not ours";
 }
 
 TEST_F(CliServerTest, TakesAPathOnlyFromTheDead) {

@@ -37,6 +37,7 @@ if(TARGET olt_host_core)
 endif()
 if(TARGET olt_host AND ONU_MNG_PLATFORM STREQUAL "posix")
   program_test(olt_host_demo 0 "^8 ONUs: 8 in sync; " olt_host)
+  program_test(olt_host_traces 0 " 4 1: (PON:2, ONU:4)Alloc state for pon_no 2 onu_id 4 succeeded" olt_host -vv)
   program_test(olt_host_4096_onus 0 "^4096 ONUs: 4096 in sync; " olt_host --pons 32 --onus 128)
   program_test(olt_host_busy_line 0 "^256 ONUs: 256 in sync; "
                olt_host --pons 4 --onus 64 --duplicate 20 --link 1 --audit 1 --attempts 0 -v)
