@@ -2,9 +2,9 @@
 
 #include <memory>
 
-#include "olt_host/mib_upload_service.h"
-#include "olt_host/notification_service.h"
-#include "olt_host/provisioning_service.h"
+#include "olt_host/services/mib_upload_service.h"
+#include "olt_host/services/notification_service.h"
+#include "olt_host/services/provisioning_service.h"
 
 namespace olt_host {
 

@@ -6,11 +6,11 @@
 #include <string>
 #include <vector>
 
-#include "olt_host/fiber.h"
-#include "olt_host/omci_channel.h"
-#include "olt_host/onu_table.h"
-#include "olt_host/service_rack.h"
-#include "olt_host/ticker.h"
+#include "olt_host/onu/fiber.h"
+#include "olt_host/services/omci_channel.h"
+#include "olt_host/services/onu_table.h"
+#include "olt_host/services/service_rack.h"
+#include "olt_host/services/ticker.h"
 
 namespace olt_host {
 

@@ -2,15 +2,15 @@
 #include <iostream>
 #include <new>
 
-#include "olt_host/end_signals.h"
 #include "olt_host/host.h"
-#include "olt_host/host_commands.h"
-#include "olt_host/operators.h"
+#include "olt_host/operators/commands.h"
+#include "olt_host/operators/end_signals.h"
+#include "olt_host/operators/operators.h"
+#include "olt_host/operators/report.h"
+#include "olt_host/operators/standard_files.h"
 #include "olt_host/options.h"
-#include "olt_host/replay.h"
-#include "olt_host/report.h"
-#include "olt_host/service_rack.h"
-#include "olt_host/standard_files.h"
+#include "olt_host/replay/replay.h"
+#include "olt_host/services/service_rack.h"
 #include "onu_mng_lib/onu_mng_common/result.h"
 #include "onu_mng_lib/onu_mng_log.h"
 #include "onu_mng_platform/ulog.h"

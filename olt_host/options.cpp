@@ -6,7 +6,7 @@
 
 #include <CLI/CLI.hpp>
 
-#include "olt_host/cli_path.h"
+#include "olt_host/operators/cli_path.h"
 
 namespace olt_host {
 

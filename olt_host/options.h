@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "olt_host/host.h"
-#include "olt_host/onu_key.h"
+#include "olt_host/onu/onu_key.h"
 
 namespace olt_host {
 

@@ -3,7 +3,7 @@
 #include <mutex>
 
 #include "onu_mng_platform/bep.h"
-#include "onu_mng_platform/common/short_lock.h"
+#include "onu_mng_platform/common/sync/short_lock.h"
 #include "onu_mng_platform/posix/slot_table.h"
 #include "onu_mng_platform/posix/wait_list.h"
 

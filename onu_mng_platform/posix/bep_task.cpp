@@ -13,7 +13,7 @@
 #include <mutex>
 
 #include "onu_mng_platform/bep.h"
-#include "onu_mng_platform/common/log.h"
+#include "onu_mng_platform/common/log/log.h"
 #include "onu_mng_platform/posix/sleeper.h"
 #include "onu_mng_platform/posix/slot_table.h"
 

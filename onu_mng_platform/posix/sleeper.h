@@ -4,7 +4,7 @@
 #include <atomic>
 #include <cstdint>
 
-#include "onu_mng_platform/common/futex.h"
+#include "onu_mng_platform/common/sync/futex.h"
 #include "onu_mng_platform/posix/deadline.h"
 
 namespace onu_mng_platform {

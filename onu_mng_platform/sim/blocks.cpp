@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "onu_mng_platform/common/pool.h"
+#include "onu_mng_platform/common/pool/pool.h"
 
 namespace onu_mng_platform {
 

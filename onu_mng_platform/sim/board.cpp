@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "onu_mng_platform/common/pool.h"
+#include "onu_mng_platform/common/pool/pool.h"
 
 namespace onu_mng_platform {
 

@@ -1,8 +1,8 @@
 #include <cstdarg>
 
 #include "onu_mng_platform/bep.h"
-#include "onu_mng_platform/common/log.h"
-#include "onu_mng_platform/common/pool.h"
+#include "onu_mng_platform/common/log/log.h"
+#include "onu_mng_platform/common/pool/pool.h"
 #include "onu_mng_platform/common/text.h"
 #include "onu_mng_platform/mpu.h"
 #include "onu_mng_platform/sim/seam_call.h"

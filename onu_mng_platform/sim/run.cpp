@@ -3,7 +3,7 @@
 #include <cstdlib>
 #include <ctime>
 
-#include "onu_mng_platform/common/log.h"
+#include "onu_mng_platform/common/log/log.h"
 #include "onu_mng_platform/sim/seam_call.h"
 
 namespace onu_mng_platform {

@@ -1,5 +1,5 @@
 #include "onu_mng_platform/bep.h"
-#include "onu_mng_platform/common/log.h"
+#include "onu_mng_platform/common/log/log.h"
 #include "onu_mng_platform/sim/seam_call.h"
 
 using namespace onu_mng_platform;

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "olt_host/omci_frame.h"
+#include "olt_host/omci/frame.h"
 #include "onu_mng_platform/cutil.h"
 
 /// The bytes of hexadecimal text; "..." stands for as many zeros as make `size` bytes of it.

@@ -14,8 +14,8 @@
 #include <sstream>
 #include <string>
 
-#include "onu_mng_platform/common/cli_assist.h"
-#include "onu_mng_platform/common/cli_terminal.h"
+#include "onu_mng_platform/common/cli/assist.h"
+#include "onu_mng_platform/common/cli/terminal.h"
 #include "tests/support/captured_terminal.h"
 
 namespace transcript {

@@ -3,8 +3,8 @@
 #include <ctime>
 
 #include "onu_mng_platform/bep.h"
-#include "onu_mng_platform/common/log.h"
-#include "onu_mng_platform/common/pool.h"
+#include "onu_mng_platform/common/log/log.h"
+#include "onu_mng_platform/common/pool/pool.h"
 #include "onu_mng_platform/common/text.h"
 #include "onu_mng_platform/cutil.h"
 #include "onu_mng_platform/mpu.h"

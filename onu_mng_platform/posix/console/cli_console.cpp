@@ -10,12 +10,12 @@
 #include <termios.h>
 #include <unistd.h>
 
-#include "onu_mng_platform/common/cli_terminal.h"
-#include "onu_mng_platform/common/log.h"
-#include "onu_mng_platform/posix/cli_event.h"
-#include "onu_mng_platform/posix/cli_output.h"
-#include "onu_mng_platform/posix/cli_thread.h"
-#include "onu_mng_platform/posix/cli_workers.h"
+#include "onu_mng_platform/common/cli/terminal.h"
+#include "onu_mng_platform/common/log/log.h"
+#include "onu_mng_platform/posix/cli/event.h"
+#include "onu_mng_platform/posix/cli/output.h"
+#include "onu_mng_platform/posix/cli/thread.h"
+#include "onu_mng_platform/posix/cli/workers.h"
 #include "onu_mng_platform/posix/console/cli_editor.h"
 #include "onu_mng_platform/ulog.h"
 

@@ -14,7 +14,7 @@
 #include <sys/file.h>
 #include <unistd.h>
 
-#include "onu_mng_platform/posix/cli_descriptor.h"
+#include "onu_mng_platform/posix/cli/descriptor.h"
 
 namespace onu_mng_platform {
 namespace {

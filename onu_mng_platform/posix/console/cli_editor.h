@@ -7,8 +7,8 @@
 #include <optional>
 #include <string>
 
-#include "onu_mng_platform/common/cli_assist.h"
-#include "onu_mng_platform/posix/cli_event.h"
+#include "onu_mng_platform/common/cli/assist.h"
+#include "onu_mng_platform/posix/cli/event.h"
 
 namespace onu_mng_platform {
 

@@ -1,0 +1,28 @@
+/// OMCI in words.
+#ifndef OLT_HOST_OMCI_TEXT_H
+#define OLT_HOST_OMCI_TEXT_H
+
+#include <string>
+
+#include "olt_host/omci/frame.h"
+
+namespace olt_host {
+
+/// "MIB upload next", or "type 30" for a number without a name.
+std::string TypeName(OmciType type);
+/// "unknown instance", or "result 8".
+std::string ResultName(OmciResult result);
+/// "GEM port network CTP(268) 0x0106"
+std::string MeName(MeId me);
+/// "get request", "alarm notification"
+std::string FrameName(FrameKind kind, OmciType type);
+/// "wrong MIC"
+const char* FaultName(FrameFault fault);
+
+/// One line about a frame, without a line end: what it is, its transaction, its entity, and the numbers that
+/// its contents start with.
+std::string Describe(const OmciFrame& frame);
+
+} // namespace olt_host
+
+#endif

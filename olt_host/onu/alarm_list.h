@@ -1,0 +1,36 @@
+/// The alarms of one ONU.
+#ifndef OLT_HOST_ONU_ALARM_LIST_H
+#define OLT_HOST_ONU_ALARM_LIST_H
+
+#include <algorithm>
+#include <array>
+
+#include "olt_host/omci/frame.h"
+
+namespace olt_host {
+
+/// The entities of an ONU that have an alarm; never allocates.
+class AlarmList {
+public:
+    static constexpr std::size_t kMost = 64; ///< further ones are not kept
+
+    void Set(MeId me, bool is_active) {
+        MeId* const place = std::find(entities.data(), entities.data() + size, me);
+        const bool is_known = place != entities.data() + size;
+        if (is_active && !is_known && size < kMost) entities[size++] = me;
+        if (!is_active && is_known) *place = entities[--size];
+    }
+
+    bool Has(MeId me) const { return std::find(begin(), end(), me) != end(); }
+    std::size_t Size() const { return size; }
+    const MeId* begin() const { return entities.data(); }
+    const MeId* end() const { return entities.data() + size; }
+
+private:
+    std::array<MeId, kMost> entities{};
+    std::size_t size = 0;
+};
+
+} // namespace olt_host
+
+#endif

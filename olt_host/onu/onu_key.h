@@ -1,0 +1,33 @@
+/// Which ONU.
+#ifndef OLT_HOST_ONU_ONU_KEY_H
+#define OLT_HOST_ONU_ONU_KEY_H
+
+#include <array>
+
+#include "onu_mng_lib/onu_mng_common/variant_util.h"
+
+namespace olt_host {
+
+/// An ONU by the numbers that messages carry, both from 1.
+struct OnuKey {
+    unsigned short pon_no;
+    unsigned short onu_id;
+};
+constexpr bool operator==(OnuKey a, OnuKey b) {
+    return a.pon_no == b.pon_no && a.onu_id == b.onu_id;
+}
+
+/// 4 characters of the vendor, then 4 bytes that the vendor counts with.
+using SerialNumber = std::array<char, 8>;
+
+/// The serial number that this host's ONU with these numbers has.
+inline SerialNumber SerialOf(OnuKey onu) {
+    SerialNumber serial{'S', 'I', 'M', 'U'};
+    VariantUtil::SetUshort(&serial[4], onu.pon_no);
+    VariantUtil::SetUshort(&serial[6], onu.onu_id);
+    return serial;
+}
+
+} // namespace olt_host
+
+#endif

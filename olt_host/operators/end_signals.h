@@ -1,0 +1,34 @@
+/// The signals that ask a program to end.
+#ifndef OLT_HOST_OPERATORS_END_SIGNALS_H
+#define OLT_HOST_OPERATORS_END_SIGNALS_H
+
+#include <csignal>
+
+namespace olt_host {
+
+/// Takes SIGTERM, and SIGINT and SIGHUP unless they are ignored, for whoever asks or waits here, instead of
+/// the process ending where it stands. Made before other tasks are started, which then leave the signals
+/// alone.
+class EndSignals {
+public:
+    EndSignals();
+
+    /// Whether one has come. Stays true.
+    bool HasCome();
+    /// Returns when one has come.
+    void Wait();
+    /// Lets them end the process where it stands, from now on or until `Hold`.
+    void LetThrough() const;
+    void Hold() const;
+
+    /// Sends one. Any task.
+    static void Raise();
+
+private:
+    sigset_t signals;
+    bool has_come = false;
+};
+
+} // namespace olt_host
+
+#endif

@@ -1,0 +1,233 @@
+// The operator's client: a terminal with line editing, or lines from the command line or a script.
+
+#include <algorithm>
+#include <cerrno>
+#include <clocale>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <iostream>
+#include <new>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <CLI/CLI.hpp>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "olt_host/operators/cli_path.h"
+#include "olt_host/operators/standard_files.h"
+#include "onu_mng_platform/posix/cli/client.h"
+#include "onu_mng_platform/posix/console/cli_editor.h"
+
+namespace {
+
+using onu_mng_platform::CliClient;
+using onu_mng_platform::CliEditor;
+using onu_mng_platform::CliStatus;
+
+/// Set when output could not be written, unless its reader had seen enough.
+bool is_output_lost = false;
+
+enum ExitStatus { kDone = 0, kCommandFailed = 1, kNoHost = 2 };
+
+struct Options {
+    std::string path = olt_host::DefaultSocketPath();
+    std::vector<std::string> commands;
+    bool stops_at_failure = false;
+};
+
+/// Standard output, or a pager that is given the output of one command once it is whole: a host does not wait
+/// until somebody has turned the page.
+class Screen {
+public:
+    explicit Screen(bool paged) : paged_(paged) {}
+    ~Screen() {
+        if (paged_) ShowPages();
+    }
+    Screen(const Screen&) = delete;
+    Screen& operator=(const Screen&) = delete;
+
+    /// Prints text as this system ends its lines.
+    void Print(std::string_view text) {
+        std::string plain(text);
+        plain.erase(std::remove(plain.begin(), plain.end(), '\r'), plain.end());
+        if (paged_)
+            pages_ += plain;
+        else
+            Write(plain, stdout);
+    }
+
+private:
+    static void Write(const std::string& text, std::FILE* file) {
+        const bool is_written = std::fwrite(text.data(), 1, text.size(), file) == text.size();
+        if ((!is_written || std::fflush(file) != 0) && errno != EPIPE) is_output_lost = true;
+    }
+
+    void ShowPages() const {
+        constexpr int kNotFound = 127; // the shell's status for it
+        const char* pager = std::getenv("PAGER");
+        // The pager gets the signals as they were, and Ctrl-C is for it alone.
+        std::signal(SIGPIPE, SIG_DFL);
+        std::FILE* pipe = popen(pager == nullptr || *pager == '\0' ? "less" : pager, "w");
+        std::signal(SIGPIPE, SIG_IGN);
+        if (pipe == nullptr) return Write(pages_, stdout);
+        std::signal(SIGINT, SIG_IGN);
+        Write(pages_, pipe);
+        const int status = pclose(pipe);
+        std::signal(SIGINT, SIG_DFL);
+        if (WIFEXITED(status) && WEXITSTATUS(status) == kNotFound) Write(pages_, stdout);
+    }
+
+    const bool paged_;
+    std::string pages_;
+};
+
+/// Takes " | more" off the end of a line.
+bool TakeMore(std::string* line) {
+    const size_t end = line->find_last_not_of(" \t") + 1;
+    for (const std::string_view more : {" | more", " |more"}) {
+        if (end < more.size() || line->compare(end - more.size(), more.size(), more) != 0) continue;
+        line->resize(end - more.size());
+        return true;
+    }
+    return false;
+}
+
+/// A conversation with the host.
+class Session {
+public:
+    CliStatus Connect(const std::string& path) { return client_.Connect(path); }
+    CliClient& client() { return client_; }
+
+    /// Whether the conversation goes on.
+    bool IsOpen() const { return status_ != kNoHost && !client_.HasExited(); }
+    ExitStatus status() const { return status_; }
+
+    /// Runs a line and prints its output. @return whether it succeeded.
+    bool Run(std::string line) {
+        const bool paged = TakeMore(&line);
+        Screen screen(paged && isatty(STDOUT_FILENO) != 0);
+        const auto result = client_.Run(line, [&screen](std::string_view text) { screen.Print(text); });
+        if (!result) return Lose();
+        if (*result != 0) status_ = kCommandFailed;
+        return *result == 0;
+    }
+
+    /// Says that the host has closed the connection.
+    bool Lose() {
+        std::fputs("olt_cli: the host has closed the connection\n", stderr);
+        status_ = kNoHost;
+        return false;
+    }
+
+private:
+    CliClient client_;
+    ExitStatus status_ = kDone;
+};
+
+std::string HistoryPath() {
+    const char* path = std::getenv("OLT_CLI_HISTORY");
+    if (path != nullptr) return path;
+    const char* home = std::getenv("HOME");
+    return home == nullptr ? std::string() : std::string(home) + "/.olt_cli_history";
+}
+
+ExitStatus TypeLines(Session* session) {
+    std::string farewell;
+    const auto prompt = session->client().Prompt(&farewell);
+    if (!prompt) {
+        Screen(false).Print(farewell);
+        session->Lose();
+        return kNoHost;
+    }
+    CliClient& client = session->client();
+    CliEditor editor(*prompt, {[&client](const std::string& line) { return client.Complete(line); },
+                               [&client](const std::string& line) { return client.Describe(line); }});
+    const std::string history = HistoryPath();
+    if (!history.empty()) editor.KeepHistory(history);
+    while (session->IsOpen()) {
+        const auto line = editor.Read();
+        if (!line) break;
+        session->Run(*line);
+    }
+    return session->status() == kNoHost ? kNoHost : kDone;
+}
+
+/// Runs the lines that `next` fills in until it returns false.
+template <typename Next>
+ExitStatus RunLines(Session* session, bool stops_at_failure, Next next) {
+    for (std::string line; session->IsOpen() && next(&line);) {
+        if (!session->Run(line) && stops_at_failure) break;
+    }
+    return session->status();
+}
+
+ExitStatus RunCommands(Session* session, const Options& options) {
+    auto command = options.commands.begin();
+    return RunLines(session, options.stops_at_failure, [&](std::string* line) {
+        if (command == options.commands.end()) return false;
+        *line = *command++;
+        return true;
+    });
+}
+
+ExitStatus RunScript(Session* session, const Options& options) {
+    return RunLines(session, options.stops_at_failure,
+                    [](std::string* line) { return static_cast<bool>(std::getline(std::cin, *line)); });
+}
+
+ExitStatus Serve(const Options& options) {
+    Session session;
+    const CliStatus status = session.Connect(options.path);
+    if (status != CliStatus::kOk) {
+        std::cerr << "olt_cli: " << options.path << ": " << TextOf(status) << "\n";
+        return kNoHost;
+    }
+    if (!options.commands.empty()) return RunCommands(&session, options);
+    const bool types = isatty(STDIN_FILENO) != 0 && isatty(STDOUT_FILENO) != 0;
+    return types ? TypeLines(&session) : RunScript(&session, options);
+}
+
+/// The status to end with: output that got lost is a command that failed.
+ExitStatus Finish(ExitStatus status) {
+    if (!is_output_lost) return status;
+    std::fputs("olt_cli: the output could not be written\n", stderr);
+    return status == kDone ? kCommandFailed : status;
+}
+
+/// @return the status to end with; none to go on.
+std::optional<ExitStatus> ReadOptions(int argc, char** argv, Options& options) {
+    CLI::App app(
+        "Types commands to a running olt_host. Without -c lines come from the terminal or from standard "
+        "input.\nExit status: 0; 1 when a command failed; 2 without a host and for options that make no "
+        "sense.");
+    app.add_option("-s,--socket", options.path, "Socket of the host")->capture_default_str();
+    app.add_option("-c,--command", options.commands, "Line to run; may be given several times")
+        ->allow_extra_args(false);
+    app.add_flag("-e,--stop", options.stops_at_failure, "Stop at the first command that fails");
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? kDone : kNoHost;
+    }
+    return std::nullopt;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    olt_host::OpenStandardFiles();
+    std::setlocale(LC_CTYPE, "");
+    // A pager that is left early, or a head behind this program, must not end it in the middle of an answer.
+    std::signal(SIGPIPE, SIG_IGN);
+    try {
+        Options options;
+        if (const auto status = ReadOptions(argc, argv, options)) return *status;
+        return Finish(Serve(options));
+    } catch (const std::bad_alloc&) {
+        std::fputs("olt_cli: out of memory\n", stderr);
+        return kCommandFailed;
+    }
+}

@@ -1,0 +1,21 @@
+// On a port that has no terminals to serve.
+
+#include "olt_host/operators/operators.h"
+
+namespace olt_host {
+
+class Operators::Terminals {};
+
+Operators::Operators(unsigned int) {}
+
+Operators::~Operators() = default;
+
+std::string Operators::Listen(const std::string& path) {
+    return path + ": this port serves no operators";
+}
+
+bool Operators::OpenConsole(std::function<void()>) {
+    return false;
+}
+
+} // namespace olt_host

@@ -1,0 +1,43 @@
+/// The host's state as text.
+#ifndef OLT_HOST_OPERATORS_REPORT_H
+#define OLT_HOST_OPERATORS_REPORT_H
+
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "olt_host/onu/fiber.h"
+#include "olt_host/onu/mib_row.h"
+#include "olt_host/services/omci_service.h"
+#include "olt_host/services/onu_table.h"
+
+namespace olt_host {
+
+/// "in sync", "failed: no answer"
+std::string StateText(const OnuStatus& status);
+
+/// The columns of an ONU's row, and the row; without a line end.
+std::string OnuHeader();
+std::string OnuRow(const OnuStatus& status);
+
+/// A row for each ONU, or only for those that are not in sync.
+void PrintOnus(std::ostream& out, const OnuTable& table, bool all);
+
+/// How many ONUs are in which state, and what it took: "8 ONUs: 8 in sync; 584 requests, 0 sent again"
+std::string TotalsText(const OnuTotals& totals);
+
+/// Everything about one ONU but its MIB, line by line.
+std::vector<std::string> OnuDetails(const OnuStatus& status);
+/// The entity, the mask of its attributes and their values.
+std::string MibRowText(const MibRow& row);
+
+/// The columns of a service's row, and the row; without a line end.
+std::string ServiceHeader();
+std::string ServiceRow(const OmciService& service);
+
+/// What happened to the frames on their way.
+void PrintLine(std::ostream& out, const FiberCounters& counters);
+
+} // namespace olt_host
+
+#endif

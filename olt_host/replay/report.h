@@ -1,0 +1,30 @@
+/// What a replay counted, as text.
+#ifndef OLT_HOST_REPLAY_REPORT_H
+#define OLT_HOST_REPLAY_REPORT_H
+
+#include <array>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "olt_host/omci/frame.h"
+#include "olt_host/replay/procedure_follower.h"
+#include "olt_host/services/omci_service.h"
+
+namespace olt_host {
+
+struct ReplayCounts {
+    std::array<std::array<unsigned int, kOmciTypes>, 3> types{}; ///< frames by `FrameKind` and type
+    std::array<unsigned int, kFrameFaults> faults{};             ///< lines by `FrameFault`
+    unsigned int not_hexadecimal = 0;
+    unsigned int sent = 0; ///< answers and notifications sent to the services
+    unsigned int lost = 0; ///< of these, refused by the library; services that did not come to an end
+};
+
+/// Frames by type and by the service that took them, malformed lines by reason, procedures.
+void PrintReplay(std::ostream& out, const std::string& path, const ReplayCounts& counts,
+                 const ProcedureFollower& follower, const std::vector<OmciService*>& services);
+
+} // namespace olt_host
+
+#endif

@@ -1,0 +1,40 @@
+/// The host's sense of time.
+#ifndef OLT_HOST_SERVICES_TICKER_H
+#define OLT_HOST_SERVICES_TICKER_H
+
+#include <atomic>
+#include <vector>
+
+#include "olt_host/onu/fiber.h"
+#include "olt_host/services/messages.h"
+#include "olt_host/services/onu_table.h"
+#include "onu_mng_lib/onu_mng_common/runable.h"
+
+namespace olt_host {
+
+/// Sends a tick to the fiber and to each service, at the start and then every `tick_ms` milliseconds. A full
+/// queue misses a tick and learns the time from the next.
+class Ticker : public Thread {
+public:
+    /// `now` and the fiber outlive the ticker.
+    Ticker(unsigned int tick_ms, std::atomic<Tick>& now, Fiber& fiber, std::vector<ModuleType> modules);
+    ~Ticker() override { EndTask(); }
+
+    /// @return false when the platform has no task to give.
+    bool Open();
+    /// Ends the task and returns when it has ended.
+    void Close() { EndTask(); }
+
+private:
+    void Run() override;
+    void Tell();
+
+    const int tick_ms;
+    std::atomic<Tick>& now;
+    Fiber& fiber;
+    const std::vector<ModuleType> modules;
+};
+
+} // namespace olt_host
+
+#endif

@@ -1,0 +1,138 @@
+// vty_execute(): from a line to a handler.
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+
+#include "onu_mng_platform/common/cli/answer.h"
+#include "onu_mng_platform/common/cli/filter.h"
+#include "onu_mng_platform/ulog.h"
+
+namespace onu_mng_platform {
+namespace {
+
+constexpr int kRefused = -1;
+constexpr int kCommandLevel = 12;
+constexpr size_t kLoggedPiece = 900; // characters, with a user in front within a line of the log
+
+/// The words for a handler, in one block that it may change.
+class ArgumentBlock {
+public:
+    explicit ArgumentBlock(const std::vector<std::string_view>& words) {
+        for (const std::string_view word : words)
+            text_.append(word).push_back('\0');
+        char* next = text_.data();
+        for (const std::string_view word : words) {
+            argv_.push_back(next);
+            next += word.size() + 1;
+        }
+        argv_.push_back(nullptr);
+    }
+
+    int argc() const { return static_cast<int>(argv_.size()) - 1; }
+    char** argv() { return argv_.data(); }
+
+private:
+    std::string text_;
+    std::vector<char*> argv_;
+};
+
+/// Leads the output of a terminal through a filter, for as long as the object lives.
+class FilterScope {
+public:
+    FilterScope(vty* terminal, OutputFilter* filter) : terminal_(terminal), outer_(terminal->output) {
+        if (filter != nullptr) terminal->output = filter->AsOutput();
+    }
+    ~FilterScope() { terminal_->output = outer_; }
+    FilterScope(const FilterScope&) = delete;
+    FilterScope& operator=(const FilterScope&) = delete;
+
+private:
+    vty* terminal_;
+    Output outer_;
+};
+
+bool ChangesSomething(const Command& command) {
+    constexpr std::string_view kHarmless[] = {"show", "list", "help", "exit"};
+    const std::string_view syntax = command.record->syntax;
+    const std::string_view first = syntax.substr(0, syntax.find(' '));
+    return std::find(std::begin(kHarmless), std::end(kHarmless), first) == std::end(kHarmless);
+}
+
+// Logged before it runs: the line that brought a board down is then in the log. A file that is saved is a
+// change too. Blanks in a row, and a line longer than one of the log, would keep a part of it from the log.
+void LogCommand(const vty& terminal, const Command& command, const CommandLine& line) {
+    const bool saves = !line.filter.empty() && FilterSaves(line.filter.front().text);
+    if (terminal.user.empty() || (!ChangesSomething(command) && !saves)) return;
+    std::string text;
+    for (const TypedWord& word : line.words)
+        text.append(" ").append(word.text);
+    if (line.has_filter) text.append(" |");
+    for (const TypedWord& word : line.filter)
+        text.append(" ").append(word.text);
+    for (size_t begin = 0; begin < text.size(); begin += kLoggedPiece)
+        ulogPrintf(terminal.log_module, kCommandLevel, "%s:%s\r\n", terminal.user.c_str(),
+                   text.substr(begin, kLoggedPiece).c_str());
+}
+
+/// Finds what the words mean, or says on the terminal why they mean nothing.
+const Command* Resolve(const Output& output, const std::string& line, const std::vector<TypedWord>& words,
+                       Match* match) {
+    for (const TypedWord& word : words) {
+        if (match->Take(word)) continue;
+        AnswerFault(output, line, *match, word);
+        return nullptr;
+    }
+    const Command* command = match->Complete();
+    if (command == nullptr) AnswerError(output, "Command incomplete");
+    return command;
+}
+
+/// @return false after an error line.
+bool ResolveFilter(const vty& terminal, const CommandLine& line, std::unique_ptr<OutputFilter>* filter) {
+    if (!line.has_filter) return true;
+    Match match(FilterCommands(terminal.may_save));
+    const Command* command = Resolve(terminal.output, line.text, line.filter, &match);
+    if (command == nullptr) return false;
+    const std::string argument(line.filter.back().text);
+    std::string error;
+    *filter = MakeFilter(*command, argument, terminal.output, &error);
+    if (*filter == nullptr) AnswerError(terminal.output, error);
+    return *filter != nullptr;
+}
+
+int Run(vty* terminal, const Command& command, ArgumentBlock* arguments, OutputFilter* filter) {
+    const FilterScope scope(terminal, filter);
+    return command.record->handler(command.record, terminal, arguments->argc(), arguments->argv());
+}
+
+int Execute(vty* terminal, unsigned int node, const CommandLine& line) {
+    if (line.IsEmpty()) return 0;
+    const TerminalScope scope(terminal, node);
+    const auto commands = CommandTable::GetInstance().Find(node);
+    Match match(*commands);
+    const Command* command = Resolve(terminal->output, line.text, line.words, &match);
+    std::unique_ptr<OutputFilter> filter;
+    if (command == nullptr || !ResolveFilter(*terminal, line, &filter)) return kRefused;
+
+    ArgumentBlock arguments(match.Arguments());
+    LogCommand(*terminal, *command, line);
+    const int result = Run(terminal, *command, &arguments, filter.get());
+    return filter == nullptr || filter->Finish() ? result : kRefused;
+}
+
+} // namespace
+} // namespace onu_mng_platform
+
+extern "C" int vty_execute(vty* terminal, unsigned int node, const char* line) {
+    using namespace onu_mng_platform;
+    if (terminal == nullptr || line == nullptr) return kRefused;
+    try {
+        const size_t size = strnlen(line, kMaxLine + 1);
+        if (size <= kMaxLine) return Execute(terminal, node, CommandLine(std::string_view(line, size)));
+        AnswerError(terminal->output, "Line too long");
+    } catch (const std::bad_alloc&) {
+        terminal->output("% Out of memory.\r\n");
+    }
+    return kRefused;
+}

@@ -1,0 +1,43 @@
+/// Output filters: what stands behind the "|" of a line.
+#ifndef ONU_MNG_PLATFORM_COMMON_CLI_FILTER_H
+#define ONU_MNG_PLATFORM_COMMON_CLI_FILTER_H
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "onu_mng_platform/common/cli/commands.h"
+#include "onu_mng_platform/common/cli/terminal.h"
+
+namespace onu_mng_platform {
+
+/// Stands before a terminal while one command runs. Used by that command's task.
+class OutputFilter {
+public:
+    virtual ~OutputFilter() = default;
+
+    /// Takes the next characters of the command. Throws std::bad_alloc.
+    virtual void Put(std::string_view text) = 0;
+
+    /// Writes what is left once the command has ended. @return false after an error line.
+    virtual bool Finish() = 0;
+
+    /// An output that leads here.
+    Output AsOutput();
+};
+
+/// The grammar of the filters, as if they were commands. Throws std::bad_alloc.
+const CommandList& FilterCommands(bool may_save);
+
+/// Whether a filter's name, which may be shortened, is that of the one that writes a file.
+bool FilterSaves(std::string_view name);
+
+/// Makes the filter that one of FilterCommands() stands for; it writes to `next`.
+/// @return null, with the cause in `error`, for an expression or a file that cannot be used. Throws
+///         std::bad_alloc.
+std::unique_ptr<OutputFilter> MakeFilter(const Command& filter, const std::string& argument, Output next,
+                                         std::string* error);
+
+} // namespace onu_mng_platform
+
+#endif

@@ -1,0 +1,41 @@
+/// The output filter that writes to a file.
+#ifndef ONU_MNG_PLATFORM_COMMON_CLI_SAVE_FILTER_H
+#define ONU_MNG_PLATFORM_COMMON_CLI_SAVE_FILTER_H
+
+#include <cstdio>
+
+#include "onu_mng_platform/common/cli/filter.h"
+
+namespace onu_mng_platform {
+
+/// Saves output under a file name instead of printing it. An earlier file stays as it was until all output is
+/// on the disk, and for good when that fails.
+class SaveFilter final : public OutputFilter {
+public:
+    SaveFilter(std::string path, Output next);
+    ~SaveFilter() override;
+    SaveFilter(const SaveFilter&) = delete;
+    SaveFilter& operator=(const SaveFilter&) = delete;
+
+    /// Opens the file, before anything else.
+    /// @return an empty text; else the cause why it cannot be opened, also for what is no file. Throws
+    ///         std::bad_alloc.
+    std::string Open();
+
+    void Put(std::string_view text) override;
+    bool Finish() override;
+
+private:
+    void Note(bool succeeded);
+
+    std::string path_;
+    std::string draft_path_;
+    Output next_;
+    std::FILE* draft_ = nullptr;
+    size_t size_ = 0;
+    int error_ = 0;
+};
+
+} // namespace onu_mng_platform
+
+#endif

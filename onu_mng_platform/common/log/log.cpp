@@ -1,0 +1,219 @@
+#include "onu_mng_platform/common/log/log.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <mutex>
+
+#include "onu_mng_platform/bep.h"
+#include "onu_mng_platform/common/log/standard_error.h"
+
+namespace onu_mng_platform {
+namespace {
+
+constexpr int kMinLevel = 0;
+constexpr int kMaxLevel = 15;
+constexpr int kDefaultThreshold = 10;
+constexpr size_t kMaxText = 1023;
+constexpr char kClearRow[] = "\r\x1b[K";
+constexpr int kLostLevel = 13;
+constexpr char kLineEnd[] = "\r\n";
+
+uint32_t LevelBit(int level) {
+    return uint32_t{1} << level;
+}
+
+/// Decides which lines are written. All members are usable before static constructors and after static
+/// destructors, as is everything at file scope here.
+class Filter {
+public:
+    bool Passes(unsigned int module, int level) {
+        if (level >= threshold_.load(std::memory_order_relaxed)) return true;
+        // Nearly every silent line ends here: the lock is for levels that are open for some module.
+        if ((any_open_.load(std::memory_order_relaxed) & LevelBit(level)) == 0) return false;
+        const std::lock_guard<std::mutex> guard(lock_);
+        const Entry* entry = Find(module);
+        return entry != nullptr && (entry->levels & LevelBit(level)) != 0;
+    }
+
+    int SetOpen(unsigned int module, int level, bool open) {
+        const std::lock_guard<std::mutex> guard(lock_);
+        Entry* entry = Find(module);
+        if (entry == nullptr) {
+            if (!open) return 0;
+            entry = FindUnused();
+            if (entry == nullptr) return -1;
+            entry->module = module;
+        }
+        entry->levels = open ? entry->levels | LevelBit(level) : entry->levels & ~LevelBit(level);
+        uint32_t any = 0;
+        for (const Entry& each : entries_)
+            any |= each.levels;
+        any_open_.store(any, std::memory_order_relaxed);
+        return 0;
+    }
+
+    void SetThreshold(int level) {
+        threshold_.store(std::clamp(level, kMinLevel, kMaxLevel + 1), std::memory_order_relaxed);
+    }
+
+private:
+    struct Entry {
+        unsigned int module = 0;
+        uint32_t levels = 0; // a bit each; 0 means that the entry is not used
+    };
+
+    Entry* Find(unsigned int module) {
+        for (Entry& entry : entries_) {
+            if (entry.levels != 0 && entry.module == module) return &entry;
+        }
+        return nullptr;
+    }
+
+    Entry* FindUnused() {
+        for (Entry& entry : entries_) {
+            if (entry.levels == 0) return &entry;
+        }
+        return nullptr;
+    }
+
+    std::atomic<int> threshold_{kDefaultThreshold};
+    std::atomic<uint32_t> any_open_{0};
+    std::mutex lock_; // guards the entries
+    Entry entries_[16];
+};
+
+struct Output {
+    std::mutex lock; // held while a line is written, so that lines never mix
+    ulog_sink sink = nullptr;
+    void* context = nullptr;
+    LogClock clock = nullptr;
+    LogNeighbour neighbour;
+};
+
+Filter g_filter;
+Output g_output;
+StandardError g_standard_error; // under the output's lock
+unsigned long g_lost = 0;       // lines that standard error did not take, the same
+thread_local bool t_in_sink = false;
+
+timespec Now() {
+    if (g_output.clock != nullptr) return g_output.clock();
+    timespec now{};
+    clock_gettime(CLOCK_REALTIME, &now);
+    return now;
+}
+
+/// A piece of output that is put together without taking memory.
+class Piece {
+public:
+    void AddLine(unsigned int module, int level, const char* text) {
+        const timespec now = Now();
+        std::tm local{};
+        localtime_r(&now.tv_sec, &local);
+        size_ += std::strftime(text_ + size_, sizeof(text_) - size_, "%Y-%m-%d %H:%M:%S", &local);
+        Add(".%03d %2d %u: %s", static_cast<int>(now.tv_nsec / 1000000), level, module, text);
+    }
+    void Add(const char* format, ...) ONU_MNG_PRINTF_FORMAT(2, 3) {
+        std::va_list arguments;
+        va_start(arguments, format);
+        const int size = std::vsnprintf(text_ + size_, sizeof(text_) - size_, format, arguments);
+        va_end(arguments);
+        size_ = std::min(size_ + static_cast<size_t>(std::max(size, 0)), sizeof(text_) - 1);
+    }
+
+    const char* Text() const { return text_; }
+    size_t Size() const { return size_; }
+
+private:
+    char text_[kMaxText + 240];
+    size_t size_ = 0;
+};
+
+/// Writes a line with one call, so that lines of other processes do not mix in, and tells of those that were
+/// lost where they are missing.
+void WriteToStandardError(unsigned int module, int level, const char* text) {
+    Piece piece;
+    if (g_output.neighbour.after != nullptr) piece.Add("%s", kClearRow);
+    if (g_lost > 0) {
+        char note[80];
+        std::snprintf(note, sizeof note, "%lu lines are lost here\r\n", g_lost);
+        piece.AddLine(kPortLogModule, kLostLevel, note);
+    }
+    piece.AddLine(module, level, text);
+    g_lost = g_standard_error.Write(piece.Text(), piece.Size()) ? 0 : g_lost + 1;
+}
+
+/// While a sink runs its task is not ended, even where the sink waits, and its own lines are dropped.
+struct SinkScope {
+    SinkScope() {
+        bep_taskSafeEx();
+        t_in_sink = true;
+    }
+    ~SinkScope() {
+        t_in_sink = false;
+        bep_taskUnsafeEx();
+    }
+};
+
+void WriteLine(unsigned int module, int level, const char* text) {
+    const std::lock_guard<std::mutex> guard(g_output.lock);
+    const SinkScope scope;
+    if (g_output.sink != nullptr) {
+        g_output.sink(g_output.context, module, level, text);
+    } else {
+        WriteToStandardError(module, level, text);
+        if (g_output.neighbour.after != nullptr) g_output.neighbour.after(g_output.neighbour.context);
+    }
+}
+
+} // namespace
+
+void LogWrite(unsigned int module, int level, const char* format, std::va_list arguments) {
+    level = std::clamp(level, kMinLevel, kMaxLevel);
+    if (format == nullptr || !g_filter.Passes(module, level) || t_in_sink) return;
+    char text[kMaxText + 1];
+    const int size = std::vsnprintf(text, sizeof(text), format, arguments);
+    if (size < 0) return;
+    // A cut line still ends its line, or it would run into the next.
+    if (static_cast<size_t>(size) > kMaxText) {
+        std::memcpy(text + sizeof(text) - sizeof(kLineEnd), kLineEnd, sizeof(kLineEnd));
+    }
+    WriteLine(module, level, text);
+}
+
+int LogSetModIgnore(unsigned int module, int level, int open) {
+    if (level < kMinLevel || level > kMaxLevel || (open != 0 && open != 1)) return -1;
+    return g_filter.SetOpen(module, level, open == 1);
+}
+
+void LogSetThreshold(int level) {
+    g_filter.SetThreshold(level);
+}
+
+void LogSetSink(ulog_sink sink, void* context) {
+    const std::lock_guard<std::mutex> guard(g_output.lock);
+    g_output.sink = sink;
+    g_output.context = context;
+}
+
+void LogPort(int level, const char* format, ...) {
+    std::va_list arguments;
+    va_start(arguments, format);
+    LogWrite(kPortLogModule, level, format, arguments);
+    va_end(arguments);
+}
+
+void LogSetNeighbour(const LogNeighbour& neighbour) {
+    const std::lock_guard<std::mutex> guard(g_output.lock);
+    g_output.neighbour = neighbour;
+}
+
+void LogSetClock(LogClock clock) {
+    const std::lock_guard<std::mutex> guard(g_output.lock);
+    g_output.clock = clock;
+}
+
+} // namespace onu_mng_platform

@@ -1,0 +1,35 @@
+#ifndef ONU_MNG_PLATFORM_COMMON_POOL_POOL_H
+#define ONU_MNG_PLATFORM_COMMON_POOL_POOL_H
+
+#include <cstddef>
+
+#include "onu_mng_platform/mpu.h"
+
+/// The memory pools of every port. A port defines the functions of mpu.h and forwards each to its namesake
+/// here, which keeps the contract written there; what stands below is what goes beyond it.
+///
+/// Everything may be called from any thread at any time from before the first static constructor to after the
+/// last static destructor. Nothing waits for anything but a lock held for a bounded number of instructions.
+namespace onu_mng_platform {
+
+int PoolCreate(const char* name, unsigned int size);
+void* PoolAlloc(int pool_id, unsigned int size, const char* file, int line);
+int PoolFree(void* block);
+int PoolGetStat(int pool_id, mpu_stat* stat);
+void PoolShow();
+void PoolShowDetail(int pool_id);
+void PoolShowDebug(int pool_id);
+
+/// A place in a pool, which tells more than an address: it is the same in every run that makes the same
+/// calls.
+struct PoolPlace {
+    int pool_id;   ///< -1: the address lies in no pool.
+    size_t offset; ///< Bytes from the start of the pool's region.
+};
+
+/// Returns the place of any address.
+PoolPlace PoolLocate(const void* address);
+
+} // namespace onu_mng_platform
+
+#endif

@@ -1,0 +1,50 @@
+#include "onu_mng_platform/common/pool/sites.h"
+
+#include <mutex>
+
+namespace onu_mng_platform {
+namespace {
+
+using detail::g_sites;
+
+// Kept a quarter empty, so that a search soon ends.
+constexpr uint32_t kMaxUsed = kMaxSites / 4 * 3;
+
+std::mutex g_lock; // guards insertion
+uint32_t g_used = 0;
+
+/// Returns the place's entry, or the empty one where it belongs.
+uint32_t Find(const char* file, int line) {
+    for (uint32_t i = detail::SiteHash(file, line);; i = (i + 1) % kMaxSites) {
+        if (i == kOtherSite) continue;
+        if (g_sites[i].file.load(std::memory_order_acquire) == nullptr || g_sites[i].Holds(file, line))
+            return i;
+    }
+}
+
+uint32_t Insert(const char* file, int line) {
+    const std::lock_guard<std::mutex> guard(g_lock);
+    const uint32_t number = Find(file, line);
+    if (g_sites[number].Holds(file, line)) return number;
+    if (g_used == kMaxUsed) return kOtherSite;
+    ++g_used;
+    g_sites[number].line.store(line, std::memory_order_relaxed);
+    g_sites[number].file.store(file, std::memory_order_release);
+    return number;
+}
+
+} // namespace
+
+uint32_t detail::SearchSite(const char* file, int line) {
+    if (file == nullptr) file = "(unknown)";
+    const uint32_t number = Find(file, line);
+    return g_sites[number].Holds(file, line) ? number : Insert(file, line);
+}
+
+Site SiteAt(uint32_t number) {
+    if (number == kOtherSite) return {"(elsewhere)", 0};
+    return {g_sites[number].file.load(std::memory_order_acquire),
+            g_sites[number].line.load(std::memory_order_relaxed)};
+}
+
+} // namespace onu_mng_platform

@@ -1,0 +1,39 @@
+/// Wakes a task that waits in poll().
+#ifndef ONU_MNG_PLATFORM_POSIX_CLI_EVENT_H
+#define ONU_MNG_PLATFORM_POSIX_CLI_EVENT_H
+
+#include <cstdint>
+
+#include <sys/eventfd.h>
+
+#include "onu_mng_platform/posix/cli/descriptor.h"
+
+namespace onu_mng_platform {
+
+/// Set by any task, cleared by the one that waits. Neither blocks.
+class CliEvent {
+public:
+    CliEvent() : event_(eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC)) {}
+
+    /// Whether the system had a descriptor for it; nothing else works without.
+    bool IsValid() const { return event_.IsOpen(); }
+
+    /// Readable while the event is set.
+    int descriptor() const { return event_.get(); }
+
+    // Fails only while the event is set already, or not, which is what is wanted.
+    void Set() const { (void)!write(event_.get(), &kOne, sizeof kOne); }
+    void Clear() const {
+        uint64_t times = 0;
+        (void)!read(event_.get(), &times, sizeof times);
+    }
+
+private:
+    static constexpr uint64_t kOne = 1;
+
+    Descriptor event_;
+};
+
+} // namespace onu_mng_platform
+
+#endif

@@ -1,0 +1,297 @@
+// The services one message at a time: an ONU at the other end of the link answers what the test lets it.
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "olt_host/omci/text.h"
+#include "olt_host/onu/simulated_onu.h"
+#include "olt_host/services/mib_upload_service.h"
+#include "olt_host/services/notification_service.h"
+#include "olt_host/services/provisioning_service.h"
+#include "olt_host/services/service_rack.h"
+#include "onu_mng_lib/onu_mng_module_cinterface.h"
+#include "onu_mng_platform/sim/simulation.h"
+#include "tests/support/omci_frames.h"
+
+using namespace olt_host;
+
+namespace {
+
+constexpr OnuKey kOnu{1, 1};
+
+unsigned int Deliver(OnuKey onu, OmciFrame frame) {
+    return onu_mng_module_send_msg(kFiberModule, kMsgFrame, onu.pon_no, onu.onu_id, frame.At(1),
+                                   OmciFrame::kSizeWithoutTrailer);
+}
+
+/// Answers at once, as the ONU does but for what `distort` makes of it; `distort` may hold an answer back.
+class DirectLink : public OmciLink {
+public:
+    void Send(OnuKey onu, const OmciFrame& frame) override {
+        requests.push_back(frame);
+        OmciFrame answer;
+        if (simulated.Take(frame, answer) && (!distort || distort(answer))) Deliver(onu, answer);
+    }
+
+    SimulatedOnu simulated{SerialOf(kOnu), 1};
+    std::function<bool(OmciFrame& answer)> distort;
+    std::vector<OmciFrame> requests;
+};
+
+/// The three services on a board, for two ONUs of which the second waits until it is wanted.
+class Bench {
+public:
+    explicit Bench(onu_mng_platform::Simulation& simulation, unsigned int attempts = 1) : board(simulation) {
+        const ServiceGround ground{table, channels, link, now, told, 64, 1, {30, 3, 11}, {attempts, 10, 40}};
+        EXPECT_TRUE(rack.Initialise(1, 2, 30));
+        EXPECT_TRUE(rack.Add(std::make_unique<MibUploadService>(ground, 0)));
+        EXPECT_TRUE(rack.Add(std::make_unique<ProvisioningService>(ground)));
+        EXPECT_TRUE(rack.Add(std::make_unique<NotificationService>(ground)));
+        EXPECT_TRUE(rack.Start());
+        table.Update(1, [](OnuStatus& status) { status.phase = OnuPhase::kProvisioning; });
+    }
+    ~Bench() { StateContextManager::GetInstance()->EndSupervision(); }
+
+    /// Goes to a tick and lets everything happen that it brings.
+    OnuStatus TickTo(Tick tick) {
+        now = tick;
+        char nothing = 0;
+        for (const OmciService* service : rack.Services())
+            onu_mng_module_send_msg(kHostModule, kMsgTick | service->mod_type, 0, 0, &nothing, 1);
+        return Settled();
+    }
+    OnuStatus Settled() {
+        board.Settle();
+        return table.Read(0);
+    }
+
+    onu_mng_platform::Simulation& board;
+    OnuTable table{1, 2};
+    std::vector<OmciChannel> channels{2};
+    DirectLink link;
+    std::atomic<Tick> now{0};
+    WorkFlags told{};
+    ServiceRack rack;
+};
+
+void OnBench(const std::function<void(Bench&)>& body, unsigned int attempts = 1) {
+    onu_mng_platform::Simulation board(1);
+    board.Run([&] {
+        Bench bench(board, attempts);
+        body(bench);
+    });
+    EXPECT_TRUE(board.Result().Ok()) << board.Result().report;
+}
+
+TEST(OltHostServices, TakeFramesInOrderOfPrecedence) {
+    const struct {
+        const char* frame;
+        int service; ///< -1: nobody's
+    } cases[] = {
+        {"00012f0a00020000...", 0},  // MIB reset
+        {"00012d0a00020000...", 0},  // MIB upload
+        {"00012e0a00020000...", 0},  // MIB upload next
+        {"0001290a00020000...", 0},  // get of ONU data
+        {"0001290a01060000...", 1},  // any other get
+        {"0001240a01060000...", 1},  // create
+        {"0001260a01060000...", 1},  // delete
+        {"0001280a00020000...", 1},  // set, of ONU data too
+        {"00012b0a00020000...", 2},  // get all alarms
+        {"00012c0a00020000...", 2},  // get all alarms next
+        {"0000100a000b0101...", 2},  // alarm
+        {"0000110a000b0101...", 2},  // attribute value change
+        {"00001b0a000b0101...", 2},  // test result
+        {"0001320a01000000...", -1}, // test
+        {"0001330a00070000...", -1}, // start software download
+        {"0001490a00020000...", -1}, // a request
+        {"0001290b00020000...", -1}, // the extended format
+    };
+    OnBench([&](Bench& bench) {
+        bench.table.Update(0, [](OnuStatus& status) { status.phase = OnuPhase::kProvisioning; });
+        for (const auto& sample : cases) {
+            std::vector<unsigned long> expected;
+            for (const OmciService* service : bench.rack.Services())
+                expected.push_back(service->Frames() +
+                                   (sample.service == static_cast<int>(expected.size()) ? 1 : 0));
+            std::string bytes = Bytes(sample.frame, OmciFrame::kSizeWithoutTrailer);
+            EXPECT_EQ(onu_mng_module_send_msg(kFiberModule, kMsgFrame, 1, 1, bytes.data(),
+                                              OmciFrame::kSizeWithoutTrailer) == ONU_MNG_OK,
+                      sample.service >= 0);
+            bench.board.Settle();
+            std::vector<unsigned long> frames;
+            for (const OmciService* service : bench.rack.Services())
+                frames.push_back(service->Frames());
+            EXPECT_EQ(frames, expected) << sample.frame;
+        }
+    });
+}
+
+TEST(OltHostServices, BringAnOnuIntoSync) {
+    OnBench([](Bench& bench) {
+        const OnuStatus status = bench.TickTo(0);
+        EXPECT_EQ(status.phase, OnuPhase::kInSync);
+        EXPECT_EQ(status.requests, bench.link.requests.size());
+        EXPECT_EQ(status.data_sync, bench.link.simulated.Mib().DataSync());
+        EXPECT_EQ(bench.table.ReadMib(0).size(), status.rows);
+        EXPECT_EQ(bench.rack.Services()[0]->Strays(), 0u);
+    });
+}
+
+// Answers to nothing in flight change nothing, and the request waits on.
+TEST(OltHostServices, PassOverStrayAnswers) {
+    OnBench([](Bench& bench) {
+        OmciFrame right;
+        bench.link.distort = [&right](OmciFrame& answer) {
+            right = answer;
+            return false;
+        };
+        bench.TickTo(0);
+        ASSERT_EQ(bench.link.requests.size(), 1u);
+        OmciFrame wrong_tid = right;
+        wrong_tid.SetTid(static_cast<std::uint16_t>(right.Tid() + 1));
+        OmciFrame wrong_type = OmciFrame::AnswerTo(OmciFrame::Request(OmciType::kMibUpload, kMib));
+        wrong_type.SetTid(right.Tid());
+        OmciFrame wrong_me = OmciFrame::AnswerTo(OmciFrame::Request(OmciType::kMibReset, {2, 1}));
+        wrong_me.SetTid(right.Tid());
+        Deliver(kOnu, wrong_tid);
+        Deliver(kOnu, wrong_type);
+        Deliver(kOnu, wrong_me);
+        Deliver({1, 2}, right); // from the other ONU
+        Deliver({9, 9}, right); // from no ONU
+        bench.Settled();
+        EXPECT_EQ(bench.rack.Services()[0]->Strays(), 5u);
+        EXPECT_EQ(bench.link.requests.size(), 1u);
+
+        bench.link.distort = nullptr;
+        Deliver(kOnu, right);
+        EXPECT_EQ(bench.Settled().phase, OnuPhase::kInSync);
+        Deliver(kOnu, right); // once more
+        bench.Settled();
+        EXPECT_EQ(bench.rack.Services()[0]->Strays(), 6u);
+    });
+}
+
+TEST(OltHostServices, FailWhereTheOnuDoes) {
+    const auto is = [](const OmciFrame& answer, OmciType type, MeId me) {
+        return answer.Type() == type && answer.Me() == me;
+    };
+    const struct {
+        const char* what;
+        std::function<void(OmciFrame& answer)> distort;
+        OnuFailure failure;
+    } cases[] = {
+        {"reset refused",
+         [&](OmciFrame& answer) {
+             if (answer.Type() == OmciType::kMibReset) answer.SetResult(OmciResult::kBusy);
+         },
+         OnuFailure::kRefused},
+        {"no rows",
+         [&](OmciFrame& answer) {
+             if (answer.Type() == OmciType::kMibUpload) answer.Set(9, std::uint16_t{0});
+         },
+         OnuFailure::kMibRows},
+        {"a row more than there is",
+         [&](OmciFrame& answer) {
+             if (answer.Type() == OmciType::kMibUpload)
+                 answer.Set(9, static_cast<std::uint16_t>(answer.Get<std::uint16_t>(9) + 1));
+         },
+         OnuFailure::kMibRows},
+        {"an upload without ONU data",
+         [&](OmciFrame& answer) {
+             if (answer.Type() == OmciType::kMibUploadNext && answer.Get<std::uint16_t>(9) == kOnuData)
+                 answer.Set(9, std::uint16_t{5});
+         },
+         OnuFailure::kMibRows},
+        {"a counter that has moved",
+         [&](OmciFrame& answer) {
+             if (is(answer, OmciType::kGet, kMib)) answer.Set(12, std::uint8_t{1});
+         },
+         OnuFailure::kDataSync},
+        {"a counter that is not told",
+         [&](OmciFrame& answer) {
+             if (is(answer, OmciType::kGet, kMib)) answer.Set(10, std::uint16_t{0});
+         },
+         OnuFailure::kRefused},
+        {"create refused",
+         [&](OmciFrame& answer) {
+             if (is(answer, OmciType::kCreate, {47, 2})) answer.SetResult(OmciResult::kParameterError);
+         },
+         OnuFailure::kRefused},
+        {"another value than was set",
+         [&](OmciFrame& answer) {
+             if (is(answer, OmciType::kGet, {262, 0x8000})) answer.Set(12, std::uint16_t{0x0BAD});
+         },
+         OnuFailure::kDataSync},
+        {"alarms that are gone",
+         [&](OmciFrame& answer) {
+             if (answer.Type() == OmciType::kGetAllAlarms) answer.Set(9, std::uint16_t{2});
+         },
+         OnuFailure::kMibRows},
+    };
+    for (const auto& sample : cases) {
+        OnBench([&](Bench& bench) {
+            bench.link.distort = [&sample](OmciFrame& answer) {
+                sample.distort(answer);
+                return true;
+            };
+            const OnuStatus status = bench.TickTo(0);
+            EXPECT_EQ(status.failure, sample.failure) << sample.what;
+            EXPECT_NE(status.phase, OnuPhase::kInSync) << sample.what;
+            EXPECT_EQ(bench.rack.Services()[0]->Active(), 0u) << sample.what;
+        });
+    }
+}
+
+// Pauses of 10, 20, 40, 40 ticks, and the fifth bring-up is the last.
+TEST(OltHostServices, TryAgainAfterPauses) {
+    OnBench(
+        [](Bench& bench) {
+            bench.link.distort = [](OmciFrame& answer) {
+                answer.SetResult(OmciResult::kBusy);
+                return true;
+            };
+            std::vector<Tick> begun;
+            OnuStatus status;
+            for (Tick tick = 0; tick < 300; ++tick) {
+                status = bench.TickTo(tick);
+                while (begun.size() < bench.link.requests.size())
+                    begun.push_back(tick);
+            }
+            EXPECT_EQ(begun, (std::vector<Tick>{0, 10, 30, 70, 110}));
+            EXPECT_EQ(status.phase, OnuPhase::kFailed);
+            EXPECT_TRUE(status.given_up);
+            EXPECT_EQ(status.attempts, 5u);
+        },
+        5);
+}
+
+TEST(OltHostServices, KeepAlarms) {
+    OnBench([](Bench& bench) {
+        bench.TickTo(0);
+        SimulatedOnu& onu = bench.link.simulated;
+        const auto alarm = [&] {
+            const OmciFrame frame = onu.ToggleLink(0);
+            Deliver(kOnu, frame);
+            return bench.Settled();
+        };
+        const std::size_t before = bench.link.requests.size();
+        EXPECT_EQ(alarm().alarmed.Size(), 1u);
+        EXPECT_EQ(alarm().alarmed.Size(), 0u);
+        EXPECT_EQ(bench.link.requests.size(), before) << "nothing was missed, nothing is asked";
+        onu.ToggleLink(0); // lost
+        EXPECT_EQ(alarm().alarmed.Size(), 0u);
+        EXPECT_EQ(bench.link.requests.size(), before + 1) << "asked at once";
+        onu.ToggleLink(0); // lost
+        onu.ToggleLink(0); // lost
+        EXPECT_EQ(alarm().alarmed.Size(), 1u);
+        EXPECT_EQ(bench.link.requests.size(), before + 3) << "all and one next";
+        EXPECT_EQ(bench.Settled().alarms, 4u);
+    });
+}
+
+} // namespace

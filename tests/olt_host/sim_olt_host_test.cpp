@@ -1,0 +1,322 @@
+// The whole example host on the simulated board: the same code, its tasks under schedules from a seed, its
+// PONs with faults from the same seed. A failure prints the command that replays its seed.
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <functional>
+#include <map>
+#include <random>
+#include <string>
+#include <utility>
+
+#include "olt_host/host.h"
+#include "olt_host/omci/text.h"
+#include "olt_host/onu/onu_key.h"
+#include "olt_host/services/mib_upload_service.h"
+#include "onu_mng_lib/onu_mng_common/state_machine.h"
+#include "onu_mng_platform/sim/simulation.h"
+#include "tests/support/omci_frames.h"
+#include "tests/support/sim_scenario.h"
+
+using namespace olt_host;
+using namespace onu_mng_platform;
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr unsigned int kSends = 3;
+constexpr SimTime kTimeout = 3s;
+
+/// Watches what the OLT sends: a request goes out when the one before has its answer or has waited 3 seconds
+/// for it, and it is repeated at most twice, unchanged.
+class OneInFlight : public WireTap {
+public:
+    explicit OneInFlight(const Simulation& simulation) : board(simulation) {}
+
+    void OnSend(OnuKey onu, const OmciFrame& frame) override {
+        Transaction& last = of_onu[{onu.pon_no, onu.onu_id}];
+        EXPECT_TRUE(!last.in_flight || board.Now() - last.sent >= kTimeout)
+            << "ONU " << onu.pon_no << '/' << onu.onu_id << ": " << Describe(last.frame)
+            << " is in flight, and now " << Describe(frame);
+        const bool is_repeated = frame.Tid() == last.frame.Tid();
+        EXPECT_TRUE(!is_repeated || Bytes(frame) == Bytes(last.frame)) << Describe(frame);
+        // An answer to an earlier sending is one to the request.
+        last = {frame, board.Now(), is_repeated ? last.sends + 1 : 1, !is_repeated || last.in_flight};
+        EXPECT_LE(last.sends, kSends) << Describe(frame);
+        requests += is_repeated ? 0 : 1;
+    }
+
+    void OnReceive(OnuKey onu, const OmciFrame& frame) override {
+        Transaction& last = of_onu[{onu.pon_no, onu.onu_id}];
+        if (frame.Kind() == FrameKind::kAnswer && frame.Tid() == last.frame.Tid()) last.in_flight = false;
+    }
+
+    unsigned long requests = 0;
+
+private:
+    struct Transaction {
+        OmciFrame frame;
+        SimTime sent{0};
+        unsigned int sends = 0;
+        bool in_flight = false;
+    };
+
+    const Simulation& board;
+    std::map<std::pair<unsigned int, unsigned int>, Transaction> of_onu;
+};
+
+void Impair(Impairments& impairments, std::mt19937_64& random) {
+    impairments.loss_percent = static_cast<unsigned int>(random() % 20);
+    impairments.corrupt_percent = static_cast<unsigned int>(random() % 10);
+    impairments.duplicate_percent = static_cast<unsigned int>(random() % 20);
+    impairments.delay_percent = static_cast<unsigned int>(random() % 20);
+    impairments.delay_ticks = static_cast<unsigned int>(random() % 20);
+    impairments.restart_ticks = 50 + static_cast<unsigned int>(random() % 200);
+    impairments.link_ticks = 20 + static_cast<unsigned int>(random() % 100);
+}
+
+/// What the host thinks of an ONU that is not so; empty when all is: each has what was meant for it and for
+/// no other.
+std::string Mistake(Host& host, unsigned int index) {
+    const OnuStatus status = host.Table().Read(index);
+    const SimulatedOnu& onu = host.Line().Onu(index);
+    if (status.phase != OnuPhase::kInSync) return "not in sync";
+    if (status.data_sync != onu.Mib().DataSync()) return "data sync";
+    if (!(host.Table().ReadMib(index) == OnuMib(SerialOf(status.onu), onu.Mib().Ports()).Rows()))
+        return "MIB";
+    for (unsigned int port = 0; port < onu.Mib().Ports(); ++port) {
+        const MeId me{11, static_cast<std::uint16_t>(OnuMib::kFirstPort + port)};
+        if (status.alarmed.Has(me) != onu.IsLinkDown(port)) return "alarm";
+    }
+    char gem_port[2] = {};
+    OnuMib::Attributes gem{0x8000, gem_port, sizeof gem_port};
+    if (onu.Mib().Get({268, 1}, gem) != OmciResult::kOk) return "no GEM port";
+    return VariantUtil::GetUshort(gem_port) == 0x0400 + status.onu.onu_id ? "" : "GEM port";
+}
+
+std::string Mistakes(Host& host) {
+    std::string text;
+    for (unsigned int index = 0; index < host.Table().Size(); ++index) {
+        const std::string mistake = Mistake(host, index);
+        if (!mistake.empty()) text += " ONU " + std::to_string(index) + ": " + mistake + ';';
+    }
+    return text;
+}
+
+void ExpectAllFree() {
+    StateContextManager* contexts = StateContextManager::GetInstance();
+    for (unsigned int item = 0; item < contexts->GetSize(); ++item) {
+        const auto* context = dynamic_cast<StateContext*>(contexts->GetItem(item));
+        EXPECT_FALSE(context->occupied)
+            << "context " << context->context_id << " in state " << context->cur_state;
+    }
+}
+
+HostOptions Options(unsigned int onus) {
+    HostOptions options;
+    options.pons = 2;
+    options.onus = onus / options.pons;
+    options.ports = 1;
+    options.tick_ms = 500;
+    options.window = onus / 2 + 1;
+    options.queue = onus / 4 + 1; // shorter than the window, so that it is full now and then
+    options.attempts = 0;
+    options.audit_s = 10;
+    return options;
+}
+
+/// Lets time pass until the host has no procedure under way and thinks of every ONU what is true.
+void WaitForTruth(Simulation& board, Host& host, SimTime limit) {
+    const SimTime until = board.Now() + limit;
+    board.Settle(); // and so nothing but this runs before time goes on
+    while (host.Active() > 0 || !Mistakes(host).empty()) {
+        ASSERT_LT(board.Now(), until) << Mistakes(host);
+        board.Sleep(500ms);
+        board.Settle();
+    }
+}
+
+/// Runs `body` under a seed; nothing of the library or the host is left behind.
+void OnBoard(std::uint64_t seed, const std::function<void(Simulation&)>& body) {
+    Simulation board(seed);
+    board.Run([&] {
+        body(board);
+        StateContextManager::GetInstance()->EndSupervision();
+        EXPECT_EQ(board.Holdings().blocks, 0);
+        EXPECT_EQ(board.Holdings().tasks, 0);
+        EXPECT_EQ(board.Holdings().queues, 0);
+        EXPECT_EQ(board.Holdings().locks_taken, 0);
+    });
+    EXPECT_TRUE(board.Result().Ok()) << board.Result().report;
+}
+
+/// Faults of PONs and of the platform for a minute, then none: after another minute at most every ONU is in
+/// sync.
+void BringUpThroughFaults(std::uint64_t seed, unsigned int onus) {
+    OnBoard(seed, [&](Simulation& board) {
+        std::mt19937_64 random(seed);
+        OneInFlight watch(board);
+        HostOptions options = Options(onus);
+        options.seed = seed;
+        options.tap = &watch;
+        Host host(options);
+        Impair(host.Line().impairments, random);
+        const auto mute = static_cast<unsigned int>(random() % onus);
+        host.Line().SetMute(mute, true);
+        ASSERT_EQ(host.Start(), "");
+        for (const SimFault fault : {SimFault::kQueueSend, SimFault::kQueueReceive, SimFault::kPoolAlloc})
+            board.FailShare(fault, 50 + static_cast<unsigned int>(random() % 500));
+        board.Sleep(60s);
+        board.FailNone();
+        host.Line().SetMute(mute, false);
+        host.Line().impairments.Clear();
+        WaitForTruth(board, host, 60s);
+        ExpectAllFree();
+        EXPECT_GT(watch.requests, 30u * onus);
+    });
+}
+
+TEST(SimOltHost, Brings16OnusUpThroughFaults) {
+    sim_scenario::ForEachSeed([](std::uint64_t seed) { BringUpThroughFaults(seed, 16); });
+}
+
+// One seed in ten: a run takes as much longer.
+TEST(SimOltHost, Brings64OnusUpThroughFaults) {
+    sim_scenario::ForEachSeed([](std::uint64_t seed) {
+        if (seed % 10 == 0) BringUpThroughFaults(seed, 64);
+    });
+}
+
+/// Keeps what is sent to one ONU.
+class Sent : public WireTap {
+public:
+    explicit Sent(OnuKey to) : onu(to) {}
+    void OnSend(OnuKey to, const OmciFrame& frame) override {
+        if (to == onu) frames.push_back(Bytes(frame));
+    }
+    std::vector<std::string> frames;
+
+private:
+    const OnuKey onu;
+};
+
+/// Runs a host whose ONU 1/1 is mute until it is given up. @return the moment.
+SimTime GiveUpMute(Simulation& board, Host& host, const Sent& sent) {
+    host.Line().SetMute(0, true);
+    EXPECT_EQ(host.Start(), "");
+    EXPECT_TRUE(host.Table().WaitSettled(600));
+    const SimTime given_up = board.Now();
+    board.Settle();
+    EXPECT_EQ(sent.frames, std::vector<std::string>(3, sent.frames.at(0))) << "repeated with its transaction";
+    const OnuStatus mute = host.Table().Read(0);
+    EXPECT_EQ(mute.phase, OnuPhase::kFailed);
+    EXPECT_EQ(mute.failure, OnuFailure::kNoAnswer);
+    EXPECT_EQ(mute.requests, 1u);
+    EXPECT_EQ(mute.resent, 2u);
+    EXPECT_EQ(host.Table().Totals().phases[static_cast<unsigned int>(OnuPhase::kInSync)],
+              host.Table().Size() - 1);
+    ExpectAllFree();
+    return given_up;
+}
+
+// The supervision marks the context at its first round, and the next tick takes it to FAIL.
+TEST(SimOltHost, GivesAMuteOnuUp) {
+    sim_scenario::ForEachSeed([](std::uint64_t seed) {
+        OnBoard(seed, [](Simulation& board) {
+            HostOptions options = Options(4);
+            options.window = 4;
+            options.queue = 16;
+            options.attempts = 1;
+            Sent sent({1, 1});
+            options.tap = &sent;
+            Host host(options);
+            // A first period of at most 30 s, a tick, and slack.
+            EXPECT_LE(GiveUpMute(board, host, sent), 36s);
+        });
+    });
+}
+
+// An operator ends a procedure whose request has just gone out: the next one waits until no answer can come.
+TEST(SimOltHost, KeepsOneInFlightPastATermination) {
+    OnBoard(1, [](Simulation& board) {
+        OneInFlight watch(board);
+        HostOptions options = Options(4);
+        options.queue = 64;
+        options.tap = &watch;
+        Host host(options);
+        host.Line().SetMute(0, true);
+        ASSERT_EQ(host.Start(), "");
+        board.Sleep(600ms);
+        const unsigned long before = watch.requests;
+        StateContextManager* contexts = StateContextManager::GetInstance();
+        for (unsigned int id = 1; id <= contexts->GetSize(); ++id)
+            contexts->Terminate(id);
+        board.Sleep(5s);
+        EXPECT_GT(watch.requests, before);
+    });
+}
+
+// Notifications that are lost show by the next one that is not.
+TEST(SimOltHost, AsksForAlarmsAfterAGap) {
+    OnBoard(1, [](Simulation& board) {
+        HostOptions options = Options(8);
+        options.ports = 16;
+        options.queue = 64;
+        options.audit_s = 0;
+        Host host(options);
+        ASSERT_EQ(host.Start(), "");
+        ASSERT_TRUE(host.Table().WaitSettled(60));
+        Impairments& line = host.Line().impairments;
+        line.link_ticks = 2;
+        line.loss_percent = 100;
+        board.Sleep(30s);
+        line.loss_percent = 0;
+        const auto has_heard = [](const OnuStatus& status) { return status.alarms > 0; };
+        for (unsigned int index = 0; index < host.Table().Size(); ++index) {
+            while (!has_heard(host.Table().Read(index)))
+                board.Sleep(500ms);
+        }
+        line.Clear();
+        WaitForTruth(board, host, 10s);
+    });
+}
+
+class SilentLink : public OmciLink {
+public:
+    void Send(OnuKey, const OmciFrame&) override { ++frames; }
+    unsigned int frames = 0;
+};
+
+// A context that is handed nothing any more: the seventh request of the supervision takes it to FAIL in the
+// supervision's own task.
+TEST(SimOltHost, FreesAContextThatNobodyTends) {
+    OnBoard(1, [](Simulation& board) {
+        ServiceRack rack;
+        ASSERT_TRUE(rack.Initialise(1, 1, 5));
+        OnuTable table(1, 1);
+        std::vector<OmciChannel> channels(1);
+        SilentLink link;
+        const std::atomic<Tick> now{0};
+        WorkFlags told{};
+        const ServiceGround ground{table, channels, link, now, told, 16, 1, {30, 3, 11}, {1, 1, 1}};
+        MibUpload upload(ground);
+        board.Sleep(100s);
+        ASSERT_EQ(upload.Alloc(1, 1, nullptr, 0), ONU_MNG_OK);
+        EXPECT_FALSE(upload.IsOverTime()) << "counts from its allocation";
+        upload.ChangeState(STATE_IDLE, false);
+        ASSERT_TRUE(upload.Begin(0, table.KeyOf(0), channels[0]));
+        EXPECT_EQ(upload.cur_state, MibUpload::kAudit); // the ONU was not said to be uploading
+        while (upload.stop_times == 0 && board.Now() < 160s)
+            board.Sleep(1s);
+        board.Sleep(5 * 5s);
+        EXPECT_TRUE(upload.occupied);
+        EXPECT_EQ(upload.stop_times, StateContext::kAbsorbedStops);
+        board.Sleep(5s);
+        EXPECT_FALSE(upload.occupied);
+        EXPECT_FALSE(upload.succeeded);
+        EXPECT_EQ(link.frames, 1u);
+    });
+}
+
+} // namespace
