@@ -38,7 +38,10 @@ struct alignas(64) WaitRoom {
 
 constexpr uint32_t kRooms = 256;
 
-SlotTable<Semaphore, 1024, 256> g_semaphores;
+// Each state context has a semaphore, so they come and go as fast as ONUs do.
+constexpr uint32_t kRestingSemaphores = 4096;
+
+SlotTable<Semaphore, 1024, 256, kRestingSemaphores> g_semaphores;
 WaitRoom g_rooms[kRooms];
 
 WaitRoom& RoomOf(const Semaphore& semaphore) {

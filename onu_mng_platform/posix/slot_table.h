@@ -46,11 +46,13 @@ private:
 /// a look-up needs no lock and any id may be looked up at any time. What a slot holds, and which id is valid,
 /// is the slot's own business.
 ///
-/// `Slot` has a default constructor and a member `uint32_t next_free`, which belongs to the table.
+/// `Slot` has a default constructor and a member `uint32_t next_free`, which belongs to the table. A slot that
+/// was released rests until `Resting` others were released after it. A stale id becomes valid again after about
+/// `Resting` times 4096 objects at the earliest, so small objects that come and go often rest longer.
 ///
 /// Thread safety: everything may be called from any thread, from before the first static constructor to after
 /// the last static destructor.
-template <class Slot, uint32_t ChunkSize, uint32_t MaxChunks>
+template <class Slot, uint32_t ChunkSize, uint32_t MaxChunks, uint32_t Resting = 64>
 class SlotTable {
 public:
     static constexpr uint32_t kNone = ~uint32_t{0};
@@ -69,8 +71,7 @@ public:
     /// Returns the index of a slot that is not in use; kNone when slots or memory are short.
     uint32_t Acquire() {
         const std::lock_guard<std::mutex> guard(lock_);
-        // Slots rest before they are used again, so that generations last longer.
-        if (free_ > kResting) return TakeFree();
+        if (free_ > Resting) return TakeFree();
         const uint32_t fresh = TakeFresh();
         return fresh == kNone && free_ > 0 ? TakeFree() : fresh;
     }
@@ -84,8 +85,6 @@ public:
     }
 
 private:
-    static constexpr uint32_t kResting = 64;
-
     Slot& Used(uint32_t index) {
         return chunks_[index / ChunkSize].load(std::memory_order_relaxed)[index % ChunkSize];
     }
