@@ -32,16 +32,16 @@ unsigned int MessageQueue::Init(int max_msgs, int msg_size) {
     return queue_id == 0 ? LogFailure("msgQCreate failed\r\n") : ONU_MNG_OK;
 }
 
-unsigned int MessageQueue::SendMsg(char* buf, unsigned int len, int timeout) {
+unsigned int MessageQueue::SendMsg(char* buf, unsigned int len, int timeout, const char* file, int line) {
     if (buf == nullptr || len == 0) return LogFailure("MsgSend input is NULL\r\n");
-    if (bep_msgQSendEx(queue_id, buf, len, SendTicks(timeout), kSendPriority, __FILE__, __LINE__) != 0)
+    if (bep_msgQSendEx(queue_id, buf, len, SendTicks(timeout), kSendPriority, file, line) != 0)
         return LogFailure("msgQSend failed\r\n", ONU_MNG_LOG_SEND);
     return ONU_MNG_OK;
 }
 
-unsigned int MessageQueue::RecvMsg(char* buf, unsigned int len, int timeout) {
+unsigned int MessageQueue::RecvMsg(char* buf, unsigned int len, int timeout, const char* file, int line) {
     if (buf == nullptr || len == 0) return LogFailure("MsgRecv input is NULL\r\n");
-    const int received = bep_msgQReceiveEx(queue_id, buf, len, ReceiveTicks(timeout), __FILE__, __LINE__);
+    const int received = bep_msgQReceiveEx(queue_id, buf, len, ReceiveTicks(timeout), file, line);
     if (received >= 0) return static_cast<unsigned int>(received);
     LogFailure("msgQReceive failed\r\n");
     return 0;

@@ -40,9 +40,9 @@ ReadWriteLock::~ReadWriteLock() {
     bep_semDeleteEx(sem_id);
 }
 
-bool ReadWriteLock::Lock() {
+bool ReadWriteLock::Lock(const char* file, int line) {
     Counted waiter(lock_count);
-    const bool held = bep_semTakeEx(sem_id, kWaitForEver, __FILE__, __LINE__) == 0;
+    const bool held = bep_semTakeEx(sem_id, kWaitForEver, file, line) == 0;
     if (!held) ulogPrintf(onu_mng_system_get_log_module(), ONU_MNG_LOG_ERROR, "semTake failed\r\n");
     waiter.Stay();
     return held;
@@ -56,8 +56,8 @@ void ReadWriteLock::Unlock(bool held) {
 /// Keeps `wait_flag` up for the time of one wait, also when the task is ended in it.
 class Semaphore::Waiting {
 public:
-    explicit Waiting(Semaphore& waited_for) : semaphore(waited_for) {
-        LockGuard guard(semaphore.count_lock);
+    Waiting(Semaphore& waited_for, const char* file, int line) : semaphore(waited_for) {
+        LockGuard guard(semaphore.count_lock, file, line);
         if (semaphore.wait_flag == 0) semaphore.wait_flag = 1;
     }
     ~Waiting() {
@@ -81,17 +81,17 @@ Semaphore::~Semaphore() {
     bep_semDeleteEx(sem_id);
 }
 
-int Semaphore::Take(int ticks) {
-    const Waiting waiting(*this);
-    return bep_semTakeEx(sem_id, ticks, __FILE__, __LINE__) == 0 ? 0 : -1;
+int Semaphore::Take(int ticks, const char* file, int line) {
+    const Waiting waiting(*this, file, line);
+    return bep_semTakeEx(sem_id, ticks, file, line) == 0 ? 0 : -1;
 }
 
-void Semaphore::Wait() {
-    Take(kWaitForEver);
+void Semaphore::Wait(const char* file, int line) {
+    Take(kWaitForEver, file, line);
 }
 
-int Semaphore::TryWait(unsigned int seconds) {
-    return Take(TicksOfSeconds(seconds));
+int Semaphore::TryWait(unsigned int seconds, const char* file, int line) {
+    return Take(TicksOfSeconds(seconds), file, line);
 }
 
 void Semaphore::Signal() {

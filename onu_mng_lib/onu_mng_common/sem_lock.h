@@ -10,6 +10,8 @@
 /// Not re-entrant: a task that takes it twice waits for ever. Any task may unlock. Prefer `LockGuard`, which
 /// also gives the lock back when the task is ended while it holds it. Where the platform refuses the
 /// semaphore or a wait, the lock does not exclude and one level-13 line says so.
+///
+/// The compiler fills in `file` and `line`, the place of the call, for the diagnostics of the platform.
 class ReadWriteLock {
 public:
     /// Creates the semaphore, available.
@@ -20,8 +22,8 @@ public:
     ReadWriteLock& operator=(const ReadWriteLock&) = delete;
 
     /// Waits without limit until the lock is free, then holds it.
-    void ReadLock() { Lock(); }
-    void WriteLock() { Lock(); }
+    void ReadLock(const char* file = __builtin_FILE(), int line = __builtin_LINE()) { Lock(file, line); }
+    void WriteLock(const char* file = __builtin_FILE(), int line = __builtin_LINE()) { Lock(file, line); }
 
     /// Frees the lock and wakes one waiter. Does not block.
     void ReadUnlock() { Unlock(); }
@@ -37,7 +39,7 @@ private:
     friend class LockGuard;
 
     /// False when the platform refused the wait: the lock is then not held.
-    bool Lock();
+    bool Lock(const char* file, int line);
     void Unlock(bool held = true);
 
     const std::uint32_t sem_id;
@@ -47,7 +49,9 @@ private:
 /// Holds a lock from construction to destruction.
 class LockGuard {
 public:
-    explicit LockGuard(ReadWriteLock& lock_to_hold) : lock(lock_to_hold), held(lock.Lock()) {}
+    explicit LockGuard(ReadWriteLock& lock_to_hold, const char* file = __builtin_FILE(),
+                       int line = __builtin_LINE())
+        : lock(lock_to_hold), held(lock.Lock(file, line)) {}
     ~LockGuard() { lock.Unlock(held); }
     LockGuard(const LockGuard&) = delete;
     LockGuard& operator=(const LockGuard&) = delete;
@@ -66,12 +70,12 @@ public:
     Semaphore& operator=(const Semaphore&) = delete;
 
     /// Waits without limit until the semaphore is signalled, and takes it.
-    void Wait();
+    void Wait(const char* file = __builtin_FILE(), int line = __builtin_LINE());
 
     /// Waits at most `seconds` for a signal (0: not at all; spans beyond the platform's ticks are cut to
     /// them).
     /// @return 0 when the semaphore was taken, -1 when it was not.
-    int TryWait(unsigned int seconds);
+    int TryWait(unsigned int seconds, const char* file = __builtin_FILE(), int line = __builtin_LINE());
 
     /// Makes the semaphore available and wakes one waiter; no effect on an available one. Does not block.
     void Signal();
@@ -84,7 +88,7 @@ public:
 
 private:
     class Waiting;
-    int Take(int ticks);
+    int Take(int ticks, const char* file, int line);
 
     ReadWriteLock count_lock; ///< guards `wait_flag`
     const std::uint32_t sem_id;

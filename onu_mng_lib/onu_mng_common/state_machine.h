@@ -297,8 +297,9 @@ private:
     /// The pool's lock, which the supervision task holds already when one of its hooks asks the pool.
     class PoolGuard {
     public:
-        explicit PoolGuard(const StateContextManager& pool) {
-            if (!pool.IsCurrent()) guard.emplace(pool.lock);
+        explicit PoolGuard(const StateContextManager& pool, const char* file = __builtin_FILE(),
+                           int line = __builtin_LINE()) {
+            if (!pool.IsCurrent()) guard.emplace(pool.lock, file, line);
         }
 
     private:
