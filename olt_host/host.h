@@ -3,6 +3,7 @@
 #define OLT_HOST_HOST_H
 
 #include <atomic>
+#include <chrono>
 #include <string>
 #include <vector>
 
@@ -44,6 +45,8 @@ public:
     OnuTable& Table() { return table; }
     Fiber& Line() { return fiber; }
     const std::vector<OmciService*>& Services() const { return rack.Services(); }
+    /// The host's time since its start.
+    std::chrono::milliseconds Elapsed() const { return std::chrono::milliseconds(now * options.tick_ms); }
     /// Procedures under way in all services.
     unsigned int Active() const;
 

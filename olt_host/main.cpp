@@ -1,13 +1,17 @@
+#include <chrono>
 #include <clocale>
 #include <iostream>
 #include <new>
+#include <sstream>
 
 #include "olt_host/host.h"
 #include "olt_host/operators/commands.h"
 #include "olt_host/operators/end_signals.h"
 #include "olt_host/operators/operators.h"
+#include "olt_host/operators/progress.h"
 #include "olt_host/operators/report.h"
 #include "olt_host/operators/standard_files.h"
+#include "olt_host/operators/standard_output.h"
 #include "olt_host/options.h"
 #include "olt_host/replay/replay.h"
 #include "olt_host/services/service_rack.h"
@@ -18,8 +22,11 @@
 namespace {
 
 using namespace olt_host;
+using namespace std::chrono_literals;
 
 constexpr unsigned int kMostListed = 64;
+constexpr auto kRedrawPeriod = 100ms;
+constexpr auto kLinePeriod = 10s; ///< where there is no row to draw
 
 void TraceAll() {
     OnuMngLog* trace = OnuMngLog::GetInstance();
@@ -46,17 +53,51 @@ int Fail(const std::string& what) {
     return 1;
 }
 
-/// @return whether every ONU is in sync.
-bool ReportOnus(const Options& options, Host& host) {
-    const OnuTotals totals = host.Table().Totals();
-    PrintOnus(std::cout, host.Table(), options.verbose > 0 || totals.onus <= kMostListed);
-    std::cout << TotalsText(totals) << '\n';
-    if (options.verbose > 0) PrintLine(std::cout, host.Line().counters);
-    std::cout.flush();
+/// Waits until every ONU is in sync or given up, for the limit, or for a signal; tells operators how far it is.
+void WaitForOnus(const Options& options, Host& host, Operators& operators, EndSignals& signals) {
+    const std::chrono::seconds limit(options.limit_s);
+    Progress progress(host.Table(), host.Line().counters, limit);
+    for (Progress::Time next_line = kLinePeriod; !host.Table().WaitSettled(kRedrawPeriod);) {
+        const Progress::Time elapsed = host.Elapsed();
+        if (signals.HasCome() || elapsed >= limit) break;
+        const auto lines = progress.Look(elapsed);
+        if (operators.ShowStatus(lines) || elapsed < next_line) continue;
+        ulogPrintf(Operators::kLogModule, Operators::kLogLevel, "%s\r\n", lines.front().c_str());
+        next_line += kLinePeriod;
+    }
+    operators.HideStatus();
+}
+
+bool AreInSync(const OnuTotals& totals) {
     return totals.phases[static_cast<unsigned int>(OnuPhase::kInSync)] == totals.onus;
 }
 
-/// Operators may come as soon as ONUs do; the console waits until it has the screen to itself.
+void PrintReport(std::ostream& out, const Options& options, Host& host, const OnuTotals& totals) {
+    PrintOnus(out, host.Table(), options.verbose > 0 || totals.onus <= kMostListed);
+    out << TotalsText(totals) << '\n';
+    if (options.verbose > 0) PrintLine(out, host.Line().counters);
+}
+
+/// Brings ONUs up and serves operators. The console and the report share the terminal: while the console is
+/// open it prints the report.
+/// @return whether every ONU was in sync.
+bool Serve(const Options& options, Host& host, EndSignals& signals, Operators& operators) {
+    const bool has_console = operators.OpenConsole(EndSignals::Raise);
+    WaitForOnus(options, host, operators, signals);
+    const OnuTotals totals = host.Table().Totals();
+    if (has_console && !signals.HasCome()) {
+        std::ostringstream report;
+        PrintReport(report, options, host, totals);
+        operators.Print(report.str());
+    } else {
+        operators.CloseConsole();
+        StandardOutput output(signals);
+        PrintReport(std::cout, options, host, totals);
+    }
+    if (has_console || !options.cli_socket.empty()) signals.Wait();
+    return AreInSync(totals);
+}
+
 int BringUp(const Options& options) {
     EndSignals signals;
     Host host(options.host);
@@ -64,21 +105,22 @@ int BringUp(const Options& options) {
     SetFaults(options, host.Line(), host.Table());
     if (const std::string failed = host.Start(); !failed.empty()) return Fail(failed);
     const HostCommands commands(host, ServiceRack::kCliNode);
+    ulogSetModIgnore(Operators::kLogModule, Operators::kLogLevel, 1);
     Operators operators(ServiceRack::kCliNode);
-    const bool listens = !options.cli_socket.empty();
-    if (listens) {
+    if (!options.cli_socket.empty()) {
         if (const std::string failed = operators.Listen(options.cli_socket); !failed.empty())
             return Fail(failed);
     }
-
-    for (unsigned int second = 0; second < options.limit_s && !signals.HasCome(); ++second)
-        if (host.Table().WaitSettled(1)) break;
-    signals.LetThrough(); // printing waits for as long as its reader likes
-    const bool are_in_sync = ReportOnus(options, host);
-    signals.Hold();
-    if (!signals.HasCome() && (operators.OpenConsole(EndSignals::Raise) || listens)) signals.Wait();
+    const bool are_in_sync = Serve(options, host, signals, operators);
     signals.LetThrough(); // a second one need not wait until all that the first one ends has ended
     return are_in_sync ? 0 : 1;
+}
+
+/// The status to end with: output that got lost is a failure.
+int Finish(int status) {
+    if (std::cout.flush()) return status;
+    std::cerr << "olt_host: the output could not be written\n";
+    return status == 0 ? 1 : status;
 }
 
 } // namespace
@@ -90,8 +132,8 @@ int main(int argc, char** argv) {
         Options options;
         if (const auto status = ReadOptions(argc, argv, options)) return *status;
         if (options.verbose == 0) ulogSetThreshold(ONU_MNG_LOG_ERROR);
-        if (options.replay.empty()) return BringUp(options);
-        return Replay(options.replay, {options.check_mic, options.verbose > 0}, std::cout, std::cerr);
+        if (options.replay.empty()) return Finish(BringUp(options));
+        return Finish(Replay(options.replay, {options.check_mic, options.verbose > 0}, std::cout, std::cerr));
     } catch (const std::bad_alloc&) {
         std::cerr << "olt_host: out of memory\n";
         return 1;

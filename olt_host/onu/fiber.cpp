@@ -1,5 +1,6 @@
 #include "olt_host/onu/fiber.h"
 
+#include <new>
 #include <type_traits>
 
 #include "olt_host/onu/onu_key.h"
@@ -62,12 +63,19 @@ void Fiber::Run() {
         Parcel parcel;
         if (queue.RecvMsg(reinterpret_cast<char*>(&parcel), sizeof parcel, kForEver) != sizeof parcel) {
             Clock::Delay(kRetryMs); // so that a broken queue does not make it spin
-        } else if (parcel.onu.pon_no == 0) {
-            LetTimePass();
-        } else {
-            CarryDown(parcel.onu, parcel.frame);
+            continue;
+        }
+        try {
+            Carry(parcel);
+        } catch (const std::bad_alloc&) {
+            ++counters.lost; // what memory is too short for, and not the line to all ONUs
         }
     }
+}
+
+void Fiber::Carry(const Parcel& parcel) {
+    if (parcel.onu.pon_no == 0) return LetTimePass();
+    CarryDown(parcel.onu, parcel.frame);
 }
 
 void Fiber::CarryDown(OnuKey onu, const OmciFrame& frame) {

@@ -104,6 +104,7 @@ private:
     };
 
     void Run() override;
+    void Carry(const Parcel& parcel);
     void CarryDown(OnuKey onu, const OmciFrame& frame);
     void Reach(unsigned int index, const OmciFrame& frame);
     void CarryUp(unsigned int index, OmciFrame frame);

@@ -15,10 +15,6 @@ EndSignals::EndSignals() {
         sigaction(number, nullptr, &action);
         if (action.sa_handler != SIG_IGN) sigaddset(&signals, number); // else as nohup wants it
     }
-    Hold();
-}
-
-void EndSignals::Hold() const {
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
 }
 

@@ -17,9 +17,8 @@ public:
     bool HasCome();
     /// Returns when one has come.
     void Wait();
-    /// Lets them end the process where it stands, from now on or until `Hold`.
+    /// Lets them end the process where it stands, from now on.
     void LetThrough() const;
-    void Hold() const;
 
     /// Sends one. Any task.
     static void Raise();

@@ -18,4 +18,14 @@ bool Operators::OpenConsole(std::function<void()>) {
     return false;
 }
 
+void Operators::CloseConsole() {}
+
+void Operators::Print(const std::string&) {}
+
+bool Operators::ShowStatus(const std::vector<std::string>&) {
+    return false;
+}
+
+void Operators::HideStatus() {}
+
 } // namespace olt_host

@@ -4,15 +4,12 @@
 
 #include "onu_mng_platform/posix/cli/server.h"
 #include "onu_mng_platform/posix/console/cli_console.h"
-#include "onu_mng_platform/ulog.h"
 
 namespace olt_host {
 
 namespace {
 
 constexpr const char* kPrompt = "olt> ";
-constexpr unsigned int kLogModule = 2;
-constexpr int kSessionLevel = 12; // of sessions, and of commands that change something
 
 } // namespace
 
@@ -25,9 +22,7 @@ public:
     onu_mng_platform::CliConsole console;
 };
 
-Operators::Operators(unsigned int node) : terminals(std::make_unique<Terminals>(node)) {
-    ulogSetModIgnore(kLogModule, kSessionLevel, 1);
-}
+Operators::Operators(unsigned int node) : terminals(std::make_unique<Terminals>(node)) {}
 
 Operators::~Operators() = default;
 
@@ -40,6 +35,24 @@ std::string Operators::Listen(const std::string& path) {
 
 bool Operators::OpenConsole(std::function<void()> on_exit) {
     return terminals->console.Start(terminals->node, kPrompt, {kLogModule, std::move(on_exit)});
+}
+
+void Operators::CloseConsole() {
+    terminals->console.Stop();
+}
+
+void Operators::Print(const std::string& text) {
+    terminals->console.Print(text);
+}
+
+bool Operators::ShowStatus(const std::vector<std::string>& texts) {
+    terminals->console.LetCancelLeave(true);
+    return terminals->console.ShowStatus(texts);
+}
+
+void Operators::HideStatus() {
+    terminals->console.LetCancelLeave(false);
+    terminals->console.HideStatus();
 }
 
 } // namespace olt_host

@@ -131,7 +131,7 @@ void OmciService::Begin(unsigned int index) {
 }
 
 void OmciService::Settle(Procedure& procedure) {
-    if (procedure.occupied) return;
+    if (!procedure.HasEnded()) return;
     of_onu[procedure.index] = nullptr;
     active.erase(std::find(active.begin(), active.end(), &procedure));
     idle.push_back(&procedure);

@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "onu_mng_platform/bep.h"
+
 namespace olt_host {
 
 void OnuTotals::Add(const OnuStatus& status) {
@@ -51,12 +53,11 @@ void OnuTable::SwapMib(unsigned int index, std::vector<MibRow>& rows) {
     records[index].mib.swap(rows);
 }
 
-bool OnuTable::WaitSettled(unsigned int seconds) {
-    while (!AreAllSettled()) {
-        if (seconds == 0) return false;
-        if (settled.TryWait(1) != 0) --seconds;
-    }
-    return true;
+bool OnuTable::WaitSettled(std::chrono::milliseconds limit) {
+    if (AreAllSettled()) return true;
+    const auto ticks = std::chrono::ceil<std::chrono::seconds>(limit * bep_sysClkRateGetEx()).count();
+    bep_semTakeEx(settled.GetSemId(), static_cast<int>(ticks), __FILE__, __LINE__);
+    return AreAllSettled();
 }
 
 } // namespace olt_host

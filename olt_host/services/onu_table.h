@@ -2,6 +2,7 @@
 #ifndef OLT_HOST_SERVICES_ONU_TABLE_H
 #define OLT_HOST_SERVICES_ONU_TABLE_H
 
+#include <chrono>
 #include <cstdint>
 #include <optional>
 #include <vector>
@@ -111,8 +112,9 @@ public:
         return from;
     }
 
-    /// Waits at most `seconds` until no ONU is unsettled. One task at a time.
-    bool WaitSettled(unsigned int seconds);
+    /// Waits until no ONU is unsettled, for `limit` and, where ONUs keep changing, less. One task at a time.
+    /// @return whether none is.
+    bool WaitSettled(std::chrono::milliseconds limit);
 
 private:
     struct Record {

@@ -18,7 +18,7 @@ namespace olt_host {
 ///
 /// The service's task has a procedure to itself but for the supervision, which may end it at any moment and
 /// meanwhile touches only what `StateContext` guards: no hook that the supervision runs reads or writes the
-/// fields here. The service finds out by `occupied`.
+/// fields here. The service finds out by `HasEnded`.
 ///
 /// INIT, SUCC and FAIL are there from the start; a derived class adds a `Step` for each thing it asks.
 class Procedure : public StateContext {
@@ -33,6 +33,13 @@ public:
     void Take(char* frame, unsigned int size) { Handle(STATE_MSG_OPERATE, frame, size); }
     /// Lets time go on: repeats the request when it is due, or goes on to FAIL when a termination is pending.
     void Tend();
+
+    /// Whether the run is over and everything about it is written.
+    bool HasEnded() {
+        if (occupied) return false;
+        const LockGuard guard(lock); // whoever releases the context writes `occupied` before the rest
+        return !occupied;
+    }
 
     /// The tick until which an answer may come that nothing waits for any more; 0 when none can.
     Tick AnswerUntil() const { return is_waiting ? due : 0; }

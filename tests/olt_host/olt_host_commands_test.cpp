@@ -9,7 +9,7 @@
 namespace {
 
 constexpr unsigned int kNode = olt_host::ServiceRack::kCliNode;
-constexpr unsigned int kLimit = 10; // seconds; the supervision ends a state after 15
+constexpr std::chrono::seconds kLimit(10); // the supervision ends a state after 15
 
 TEST(HostCommands, ShowTheHostAsLongAsItLives) {
     onu_mng_platform::Simulation board(1);

@@ -67,22 +67,6 @@ TEST(OmciFrame, NamesTheFault) {
     }
 }
 
-TEST(OmciFrame, BuildsFrames) {
-    OmciFrame request = OmciFrame::Request(OmciType::kSet, {262, 0x8001});
-    request.SetTid(0x0102);
-    request.Set(9, std::uint16_t{0xA000});
-    request.Set(11, std::uint16_t{0xFFFE});
-    EXPECT_EQ(Bytes(request), Bytes("0102480a01068001a000fffe...0000002800000000", OmciFrame::kSize));
-
-    OmciFrame answer = OmciFrame::AnswerTo(request);
-    answer.SetResult(OmciResult::kAttributesFailed);
-    EXPECT_EQ(Bytes(answer), Bytes("0102280a0106800109...0000002800000000", OmciFrame::kSize));
-
-    OmciFrame alarm = OmciFrame::Notification(OmciType::kAlarm, {11, 0x0101});
-    alarm.Set(40, std::uint8_t{7});
-    EXPECT_EQ(Bytes(alarm), Bytes("0000100a000b0101...070000002800000000", OmciFrame::kSize));
-}
-
 /// What a recording says about a frame: "get request: ME ONU data(2) inst 0x0000 tid 0x0001; mask 0x8000
 /// ...".
 class Description {

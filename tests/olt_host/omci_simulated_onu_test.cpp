@@ -157,11 +157,4 @@ TEST_F(SimulatedOnuTest, TellsItsAlarms) {
     EXPECT_EQ(onu.ToggleLink(2).Get<std::uint8_t>(40), 1) << "asking starts the sequence anew";
 }
 
-TEST(SimulatedOnu, DropsWhatIsNoRequest) {
-    SimulatedOnu onu(kSerial, kPorts);
-    OmciFrame answer;
-    EXPECT_FALSE(onu.Take(OmciFrame::Notification(OmciType::kAlarm, kMib), answer));
-    EXPECT_FALSE(onu.Take(OmciFrame::AnswerTo(OmciFrame::Request(OmciType::kGet, kMib)), answer));
-}
-
 } // namespace

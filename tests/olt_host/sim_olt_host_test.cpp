@@ -205,7 +205,7 @@ private:
 SimTime GiveUpMute(Simulation& board, Host& host, const Sent& sent) {
     host.Line().SetMute(0, true);
     EXPECT_EQ(host.Start(), "");
-    EXPECT_TRUE(host.Table().WaitSettled(600));
+    EXPECT_TRUE(host.Table().WaitSettled(600s));
     const SimTime given_up = board.Now();
     board.Settle();
     EXPECT_EQ(sent.frames, std::vector<std::string>(3, sent.frames.at(0))) << "repeated with its transaction";
@@ -266,7 +266,7 @@ TEST(SimOltHost, AsksForAlarmsAfterAGap) {
         options.audit_s = 0;
         Host host(options);
         ASSERT_EQ(host.Start(), "");
-        ASSERT_TRUE(host.Table().WaitSettled(60));
+        ASSERT_TRUE(host.Table().WaitSettled(60s));
         Impairments& line = host.Line().impairments;
         line.link_ticks = 2;
         line.loss_percent = 100;

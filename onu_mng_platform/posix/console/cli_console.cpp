@@ -1,8 +1,11 @@
 #include "onu_mng_platform/posix/console/cli_console.h"
 
 #include <atomic>
+#include <cstdio>
+#include <mutex>
 #include <new>
 #include <thread>
+#include <utility>
 
 #include <fcntl.h>
 #include <poll.h>
@@ -17,6 +20,7 @@
 #include "onu_mng_platform/posix/cli/thread.h"
 #include "onu_mng_platform/posix/cli/workers.h"
 #include "onu_mng_platform/posix/console/cli_editor.h"
+#include "onu_mng_platform/posix/console/status_row.h"
 #include "onu_mng_platform/ulog.h"
 
 namespace onu_mng_platform {
@@ -91,7 +95,7 @@ public:
         do {
             tcflow(STDIN_FILENO, TCOOFF);
             tcflow(STDIN_FILENO, TCOON);
-        } while (!HasEnded());
+        } while (!IsSet(ended_, kKickPeriod));
         thread_.join();
     }
 
@@ -103,12 +107,29 @@ public:
         return thread_.joinable();
     }
 
+    void Print(const std::string& text) {
+        {
+            const std::lock_guard<std::mutex> guard(text_lock_);
+            text_ += text;
+        }
+        redraw_.Set();
+    }
+
+    StatusRow& Status() { return status_; }
+    void LetCancelLeave(bool leaves) { cancel_leaves_ = leaves; }
+
 private:
     void Run();
+    void Edit();
+    bool IsStopped() const { return IsSet(stop_, 0); }
+    static bool IsSet(const CliEvent& event, int patience_ms);
+    std::string TakeText() {
+        const std::lock_guard<std::mutex> guard(text_lock_);
+        return std::exchange(text_, std::string());
+    }
     void Log(const char* event) const {
         ulogPrintf(options_.log_module, kSessionLevel, "%s: %s\r\n", user_.c_str(), event);
     }
-    bool HasEnded() const;
     bool Serve(CliEditor* editor);
     std::optional<std::string> ReadLine(CliEditor* editor);
     bool Execute(const std::string& line);
@@ -126,6 +147,10 @@ private:
     CliEvent redraw_;
     const CliEvent ended_;
     const Descriptor screen_;
+    StatusRow status_{screen_.get()}; ///< of the task that starts and stops
+    std::mutex text_lock_;            ///< guards `text_`
+    std::string text_;                ///< to be printed
+    std::atomic<bool> cancel_leaves_{false};
     CliWorkers worker_{1};
     std::thread thread_;
 };
@@ -133,24 +158,31 @@ private:
 void CliConsole::Loop::Run() {
     Log("opened");
     try {
-        const CliEditor::Events events{stop_, redraw_};
-        CliEditor editor(prompt_,
-                         {[this](const std::string& line) { return Complete(line); },
-                          [this](const std::string& line) { return Describe(line); }},
-                         &events);
-        while (Serve(&editor))
-            ;
+        Edit();
     } catch (const std::bad_alloc&) {
         // There is no console without an editor.
     }
+    const std::string text = TakeText();
+    std::fwrite(text.data(), 1, text.size(), stdout);
+    std::fflush(stdout);
     Log("left");
-    if (options_.on_exit) options_.on_exit();
+    if (options_.on_exit && !IsStopped()) options_.on_exit();
     ended_.Set();
 }
 
-bool CliConsole::Loop::HasEnded() const {
-    pollfd ended{ended_.descriptor(), POLLIN, 0};
-    return poll(&ended, 1, kKickPeriod) > 0;
+void CliConsole::Loop::Edit() {
+    const CliEditor::Events events{stop_, redraw_, [this] { return TakeText(); }, cancel_leaves_};
+    CliEditor editor(prompt_,
+                     {[this](const std::string& line) { return Complete(line); },
+                      [this](const std::string& line) { return Describe(line); }},
+                     &events);
+    while (Serve(&editor))
+        ;
+}
+
+bool CliConsole::Loop::IsSet(const CliEvent& event, int patience_ms) {
+    pollfd ready{event.descriptor(), POLLIN, 0};
+    return poll(&ready, 1, patience_ms) > 0;
 }
 
 /// @return false when the operator has left, or has to.
@@ -231,6 +263,22 @@ bool CliConsole::Start(unsigned int node, const std::string& prompt, Options opt
 
 void CliConsole::Stop() {
     loop_ = nullptr;
+}
+
+void CliConsole::Print(const std::string& text) {
+    if (loop_ != nullptr) loop_->Print(text);
+}
+
+bool CliConsole::ShowStatus(const std::vector<std::string>& texts) {
+    return loop_ != nullptr && loop_->Status().Show(texts);
+}
+
+void CliConsole::HideStatus() {
+    if (loop_ != nullptr) loop_->Status().Hide();
+}
+
+void CliConsole::LetCancelLeave(bool leaves) {
+    if (loop_ != nullptr) loop_->LetCancelLeave(leaves);
 }
 
 } // namespace onu_mng_platform

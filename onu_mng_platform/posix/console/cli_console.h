@@ -5,6 +5,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace onu_mng_platform {
 
@@ -20,7 +21,8 @@ class CliConsole {
 public:
     struct Options {
         unsigned int log_module = 0;
-        std::function<void()> on_exit; ///< called once, in the console's thread, when the operator leaves
+        /// Called once, in the console's thread, when the operator leaves; not for `Stop`.
+        std::function<void()> on_exit;
     };
 
     CliConsole();
@@ -35,6 +37,19 @@ public:
     /// Ends the console, after the command that runs, and gives the terminal back as it was. Nothing when not
     /// started. Not from `on_exit`.
     void Stop();
+
+    /// Prints text, lines that end in "\n", above the line that is being typed, or behind the output of the
+    /// command that runs; before the console ends in any case. Does not wait for it. Nothing when not started.
+    /// Throws std::bad_alloc.
+    void Print(const std::string& text);
+
+    /// Shows a row at the bottom of the terminal (see `StatusRow`) until it is hidden or the console stops.
+    /// @return false when there is none. Throws std::bad_alloc.
+    bool ShowStatus(const std::vector<std::string>& texts);
+    void HideStatus();
+
+    /// Whether Ctrl-C on an empty line leaves the console, as Ctrl-D does. At first it does not.
+    void LetCancelLeave(bool leaves);
 
 private:
     class Loop;

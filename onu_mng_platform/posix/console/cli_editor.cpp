@@ -73,7 +73,7 @@ public:
             // Before the prompt, so that a key that is pressed at its sight is one of the editor's.
             el_set(edit_.get(), EL_PREP_TERM, 1);
             is_cancelled_ = false;
-            if (events_ != nullptr) events_->redraw.Clear();
+            if (events_ != nullptr) PrintWaiting();
             int size = 0;
             const char* line = el_gets(edit_.get(), &size);
             if (line == nullptr || size <= 0) return std::nullopt;
@@ -139,7 +139,9 @@ private:
     bool TakeKey(char* byte);
     void Help();
     void Complete();
+    bool IsLeft(char byte) const;
     void PrintBelow(const std::string& text);
+    void PrintWaiting() const;
     void Redraw();
 
     std::string prompt_;
@@ -159,6 +161,7 @@ int CliEditor::Editing::Next(wchar_t* character) {
     char byte = 0;
     int result = 0;
     while ((result = NextByte(&byte)) == 1) {
+        if (IsLeft(byte)) return 0;
         if (TakeKey(&byte)) continue;
         const size_t size = std::mbrtowc(character, &byte, 1, &half_read_);
         if (size <= 1) return 1;
@@ -207,10 +210,21 @@ void CliEditor::Editing::PrintBelow(const std::string& text) {
     el_set(edit_.get(), EL_REFRESH); // begins a new line on the screen
 }
 
+void CliEditor::Editing::PrintWaiting() const {
+    events_->redraw.Clear(); // before taking: what comes now is told again
+    Print(events_->take_text());
+}
+
 void CliEditor::Editing::Redraw() {
-    events_->redraw.Clear();
     Print("\r\x1b[K"); // it may have been drawn since
+    PrintWaiting();
     el_set(edit_.get(), EL_REFRESH);
+}
+
+bool CliEditor::Editing::IsLeft(char byte) const {
+    if (byte != kCancel || is_quote_ || events_ == nullptr || !events_->cancel_leaves) return false;
+    const LineInfo* line = el_line(edit_.get());
+    return line->buffer == line->lastchar;
 }
 
 int CliEditor::Editing::NextByte(char* byte) {

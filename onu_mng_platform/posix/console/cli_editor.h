@@ -2,6 +2,7 @@
 #ifndef ONU_MNG_PLATFORM_POSIX_CONSOLE_CLI_EDITOR_H
 #define ONU_MNG_PLATFORM_POSIX_CONSOLE_CLI_EDITOR_H
 
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -27,7 +28,9 @@ public:
     /// What others tell the editor of a host's console.
     struct Events {
         const CliEvent& stop;   ///< reading ends
-        const CliEvent& redraw; ///< something was written over the line
+        const CliEvent& redraw; ///< something was written over the line, or is to stand above it
+        const std::function<std::string()> take_text; ///< what is to stand above the line; does not throw
+        const std::atomic<bool>& cancel_leaves;       ///< Ctrl-C on an empty line is the end of input
     };
 
     /// With `events`, which outlive it, no key is a signal between lines either: Ctrl-C is for commands, not
