@@ -12,8 +12,8 @@
  * Ending a task: bep_taskDeleteEx() ends a task at its next end point: a queue receive, a queue send or
  * semaphore take that would have to wait, a nanosleep(). There the port unwinds the task's stack, so
  * destructors run and lock guards give back what they hold; the function that was called does not return.
- * Code between an end point and the task's entry lets the unwinding pass (in C++: no `catch (...)` that
- * swallows it; in C: compiled with -fexceptions). A port for a system whose tasks cannot be unwound reaches
+ * Code between an end point and the task's entry lets the unwinding pass (in C++: a `catch (...)` calls
+ * bep_passTaskEnd() first; in C: compiled with -fexceptions). A port for a system whose tasks cannot be unwound reaches
  * the same by any means that leaves no lock taken and no block lost.
  *
  * `file` and `line` name the caller for the port's diagnostics; `file` outlives the call (a literal).
@@ -25,6 +25,8 @@
 #include <stdint.h>
 
 #ifdef __cplusplus
+#include <cxxabi.h>
+
 extern "C" {
 #endif
 
@@ -127,6 +129,25 @@ size_t bep_StrLen(const char* text);
 int bep_StrNCmp(const char* a, const char* b, size_t size);
 
 #ifdef __cplusplus
+}
+
+/* A port that unwinds a task by a C++ exception throws this type, or one derived from it. */
+struct bep_TaskEnd {};
+
+/* Rethrows the exception in flight if it ends the calling task: a bep_TaskEnd, or the C library's own
+ * unwinding of a thread. Returns for any other exception. To be called first in a `catch (...)` between an end
+ * point and the task's entry. */
+inline void bep_passTaskEnd() {
+    try {
+        throw;
+    } catch (const bep_TaskEnd&) {
+        throw;
+#ifdef __GLIBCXX__
+    } catch (const abi::__forced_unwind&) {
+        throw;
+#endif
+    } catch (...) {
+    }
 }
 #endif
 

@@ -4,14 +4,14 @@
 #include <atomic>
 #include <cstdint>
 
+#include "onu_mng_platform/bep.h"
 #include "onu_mng_platform/common/sync/futex.h"
 #include "onu_mng_platform/posix/deadline.h"
 
 namespace onu_mng_platform {
 
-/// Thrown at an end point of a task that is being deleted and caught where the task began. Kin to no
-/// exception that other code catches by name.
-struct TaskEnd {};
+/// Thrown at an end point of a task that is being deleted and caught where the task began.
+using TaskEnd = bep_TaskEnd;
 
 /// A wake-up that is still to be delivered, best after the lock under which it was decided is free again.
 class WakeUp {

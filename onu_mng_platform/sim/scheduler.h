@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "onu_mng_platform/bep.h"
 #include "onu_mng_platform/sim/baton.h"
 #include "onu_mng_platform/sim/board.h"
 #include "onu_mng_platform/sim/random.h"
@@ -17,7 +18,7 @@
 namespace onu_mng_platform {
 
 /// Unwinds the stack of a task that is ended.
-class TaskEnd {};
+using TaskEnd = bep_TaskEnd;
 
 /// The tasks of one run, each a thread, and one baton. Who holds the baton runs; everything here, but for the
 /// owner's `RunAll` and `EndAll`, is called by that task.
