@@ -9,6 +9,7 @@
 
 #include "onu_mng_platform/bep.h"
 #include "onu_mng_platform/common/log/standard_error.h"
+#include "onu_mng_platform/common/sync/short_lock.h"
 
 namespace onu_mng_platform {
 namespace {
@@ -33,13 +34,13 @@ public:
         if (level >= threshold_.load(std::memory_order_relaxed)) return true;
         // Nearly every silent line ends here: the lock is for levels that are open for some module.
         if ((any_open_.load(std::memory_order_relaxed) & LevelBit(level)) == 0) return false;
-        const std::lock_guard<std::mutex> guard(lock_);
+        const std::lock_guard<ShortLock> guard(lock_);
         const Entry* entry = Find(module);
         return entry != nullptr && (entry->levels & LevelBit(level)) != 0;
     }
 
     int SetOpen(unsigned int module, int level, bool open) {
-        const std::lock_guard<std::mutex> guard(lock_);
+        const std::lock_guard<ShortLock> guard(lock_);
         Entry* entry = Find(module);
         if (entry == nullptr) {
             if (!open) return 0;
@@ -81,12 +82,12 @@ private:
 
     std::atomic<int> threshold_{kDefaultThreshold};
     std::atomic<uint32_t> any_open_{0};
-    std::mutex lock_; // guards the entries
+    ShortLock lock_; // guards the entries
     Entry entries_[16];
 };
 
 struct Output {
-    std::mutex lock; // held while a line is written, so that lines never mix
+    ShortLock lock; // held while a line is written, so that lines never mix
     ulog_sink sink = nullptr;
     void* context = nullptr;
     LogClock clock = nullptr;
@@ -132,19 +133,43 @@ private:
     size_t size_ = 0;
 };
 
-/// Writes a line with one call, so that lines of other processes do not mix in, and tells of those that were
-/// lost where they are missing.
-void WriteToStandardError(unsigned int module, int level, const char* text) {
+bool WriteToStandardError(unsigned int module, int level, const char* text) {
     Piece piece;
     if (g_output.neighbour.after != nullptr) piece.Add("%s", kClearRow);
-    if (g_lost > 0) {
-        char note[80];
-        std::snprintf(note, sizeof note, "%lu lines are lost here\r\n", g_lost);
-        piece.AddLine(kPortLogModule, kLostLevel, note);
-    }
     piece.AddLine(module, level, text);
-    g_lost = g_standard_error.Write(piece.Text(), piece.Size()) ? 0 : g_lost + 1;
+    return g_standard_error.Write(piece.Text(), piece.Size());
 }
+
+/// Tells of lost lines where they are missing. @return false while that cannot be told.
+bool TellOfLostLines() {
+    if (g_lost == 0) return true;
+    char note[80];
+    std::snprintf(note, sizeof note, "%lu lines are lost here\r\n", g_lost);
+    if (!WriteToStandardError(kPortLogModule, kLostLevel, note)) return false;
+    g_lost = 0;
+    return true;
+}
+
+void WriteByDefault(unsigned int module, int level, const char* text) {
+    if (!TellOfLostLines() || !WriteToStandardError(module, level, text)) ++g_lost;
+    if (g_output.neighbour.after != nullptr) g_output.neighbour.after(g_output.neighbour.context);
+}
+
+/// Holds the output's lock. A sink that ends the process, say, comes here again from the thread that has it.
+class OutputGuard {
+public:
+    OutputGuard() {
+        if (is_first_) g_output.lock.lock();
+    }
+    ~OutputGuard() {
+        if (is_first_) g_output.lock.unlock();
+    }
+    OutputGuard(const OutputGuard&) = delete;
+    OutputGuard& operator=(const OutputGuard&) = delete;
+
+private:
+    const bool is_first_ = !t_in_sink;
+};
 
 /// While a sink runs its task is not ended, even where the sink waits, and its own lines are dropped.
 struct SinkScope {
@@ -159,13 +184,12 @@ struct SinkScope {
 };
 
 void WriteLine(unsigned int module, int level, const char* text) {
-    const std::lock_guard<std::mutex> guard(g_output.lock);
+    const OutputGuard guard;
     const SinkScope scope;
     if (g_output.sink != nullptr) {
         g_output.sink(g_output.context, module, level, text);
     } else {
-        WriteToStandardError(module, level, text);
-        if (g_output.neighbour.after != nullptr) g_output.neighbour.after(g_output.neighbour.context);
+        WriteByDefault(module, level, text);
     }
 }
 
@@ -194,7 +218,7 @@ void LogSetThreshold(int level) {
 }
 
 void LogSetSink(ulog_sink sink, void* context) {
-    const std::lock_guard<std::mutex> guard(g_output.lock);
+    const OutputGuard guard;
     g_output.sink = sink;
     g_output.context = context;
 }
@@ -207,12 +231,12 @@ void LogPort(int level, const char* format, ...) {
 }
 
 void LogSetNeighbour(const LogNeighbour& neighbour) {
-    const std::lock_guard<std::mutex> guard(g_output.lock);
+    const OutputGuard guard;
     g_output.neighbour = neighbour;
 }
 
 void LogSetClock(LogClock clock) {
-    const std::lock_guard<std::mutex> guard(g_output.lock);
+    const OutputGuard guard;
     g_output.clock = clock;
 }
 

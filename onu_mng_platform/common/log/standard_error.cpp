@@ -1,6 +1,8 @@
 #include "onu_mng_platform/common/log/standard_error.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <csignal>
 #include <ctime>
 
@@ -13,12 +15,24 @@
 namespace onu_mng_platform {
 namespace {
 
-constexpr int64_t kPatienceMs = 200; // with a line
+constexpr int64_t kNsPerMs = 1'000'000;
+constexpr size_t kTerminalPiece = 256; // a terminal is ready when it takes as much
 
-int64_t NowMs() {
+int64_t NowNs() {
     timespec now{};
     clock_gettime(CLOCK_MONOTONIC, &now);
-    return int64_t{now.tv_sec} * 1000 + now.tv_nsec / 1000000;
+    return int64_t{now.tv_sec} * 1'000'000'000 + now.tv_nsec;
+}
+
+/// @return whether something comes of a call to write() within the time; the error of a broken pipe counts.
+bool IsReady(int descriptor, int64_t milliseconds) {
+    pollfd room{descriptor, POLLOUT, 0};
+    return poll(&room, 1, static_cast<int>(milliseconds)) > 0;
+}
+
+bool IsFile(int descriptor, dev_t device, ino_t file) {
+    struct stat now {};
+    return fstat(descriptor, &now) == 0 && now.st_dev == device && now.st_ino == file;
 }
 
 /// Keeps the process alive when the reader of a pipe is gone.
@@ -49,13 +63,22 @@ private:
 
 } // namespace
 
-/// Looks each time, since a host may lead standard error elsewhere. What may block is opened anew: the flag
-/// set on standard error itself would be one of everybody who has it.
+int64_t WaitBudget::Left(int64_t now_ns) {
+    left_ns_ = std::min(kMostNs, left_ns_ + (now_ns - counted_ns_) / kShare);
+    counted_ns_ = now_ns;
+    return left_ns_;
+}
+
+/// Looks each time, since a host may lead standard error elsewhere, or close all descriptors and open another
+/// file under this number. What may block is opened anew: the flag set on standard error itself would apply to
+/// everybody who has it. Where that is not allowed (a pipe or terminal of another user, no /proc), the
+/// descriptor stays one that blocks.
 void StandardError::Find() {
     struct stat now {};
     if (fstat(STDERR_FILENO, &now) != 0) now = {};
-    if (descriptor_ >= 0 && now.st_dev == device_ && now.st_ino == file_) return;
-    if (is_own_) close(descriptor_);
+    const bool is_kept = !is_own_ || IsFile(descriptor_, device_, file_);
+    if (descriptor_ >= 0 && is_kept && now.st_dev == device_ && now.st_ino == file_) return;
+    if (is_own_ && is_kept) close(descriptor_);
     device_ = now.st_dev;
     file_ = now.st_ino;
     kind_ = S_ISSOCK(now.st_mode) ? Kind::kSocket : S_ISFIFO(now.st_mode) ? Kind::kPipe : Kind::kFile;
@@ -63,44 +86,48 @@ void StandardError::Find() {
     const int own = may_block ? open("/proc/self/fd/2", O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC) : -1;
     is_own_ = own >= 0;
     descriptor_ = is_own_ ? own : STDERR_FILENO;
-    is_stuck_ = false;
+    piece_ = !may_block || is_own_ ? 0 : kind_ == Kind::kPipe ? size_t{PIPE_BUF} : kTerminalPiece;
     is_torn_ = false;
 }
 
 ssize_t StandardError::Put(const char* data, size_t size) const {
+    if (piece_ > 0) {
+        size = std::min(size, piece_);
+        if (!IsReady(descriptor_, 0)) {
+            errno = EAGAIN;
+            return -1;
+        }
+    }
     if (kind_ == Kind::kSocket) return send(descriptor_, data, size, MSG_DONTWAIT | MSG_NOSIGNAL);
     if (kind_ == Kind::kFile) return write(descriptor_, data, size);
     const PipeShield shield;
     return write(descriptor_, data, size);
 }
 
-/// A terminal that is ready takes nothing while somebody else writes to it.
-bool StandardError::WaitUntil(int64_t deadline, bool was_ready) {
-    pollfd room{descriptor_, POLLOUT, 0};
-    const int64_t left = deadline - NowMs();
-    if (left <= 0) return false;
-    if (was_ready) poll(nullptr, 0, 1);
-    return poll(&room, 1, static_cast<int>(left)) != 0;
+/// Waits within the budget. A terminal that is ready takes nothing while somebody else writes to it, for a few
+/// microseconds.
+bool StandardError::WaitForRoom(bool was_ready) {
+    const int64_t begin = NowNs();
+    const int64_t left_ms = budget_.Left(begin) / kNsPerMs;
+    if (left_ms <= 0) return false;
+    constexpr timespec kMoment{0, 50'000};
+    if (was_ready) clock_nanosleep(CLOCK_MONOTONIC, 0, &kMoment, nullptr);
+    const bool is_ready = IsReady(descriptor_, left_ms);
+    budget_.Spend(NowNs() - begin);
+    return is_ready;
 }
 
 bool StandardError::WriteAll(const char* data, size_t size, size_t* done) {
-    const int64_t deadline = is_stuck_ ? 0 : NowMs() + kPatienceMs;
     bool has_waited = false;
     while (*done < size) {
         const ssize_t written = Put(data + *done, size - *done);
         if (written > 0) {
             *done += static_cast<size_t>(written);
-        } else if (written < 0 && errno == EINTR) {
-            continue;
-        } else if (written < 0 && errno == EAGAIN) {
-            is_stuck_ = !WaitUntil(deadline, has_waited);
-            if (is_stuck_) return false;
-        } else {
+        } else if (written == 0 || (errno != EINTR && (errno != EAGAIN || !WaitForRoom(has_waited)))) {
             return false;
         }
         has_waited = written < 0;
     }
-    is_stuck_ = false;
     return true;
 }
 

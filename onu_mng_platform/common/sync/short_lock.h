@@ -6,10 +6,11 @@
 
 namespace onu_mng_platform {
 
-/// A lock for a few instructions. Whoever finds it taken looks again for about as long as it is held, because
-/// to sleep and be woken takes a hundred times that. After that the holder must have lost the processor: it
-/// gets the waiting thread's priority until it is done, so that a task of high priority never waits for one
-/// of low priority that others keep from running.
+/// A lock that passes on priorities, meant for a few instructions. A thread that finds it taken looks again for
+/// about as long as it is then held, because to sleep and be woken takes a hundred times that. Then it sleeps,
+/// and the holder runs at its priority until it is done, so that a task of high priority never waits for one of
+/// low priority that others keep from running. A longer section costs the threads that wait for it those looks
+/// and a call of the system, not more.
 ///
 /// Usable from before the first static constructor to after the last static destructor.
 class ShortLock {
