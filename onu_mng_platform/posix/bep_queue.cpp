@@ -86,7 +86,7 @@ struct Queue {
     bool Was(Id id) const { return Id::IsEarlier(id.Generation(), generation); }
 };
 
-SlotTable<Queue, 64, 1024> g_queues;
+SlotTable<Queue, 64, 1024, 1024> g_queues;
 
 Queue* FindQueue(uint32_t queue_id) {
     return g_queues.Find(Id(queue_id), IdKind::kQueue);
@@ -119,23 +119,23 @@ Outcome Wait(Queue& queue, WaitList& list, int ticks, Attempt attempt) {
     const Deadline deadline(ticks);
     Sleeper& self = Sleeper::Current();
     Waiter waiter(self, &list);
+    Outcome outcome = Outcome::kNotYet;
     std::unique_lock<ShortLock> guard(queue.lock);
     for (;;) {
         list.Remove(waiter);
-        const Outcome outcome = attempt();
-        if (outcome == Outcome::kGone) break;
-        if (outcome != Outcome::kNotYet) return outcome;
+        outcome = attempt();
+        if (outcome != Outcome::kNotYet) break;
         self.Prepare();
-        self.EndPoint();
-        if (deadline.HasPassed()) return Outcome::kNotYet;
+        if (self.IsToEnd() || deadline.HasPassed()) break;
         list.Add(waiter);
         guard.unlock();
         self.Sleep(deadline);
         guard.lock();
     }
     guard.unlock();
-    if (self.IsTask()) self.WaitInVain(deadline);
-    return Outcome::kGone;
+    if (outcome == Outcome::kNotYet) self.EndPoint();
+    if (outcome == Outcome::kGone && self.IsTask()) self.WaitInVain(deadline);
+    return outcome;
 }
 
 /// Attempts once, and waits only when that says kNotYet and the caller has time.

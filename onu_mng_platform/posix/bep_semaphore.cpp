@@ -38,8 +38,9 @@ struct alignas(64) WaitRoom {
 
 constexpr uint32_t kRooms = 256;
 
-// Each state context has a semaphore, so they come and go as fast as ONUs do.
-constexpr uint32_t kRestingSemaphores = 4096;
+// Each state context has a semaphore, so they come and go as fast as ONUs do: 268 million
+// until the id of one is used again, for 512 KiB.
+constexpr uint32_t kRestingSemaphores = 65536;
 
 SlotTable<Semaphore, 1024, 256, kRestingSemaphores> g_semaphores;
 WaitRoom g_rooms[kRooms];
@@ -70,24 +71,25 @@ int TakeSlowly(Semaphore& semaphore, uint32_t generation, int ticks) {
     Sleeper& self = Sleeper::Current();
     WaitRoom& room = RoomOf(semaphore);
     Waiter waiter(self, &semaphore);
+    Attempt attempt = Attempt::kMarked;
     std::unique_lock<ShortLock> guard(room.lock);
     for (;;) {
         room.waiters.Remove(waiter);
         // Others wait as well: the mark stays, also when this thread leaves without the semaphore below.
         const State when_taken = room.waiters.Find(&semaphore) != nullptr ? kTakenAndAwaited : kTaken;
-        const Attempt attempt = TakeOrMark(semaphore, generation, when_taken);
-        if (attempt == Attempt::kTook) return 0;
-        if (attempt == Attempt::kGone) break;
+        attempt = TakeOrMark(semaphore, generation, when_taken);
+        if (attempt != Attempt::kMarked) break;
         self.Prepare();
-        self.EndPoint();
-        if (deadline.HasPassed()) return -1;
+        if (self.IsToEnd() || deadline.HasPassed()) break;
         room.waiters.Add(waiter);
         guard.unlock();
         self.Sleep(deadline);
         guard.lock();
     }
     guard.unlock();
-    if (deadline.IsNever() && self.IsTask()) self.WaitInVain(deadline);
+    if (attempt == Attempt::kTook) return 0;
+    if (attempt == Attempt::kMarked) self.EndPoint();
+    if (attempt == Attempt::kGone && deadline.IsNever() && self.IsTask()) self.WaitInVain(deadline);
     return -1;
 }
 

@@ -13,8 +13,8 @@ void Sleeper::Sleep(const Deadline& deadline) {
 }
 
 /// A task that is being unwound already runs its destructors to the end.
-void Sleeper::EndUnlessProtected() const {
-    if (protections_ == 0 && std::uncaught_exceptions() == 0) throw TaskEnd();
+bool Sleeper::MayEnd() const {
+    return protections_ == 0 && std::uncaught_exceptions() == 0;
 }
 
 void Sleeper::Reset() {

@@ -53,9 +53,11 @@ public:
         return asleep ? WakeUp(&word_) : WakeUp();
     }
 
-    /// Throws TaskEnd when the task is to end and may be ended here.
+    /// True when the task is to end and may be ended here.
+    bool IsToEnd() const { return IsAskedToEnd() && MayEnd(); }
+    /// Throws TaskEnd when IsToEnd(). No lock is held: the system takes memory for it, and unwinding is long.
     void EndPoint() const {
-        if (IsAskedToEnd()) EndUnlessProtected();
+        if (IsToEnd()) throw TaskEnd();
     }
     bool IsAskedToEnd() const { return asked_to_end_.load(std::memory_order_acquire); }
     void AskToEnd() {
@@ -81,7 +83,7 @@ public:
 private:
     enum : uint32_t { kAwake, kAsleep, kRung };
 
-    void EndUnlessProtected() const;
+    bool MayEnd() const;
 
     std::atomic<uint32_t> word_{kAwake};
     std::atomic<bool> asked_to_end_{false};

@@ -6,6 +6,8 @@
 #include <mutex>
 #include <new>
 
+#include "onu_mng_platform/common/sync/short_lock.h"
+
 namespace onu_mng_platform {
 
 enum class IdKind : uint32_t { kQueue = 1, kSemaphore = 2, kTask = 3 };
@@ -48,11 +50,12 @@ private:
 ///
 /// `Slot` has a default constructor and a member `uint32_t next_free`, which belongs to the table. A slot that
 /// was released rests until `Resting` others were released after it. A stale id becomes valid again after about
-/// `Resting` times 4096 objects at the earliest, so small objects that come and go often rest longer.
+/// `Resting` times 4096 objects at the earliest, so small objects that come and go often rest longer. Only
+/// when slots or memory are short is the one that has rested longest used earlier.
 ///
 /// Thread safety: everything may be called from any thread, from before the first static constructor to after
 /// the last static destructor.
-template <class Slot, uint32_t ChunkSize, uint32_t MaxChunks, uint32_t Resting = 64>
+template <class Slot, uint32_t ChunkSize, uint32_t MaxChunks, uint32_t Resting>
 class SlotTable {
 public:
     static constexpr uint32_t kNone = ~uint32_t{0};
@@ -70,14 +73,14 @@ public:
 
     /// Returns the index of a slot that is not in use; kNone when slots or memory are short.
     uint32_t Acquire() {
-        const std::lock_guard<std::mutex> guard(lock_);
+        const std::lock_guard<ShortLock> guard(lock_);
         if (free_ > Resting) return TakeFree();
         const uint32_t fresh = TakeFresh();
         return fresh == kNone && free_ > 0 ? TakeFree() : fresh;
     }
 
     void Release(uint32_t index) {
-        const std::lock_guard<std::mutex> guard(lock_);
+        const std::lock_guard<ShortLock> guard(lock_);
         Used(index).next_free = kNone;
         (free_ == 0 ? first_free_ : Used(last_free_).next_free) = index;
         last_free_ = index;
@@ -108,7 +111,7 @@ private:
     }
 
     std::atomic<Slot*> chunks_[MaxChunks] = {};
-    std::mutex lock_; // guards the rest
+    ShortLock lock_; // guards the rest
     uint32_t fresh_ = 0;
     uint32_t free_ = 0;
     uint32_t first_free_ = kNone;
