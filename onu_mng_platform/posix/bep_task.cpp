@@ -1,3 +1,4 @@
+#include <cxxabi.h>
 #include <pthread.h>
 #include <sched.h>
 #include <unistd.h>
@@ -10,10 +11,12 @@
 #include <cstdio>
 #include <ctime>
 #include <exception>
+#include <limits>
 #include <mutex>
 
 #include "onu_mng_platform/bep.h"
 #include "onu_mng_platform/common/log/log.h"
+#include "onu_mng_platform/common/sync/short_lock.h"
 #include "onu_mng_platform/posix/sleeper.h"
 #include "onu_mng_platform/posix/slot_table.h"
 
@@ -42,8 +45,8 @@ struct Task {
     const Task* deletes = nullptr; // the task whose end it waits for; guarded by g_deletions
 };
 
-SlotTable<Task, 64, 1024> g_tasks;
-std::mutex g_deletions;
+SlotTable<Task, 64, 1024, 1024> g_tasks;
+ShortLock g_deletions;
 thread_local Task* t_self = nullptr; // null in a thread that is no task
 
 void RunEntry(const Task& task) {
@@ -51,19 +54,38 @@ void RunEntry(const Task& task) {
     task.entry(a[0], a[1], a[2], a[3], a[4], a[5], a[6], a[7], a[8], a[9]);
 }
 
+/// Runs a task's entry. One service that fails is lost; the others go on.
+void RunGuarded(const Task& task) {
+    try {
+        RunEntry(task);
+    } catch (const TaskEnd&) {
+    } catch (const std::exception& failure) {
+        LogPort(15, "Task %s has ended by an exception: %s\r\n", task.name, failure.what());
+    } catch (abi::__forced_unwind&) {
+        throw; // pthread_exit() and pthread_cancel() end the thread themselves
+    } catch (...) {
+        LogPort(15, "Task %s has ended by an exception that is no std::exception\r\n", task.name);
+    }
+}
+
+/// Protects a task for the rest of its life: nothing catches what the thread's own objects would throw when
+/// they go.
+struct LastProtection {
+    explicit LastProtection(Sleeper& own) : sleeper(own) {}
+    ~LastProtection() { sleeper.Protect(); }
+    LastProtection(const LastProtection&) = delete;
+    LastProtection& operator=(const LastProtection&) = delete;
+
+    Sleeper& sleeper;
+};
+
 void* RunTask(void* context) {
     Task& task = *static_cast<Task*>(context);
     pthread_setname_np(pthread_self(), task.name);
     Sleeper::Become(task.sleeper);
     t_self = &task;
-    try {
-        RunEntry(task);
-    } catch (const TaskEnd&) {
-    } catch (const std::exception& failure) {
-        // One service is lost; the others go on.
-        LogPort(15, "Task %s has ended by an exception: %s\r\n", task.name, failure.what());
-    }
-    task.sleeper.Protect(); // nothing catches what the thread's own objects would throw when they go
+    const LastProtection protection(task.sleeper);
+    RunGuarded(task);
     return nullptr;
 }
 
@@ -89,7 +111,8 @@ private:
 size_t StackSize(unsigned int asked) {
     const auto page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
     const size_t own = std::max(static_cast<size_t>(PTHREAD_STACK_MIN), size_t{16 * 1024});
-    return (asked + own + page - 1) / page * page + page;
+    const size_t most = std::numeric_limits<size_t>::max() / 2; // no system has as much
+    return (std::min<size_t>(asked, most) + own + page - 1) / page * page + page;
 }
 
 /// Returns the real-time priority for 0 (highest) to 255 (lowest).
@@ -129,7 +152,7 @@ int StartThread(Task& task, unsigned int priority, unsigned int stack_size) {
 /// Makes the calling thread the one that deletes a task. Returns false when the task does not exist, another
 /// thread deletes it already, or it waits itself, directly or through others, for the caller to end.
 bool BeginDeletion(Task& task, uint32_t generation) {
-    const std::lock_guard<std::mutex> guard(g_deletions);
+    const std::lock_guard<ShortLock> guard(g_deletions);
     for (const Task* each = &task; t_self != nullptr && each != nullptr; each = each->deletes) {
         if (each == t_self) return false;
     }
@@ -141,7 +164,7 @@ bool BeginDeletion(Task& task, uint32_t generation) {
 }
 
 void EndDeletion(Task& task, uint32_t generation) {
-    const std::lock_guard<std::mutex> guard(g_deletions);
+    const std::lock_guard<ShortLock> guard(g_deletions);
     if (t_self != nullptr) t_self->deletes = nullptr;
     task.word.store(Word(Id::NextGeneration(generation), kNone), std::memory_order_release);
 }
