@@ -13,9 +13,9 @@ extern "C" {
 #endif
 
 /* Writes one line, formatted like printf and ending in "\r\n", through the sink. Lines of concurrent tasks
- * never mix; text beyond 1023 characters is cut. May block for as long as the sink does, by default for a moment:
- * lines that standard error does not take are lost, and counted in a line of level 13 where they are
- * missing. */
+ * never mix; text beyond 1023 characters is cut. May block for as long as the sink does. By default all lines
+ * together block at most 0.2 s in any 2 s: lines that standard error does not take in that time are lost, and
+ * counted in a line of level 13 where they are missing. */
 void ulogPrintf(unsigned int module, int level, const char* format, ...) ONU_MNG_PRINTF_FORMAT(3, 4);
 
 /* With `open` 1 lines of `module` at `level` are written although the level is below the threshold; with 0

@@ -45,17 +45,6 @@ TEST(PosixPort, HasRoomForAFullSystem) {
     });
 }
 
-// An id that somebody still holds must not mean a semaphore of another owner while a system runs.
-TEST(PosixPort, KeepsStaleSemaphoresStaleForLong) {
-    const uint32_t stale = NewSemaphore(true);
-    ASSERT_EQ(bep_semDeleteEx(stale), 0);
-    for (int i = 0; i < 2'000'000; ++i) {
-        const uint32_t other = NewSemaphore(true);
-        ASSERT_NE(other, stale) << "after " << i << " creations";
-        bep_semDeleteEx(other);
-    }
-}
-
 // More threads than there are stocks: the others work without one.
 TEST(PosixPool, ServesMoreThreadsThanItKeepsStocksFor) {
     RunOnPort([] {
