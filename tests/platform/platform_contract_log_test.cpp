@@ -189,9 +189,10 @@ long LinesThatArriveAtABusyTerminal(int lines) {
 // A terminal that others write to at the same time refuses a line now and then although it has room. On a
 // machine that has no time for the reader a line may be lost all the same.
 TEST(PlatformLog, LosesNoLineOfATerminalThatIsRead) {
-    constexpr int kLines = 2000;
+    constexpr int kLines = 500;
     long seen = 0;
     for (int attempt = 0; attempt < 5 && seen != kLines; ++attempt) {
+        if (attempt > 0) sleep(1); // lines may wait again
         seen = LinesThatArriveAtABusyTerminal(kLines);
         if (seen < 0) GTEST_SKIP() << "no terminals to give";
     }
