@@ -1,11 +1,14 @@
 // Memory pools, on every port: many tasks at once.
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <memory>
 #include <vector>
 
 #include "onu_mng_platform/bep.h"
+#include "onu_mng_platform/cli.h"
 #include "onu_mng_platform/mpu.h"
+#include "tests/support/captured_terminal.h"
 #include "tests/support/log_lines.h"
 #include "tests/support/pool_blocks.h"
 #include "tests/support/port_calls.h"
@@ -143,6 +146,53 @@ TEST(PlatformPool, ServesManyTasksAtOnce) {
         EXPECT_LE(stat.peak, stat.size);
         EXPECT_NE(Take(pool, kSmall), nullptr) << "a block is lost";
         bep_msgQDeleteEx(queue);
+    });
+}
+
+int g_watched = -1;
+
+int ShowWatched(cmd_element*, vty*, int, char**) {
+    mpuShowd(g_watched);
+    mpuShowDebug(g_watched);
+    return 0;
+}
+
+cmd_element g_show_watched{"watched pool", ShowWatched, nullptr, 0, 0, nullptr};
+
+// Blocks are on their way all the time while the views walk and one task gives back what it has not got.
+TEST(PlatformPool, TellsNothingFalseOfBlocksThatAreOnTheirWay) {
+    RunOnPort([] {
+        constexpr unsigned int kUnstocked = 9000; // goes through the free ranges each time
+        constexpr unsigned int kNode = 78;
+        g_watched = mpuCreate("watched", kSize, 1, 0);
+        const std::vector<void*> all = TakeAll(g_watched, kUnstocked);
+        for (size_t i = 0; i < all.size(); i += 2)
+            mpuFree(all[i]);
+        LogLines lines;
+        std::atomic<int> busy{3};
+        std::vector<std::unique_ptr<PortTask>> tasks;
+        for (int which = 0; which < 3; ++which) {
+            tasks.push_back(std::make_unique<PortTask>("busy", [&, which] {
+                for (int i = 0; i < 20000; ++i) {
+                    void* const one = which == 2 ? all[0] : Take(g_watched, kUnstocked);
+                    mpuFree(one);
+                }
+                --busy;
+            }));
+        }
+        CapturedTerminal terminal;
+        install_element(kNode, &g_show_watched);
+        for (bool last = false; !last;) {
+            last = busy == 0;
+            ASSERT_EQ(vty_execute(terminal, kNode, "watched pool"), 0);
+            const std::string view = terminal.Text();
+            const size_t places = view.find("Taken at\r\n") + 10;
+            ASSERT_EQ(view.find('\n', places), view.size() - 1) << view;
+            ASSERT_NE(view.find("pool_blocks.h", places), std::string::npos) << view;
+        }
+        tasks.clear();
+        for (const std::string& line : lines.Take())
+            ASSERT_EQ(line.find("written past"), std::string::npos) << line;
     });
 }
 

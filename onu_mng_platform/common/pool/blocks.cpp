@@ -55,8 +55,9 @@ Cell BlockMap::FindFit(uint32_t cells) {
 void BlockMap::AddFree(Cell start, uint32_t cells) {
     const uint32_t list = ListOf(cells);
     BlockRecord& record = At(start);
-    record.site.store(heads_[list], std::memory_order_relaxed);
-    record.contents.store(kNoCell, std::memory_order_relaxed);
+    // Released, so that a view that finds a link finds the tag changed as well.
+    record.site.store(heads_[list], std::memory_order_release);
+    record.contents.store(kNoCell, std::memory_order_release);
     if (heads_[list] != kNoCell) At(heads_[list]).contents.store(start, std::memory_order_relaxed);
     heads_[list] = start;
     filled_[list / 32] |= 1U << list % 32;
@@ -86,7 +87,7 @@ void BlockMap::Init(BlockRecord* records, uint32_t cells) {
     AddFree(kFirstCell, cells);
 }
 
-Cell BlockMap::Take(uint32_t cells, BlockState state) {
+Cell BlockMap::Take(uint32_t cells) {
     const Cell start = FindFit(cells);
     if (start == kNoCell) return kNoCell;
     const uint32_t found = At(start).Tag().Cells();
@@ -97,7 +98,7 @@ Cell BlockMap::Take(uint32_t cells, BlockState state) {
         AddFree(start + cells, found - cells);
     }
     At(start + taken).cells_before = taken;
-    At(start).SetTag(BlockTag(state, start, taken));
+    At(start).SetTag(BlockTag(BlockState::kMoving, start, taken));
     return start;
 }
 

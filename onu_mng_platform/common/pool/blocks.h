@@ -19,8 +19,8 @@ enum class BlockState : uint32_t {
     kNone,    ///< No block starts here.
     kFree,    ///< In a free list. The only state that is entered and left under the pool's lock alone.
     kStocked, ///< Free as well, but kept in one piece for the next request of its size.
-    kMoving,  ///< Belongs to the thread that is just giving it back.
-    kLive,    ///< Belongs to a caller.
+    kMoving,  ///< Belongs to the thread that is just taking it or giving it back.
+    kLive,    ///< Belongs to a caller; `site` and `contents` of the record say whose and how much.
     kDamaged, ///< Written past its end: never handed out again.
 };
 
@@ -53,8 +53,8 @@ private:
 struct BlockRecord {
     std::atomic<uint32_t> tag;
     uint32_t cells_before;          ///< Length of the block in front; guarded by the pool's lock.
-    std::atomic<uint32_t> site;     ///< Live: who took it. Free: the next block of its list.
-    std::atomic<uint32_t> contents; ///< Live: cells asked for. Free: the previous block of its list.
+    std::atomic<uint32_t> site;     ///< From kLive on: who took it. Free: the next block of its list.
+    std::atomic<uint32_t> contents; ///< From kLive on: cells asked for. Free: the previous block of its list.
 
     BlockTag Tag() const { return BlockTag(tag.load(std::memory_order_acquire)); }
     void SetTag(BlockTag value) { tag.store(value.Bits(), std::memory_order_release); }
@@ -64,6 +64,13 @@ struct BlockRecord {
         return tag.compare_exchange_strong(expected, to.Bits(), std::memory_order_acq_rel,
                                            std::memory_order_relaxed);
     }
+};
+
+/// A block as it was at some moment.
+struct BlockView {
+    BlockTag tag;
+    uint32_t site;     ///< As in the record; has a meaning for a live or damaged block only.
+    uint32_t contents; ///< Likewise.
 };
 
 /// The blocks of one region: free ranges in lists by size with a bitmap over them, split when they are taken
@@ -79,23 +86,27 @@ public:
 
     void Init(BlockRecord* records, uint32_t cells);
 
-    /// Takes a block of `cells` cells, or of one more when that one would be left over, and puts it in
-    /// `state`.
+    /// Takes a block of `cells` cells, or of one more when that one would be left over; it is kMoving.
     /// @return its first cell; kNoCell when no free range is long enough.
-    Cell Take(uint32_t cells, BlockState state);
+    Cell Take(uint32_t cells);
 
     /// Makes a block free that nobody else can reach (kMoving).
     void Release(Cell start);
 
     BlockRecord& At(Cell cell) { return records_[cell >> 1]; }
 
-    /// Calls `visit(tag, record)` for each block. Exact while no other thread uses the pool; otherwise each
-    /// block is seen as it was at some moment of the walk.
+    /// Calls `visit(view)` for each block. Exact while no other thread uses the pool. Otherwise each block is
+    /// seen as it was at some moment of the walk, and one that changes at that moment is left out.
     template <class Visit>
     void ForEach(Visit visit) const {
         for (size_t i = 0; i < RecordCount(cells_); ++i) {
-            const BlockTag tag = records_[i].Tag();
-            if (tag.State() != BlockState::kNone) visit(tag, records_[i]);
+            const BlockRecord& record = records_[i];
+            const BlockTag tag = record.Tag();
+            if (tag.State() == BlockState::kNone) continue;
+            // Acquired, so that the tag is looked at again afterwards.
+            const BlockView view{tag, record.site.load(std::memory_order_acquire),
+                                 record.contents.load(std::memory_order_acquire)};
+            if (record.Tag().Bits() == tag.Bits()) visit(view);
         }
     }
 

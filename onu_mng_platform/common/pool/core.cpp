@@ -47,11 +47,11 @@ Pool::Pool(const char* name, size_t size, std::byte* region, uint32_t cells, Blo
     map_.Init(records, cells);
 }
 
-/// Returns a live block of at least `cells` cells; kNoCell when there is none.
+/// Returns a moving block of at least `cells` cells; kNoCell when there is none.
 inline Cell Pool::TakeBlock(uint32_t cells, ThreadStock* stock) {
     const uint32_t index = stock_class::Of(cells);
     if (stock == nullptr || index == stock_class::kNone) return TakeUnderLock(cells, stock);
-    const Cell start = PopLive(stock->blocks, index);
+    const Cell start = Pop(stock->blocks, index);
     return start != kNoCell ? start : TakeUnderLock(cells, stock);
 }
 
@@ -72,6 +72,8 @@ inline void* Pool::HandOut(Cell start, uint32_t contents, uint32_t site) {
     record.contents.store(contents, std::memory_order_relaxed);
     record.site.store(site, std::memory_order_relaxed);
     WriteGuard(start + contents);
+    // Last, so that whoever finds a live block finds all that belongs to it.
+    record.SetTag(record.Tag().In(BlockState::kLive));
     return AddressOf(start);
 }
 

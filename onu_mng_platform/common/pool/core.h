@@ -82,7 +82,7 @@ private:
     Cell TakeFromDepot(uint32_t index, ThreadStock* stock);
     Cell TakeFromMap(uint32_t cells, ThreadStock* stock);
     template <class AnyStock>
-    [[gnu::always_inline]] Cell PopLive(AnyStock& stock, uint32_t index);
+    [[gnu::always_inline]] Cell Pop(AnyStock& stock, uint32_t index);
     void TakeStocksBack();
 
     [[gnu::always_inline]] void GiveBlock(Cell start, BlockTag tag, ThreadStock* stock);
@@ -141,14 +141,14 @@ void Pool::ForEachStock(Visit visit) const {
     }
 }
 
-/// Takes a live block out of a stock of the caller's; kNoCell when the class is empty.
+/// Takes a block out of a stock of the caller's; kNoCell when the class is empty.
 template <class AnyStock>
-inline Cell Pool::PopLive(AnyStock& stock, uint32_t index) {
+inline Cell Pool::Pop(AnyStock& stock, uint32_t index) {
     while (stock.Count(index) != 0) {
         const Cell start = stock.Pop(index);
         if (start == kNoCell) continue;
         const BlockTag stocked(BlockState::kStocked, start, stock_class::CellsOf(index));
-        if (map_.At(start).Move(stocked, stocked.In(BlockState::kLive))) return start;
+        if (map_.At(start).Move(stocked, stocked.In(BlockState::kMoving))) return start;
     }
     return kNoCell;
 }

@@ -27,12 +27,12 @@ Cell Pool::TakeUnderLock(uint32_t cells, ThreadStock* stock) {
     if (start == kNoCell) start = TakeFromMap(cells, stock);
     if (start != kNoCell) return start;
     TakeStocksBack();
-    return map_.Take(cells, BlockState::kLive);
+    return map_.Take(cells);
 }
 
 /// Takes one block of a class and moves as many more as a batch has to `stock`.
 Cell Pool::TakeFromDepot(uint32_t index, ThreadStock* stock) {
-    const Cell start = PopLive(depot_, index);
+    const Cell start = Pop(depot_, index);
     if (start == kNoCell || stock == nullptr) return start;
     const uint32_t batch = OwnBlocks::Room(index) / 2;
     for (uint32_t i = 1; i < batch && depot_.Count(index) != 0; ++i) {
@@ -47,13 +47,13 @@ Cell Pool::TakeFromDepot(uint32_t index, ThreadStock* stock) {
 /// them takes again and again, share no cache line.
 Cell Pool::TakeFromMap(uint32_t cells, ThreadStock* stock) {
     const uint32_t index = stock_class::Of(cells);
-    const Cell start = map_.Take(cells, BlockState::kLive);
+    const Cell start = map_.Take(cells);
     if (start == kNoCell || stock == nullptr || index == stock_class::kNone) return start;
     const uint32_t limit = OwnBlocks::Room(index) / 2;
     const uint32_t batch = std::min(std::max(2 * uint32_t{stock->batches[index]}, kFirstBatch), limit);
     stock->batches[index] = static_cast<uint8_t>(batch);
     for (uint32_t i = 1; i < batch; ++i) {
-        const Cell more = map_.Take(cells, BlockState::kMoving);
+        const Cell more = map_.Take(cells);
         if (more == kNoCell) break;
         const BlockTag tag = map_.At(more).Tag();
         if (tag.Cells() != cells) {

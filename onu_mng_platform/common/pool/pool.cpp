@@ -6,11 +6,12 @@
 #include "onu_mng_platform/common/log/log.h"
 #include "onu_mng_platform/common/pool/core.h"
 #include "onu_mng_platform/common/pool/list.h"
+#include "onu_mng_platform/common/sync/short_lock.h"
 
 namespace onu_mng_platform {
 namespace {
 
-std::mutex g_creation;
+ShortLock g_creation;
 std::atomic<Pool*> g_pools[kMaxPools];
 std::atomic<int> g_count{0};
 
@@ -23,7 +24,7 @@ Pool* PoolAt(int pool_id) {
 
 int PoolCreate(const char* name, unsigned int size) {
     if (size == 0) return -1;
-    const std::lock_guard<std::mutex> guard(g_creation);
+    const std::lock_guard<ShortLock> guard(g_creation);
     const int pool_id = g_count.load(std::memory_order_relaxed);
     if (pool_id == kMaxPools) return -1;
     Pool* const pool = Pool::Create(name, size);

@@ -2,6 +2,8 @@
 
 #include <mutex>
 
+#include "onu_mng_platform/common/sync/short_lock.h"
+
 namespace onu_mng_platform {
 namespace {
 
@@ -10,7 +12,7 @@ using detail::g_sites;
 // Kept a quarter empty, so that a search soon ends.
 constexpr uint32_t kMaxUsed = kMaxSites / 4 * 3;
 
-std::mutex g_lock; // guards insertion
+ShortLock g_lock; // guards insertion
 uint32_t g_used = 0;
 
 /// Returns the place's entry, or the empty one where it belongs.
@@ -23,7 +25,7 @@ uint32_t Find(const char* file, int line) {
 }
 
 uint32_t Insert(const char* file, int line) {
-    const std::lock_guard<std::mutex> guard(g_lock);
+    const std::lock_guard<ShortLock> guard(g_lock);
     const uint32_t number = Find(file, line);
     if (g_sites[number].Holds(file, line)) return number;
     if (g_used == kMaxUsed) return kOtherSite;
@@ -42,9 +44,9 @@ uint32_t detail::SearchSite(const char* file, int line) {
 }
 
 Site SiteAt(uint32_t number) {
-    if (number == kOtherSite) return {"(elsewhere)", 0};
-    return {g_sites[number].file.load(std::memory_order_acquire),
-            g_sites[number].line.load(std::memory_order_relaxed)};
+    const char* const file = g_sites[number].file.load(std::memory_order_acquire);
+    if (file == nullptr) return {"(elsewhere)", 0};
+    return {file, g_sites[number].line.load(std::memory_order_relaxed)};
 }
 
 } // namespace onu_mng_platform

@@ -39,12 +39,12 @@ struct Tally {
     }
 };
 
-bool BelongsToCaller(BlockState state) {
-    return state == BlockState::kLive || state == BlockState::kMoving || state == BlockState::kDamaged;
+bool BelongsToCaller(const BlockView& block) {
+    return block.tag.State() == BlockState::kLive || block.tag.State() == BlockState::kDamaged;
 }
 
-size_t CallersBytes(const BlockRecord& record) {
-    return size_t{record.contents.load(std::memory_order_relaxed)} * kCellBytes;
+size_t CallersBytes(const BlockView& block) {
+    return size_t{block.contents} * kCellBytes;
 }
 
 /// The largest request that a free block of `cells` cells serves.
@@ -74,14 +74,14 @@ struct SizeRow {
 };
 
 void CountBySize(const Pool& pool, SizeRow* rows) {
-    pool.ForEachBlock([rows](BlockTag tag, const BlockRecord& record) {
-        if (BelongsToCaller(tag.State())) {
-            const size_t bytes = CallersBytes(record);
+    pool.ForEachBlock([rows](const BlockView& block) {
+        if (BelongsToCaller(block)) {
+            const size_t bytes = CallersBytes(block);
             return rows[RowOf(bytes)].live.Add(bytes);
         }
-        const size_t bytes = UsableBytes(tag.Cells());
+        const size_t bytes = UsableBytes(block.tag.Cells());
         SizeRow& row = rows[RowOf(bytes)];
-        (tag.State() == BlockState::kStocked ? row.stocked : row.free).Add(bytes);
+        (block.tag.State() == BlockState::kStocked ? row.stocked : row.free).Add(bytes);
     });
 }
 
@@ -114,10 +114,8 @@ size_t JoinRows(SiteRow* rows, size_t count) {
 
 /// Fills a row for each place that has live blocks, the one with most bytes first. Returns their number.
 size_t CountBySite(const Pool& pool, SiteRow* rows) {
-    pool.ForEachBlock([rows](BlockTag tag, const BlockRecord& record) {
-        if (!BelongsToCaller(tag.State())) return;
-        const uint32_t site = record.site.load(std::memory_order_relaxed);
-        if (site < kMaxSites) rows[site].live.Add(CallersBytes(record));
+    pool.ForEachBlock([rows](const BlockView& block) {
+        if (BelongsToCaller(block) && block.site < kMaxSites) rows[block.site].live.Add(CallersBytes(block));
     });
     for (uint32_t i = 0; i < kMaxSites; ++i) {
         if (rows[i].live.blocks != 0) rows[i].site = SiteAt(i);
@@ -132,8 +130,8 @@ size_t CountBySite(const Pool& pool, SiteRow* rows) {
 
 size_t CountDamaged(const Pool& pool) {
     size_t damaged = 0;
-    pool.ForEachBlock([&damaged](BlockTag tag, const BlockRecord&) {
-        if (tag.State() == BlockState::kDamaged) ++damaged;
+    pool.ForEachBlock([&damaged](const BlockView& block) {
+        if (block.tag.State() == BlockState::kDamaged) ++damaged;
     });
     return damaged;
 }
