@@ -11,7 +11,7 @@
 extern "C" {
 #endif
 
-/* Creates a pool of `size` bytes. `name` is copied. The library passes 1 for `shared` (the pool serves
+/* Creates a pool of `size` bytes, whose memory is there when the function returns. `name` is copied. The library passes 1 for `shared` (the pool serves
  * concurrent tasks; the only kind there is) and 0 for `options`. Pools live as long as the process.
  * Returns the pool's id, 0 or above; -1 when the region or the ids are short or `size` is 0. */
 int mpuCreate(const char* name, unsigned int size, int shared, int options);
@@ -19,13 +19,15 @@ int mpuCreate(const char* name, unsigned int size, int shared, int options);
 /* Takes a block of `size` bytes, aligned to 16, with undefined contents. `file` (a literal that outlives the
  * block) and `line` are kept with the block for the views.
  * Returns the block; null when `size` is 0, no pool has the id or no free range is large enough. Free blocks
- * that other tasks keep in stock are used before a request fails. */
+ * that other tasks keep in stock are used before a request fails.
+ * The time is bounded: a request that would fail otherwise takes back what all tasks have in stock and looks
+ * at every free range that is about as large as itself, at most (size of the pool / `size`) of them. */
 void* mpuAlloc_(int pool_id, unsigned int size, const char* file, int line);
 
 /* Returns a block to its pool, from any task.
- * Returns 0; -1, after one log line at level 13 and with nothing changed, for a pointer that is not the start
- * of a block of any pool, for a block that is free already, and for a block written past its end (which is
- * never handed out again). */
+ * Returns 0; -1, with nothing changed, for a pointer that is not the start of a block of any pool, for a block
+ * that is free already, and for a block written past its end (which is never handed out again). One log line
+ * at level 13 then names the pool and the offset from its start in bytes. */
 int mpuFree(void* block);
 
 /* The views print to the terminal whose command is running in the calling task (cli.h), else to standard

@@ -173,7 +173,7 @@ TEST(PlatformPool, TellsNothingFalseOfBlocksThatAreOnTheirWay) {
         std::vector<std::unique_ptr<PortTask>> tasks;
         for (int which = 0; which < 3; ++which) {
             tasks.push_back(std::make_unique<PortTask>("busy", [&, which] {
-                for (int i = 0; i < 20000; ++i) {
+                for (int i = 0; i < 6000; ++i) {
                     void* const one = which == 2 ? all[0] : Take(g_watched, kUnstocked);
                     mpuFree(one);
                 }

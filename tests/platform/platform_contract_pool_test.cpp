@@ -153,9 +153,32 @@ TEST(PlatformPool, ReportsAndRefusesBadPointers) {
             const std::vector<std::string> logged = lines.Take();
             ASSERT_EQ(logged.size(), 1u) << pointer;
             EXPECT_EQ(logged[0].substr(0, 3), "13 ");
+            EXPECT_EQ(logged[0].find("0x"), std::string::npos) << "differs from run to run: " << logged[0];
         }
         ExpectStat(pool, before);
         EXPECT_EQ(mpuFree(block), 0);
+    });
+}
+
+TEST(PlatformPool, ServesALastRequestFromTheOneFreeRangeThatIsLongEnough) {
+    RunOnPort([] {
+        constexpr unsigned int kLong = 20400;
+        constexpr unsigned int kNearlyAsLong = 20000;
+        const int pool = mpuCreate("nearly full", 4 << 20, 1, 0);
+        // The long range is the first to come back, and so the last to be looked at.
+        std::vector<void*> ranges;
+        for (int i = 0; i < 80; ++i) {
+            ranges.push_back(Take(pool, i == 0 ? kLong : kNearlyAsLong));
+            ASSERT_NE(Take(pool, 9000), nullptr); // keeps its neighbours apart
+        }
+        for (const unsigned int rest : {kNearlyAsLong, 9000u, 16u}) {
+            while (Take(pool, rest) != nullptr) {
+            }
+        }
+        for (void* const range : ranges)
+            mpuFree(range);
+        EXPECT_EQ(Take(pool, kLong), ranges[0]);
+        EXPECT_EQ(Take(pool, kLong), nullptr);
     });
 }
 

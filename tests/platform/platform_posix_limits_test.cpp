@@ -1,6 +1,9 @@
 // How much the port for Linux holds, and how long: until the process has ended.
 #include <gtest/gtest.h>
+#include <sys/mman.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cstdlib>
 #include <ctime>
@@ -73,6 +76,18 @@ TEST(PosixPool, ServesMoreThreadsThanItKeepsStocksFor) {
         EXPECT_EQ(StatOf(pool).peak, 300u * 40 * 48);
         EXPECT_NE(Take(pool, 1 << 20), nullptr);
         bep_semDeleteEx(gate);
+    });
+}
+
+TEST(PosixPool, HasItsMemoryFromTheStart) {
+    RunOnPort([] {
+        constexpr unsigned int kBytes = 1 << 20;
+        auto* const block = static_cast<char*>(Take(mpuCreate("resident", kBytes, 1, 0), kBytes));
+        const auto page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
+        const size_t past = reinterpret_cast<uintptr_t>(block) % page;
+        std::vector<unsigned char> resident((past + kBytes + page - 1) / page);
+        ASSERT_EQ(mincore(block - past, past + kBytes, resident.data()), 0);
+        EXPECT_EQ(std::count(resident.begin(), resident.end(), 0), 0);
     });
 }
 

@@ -3,9 +3,6 @@
 namespace onu_mng_platform {
 namespace {
 
-/// Candidates looked at in a list whose blocks may be too short: the price of a last attempt stays bounded.
-constexpr int kMaxProbes = 64;
-
 uint32_t LowestBit(uint32_t word) {
     return static_cast<uint32_t>(__builtin_ctz(word));
 }
@@ -40,12 +37,14 @@ uint32_t BlockMap::FirstFilledList(uint32_t from) const {
     return 32 * LowestBit(later) + LowestBit(filled_[LowestBit(later)]);
 }
 
-Cell BlockMap::FindFit(uint32_t cells) {
+/// Returns a free block of at least `cells` cells; kNoCell when there is none. Where only one list is left,
+/// some of whose blocks are too short, looks at `probes` of them.
+Cell BlockMap::FindFit(uint32_t cells, uint32_t probes) const {
     if (cells > cells_) return kNoCell;
     const uint32_t list = FirstFilledList(FirstListToFit(cells));
     if (list < kLists) return heads_[list];
     Cell start = heads_[ListOf(cells)];
-    for (int i = 0; i < kMaxProbes && start != kNoCell; ++i) {
+    for (uint32_t i = 0; i < probes && start != kNoCell; ++i) {
         if (At(start).Tag().Cells() >= cells) return start;
         start = At(start).site.load(std::memory_order_relaxed);
     }
@@ -87,8 +86,7 @@ void BlockMap::Init(BlockRecord* records, uint32_t cells) {
     AddFree(kFirstCell, cells);
 }
 
-Cell BlockMap::Take(uint32_t cells) {
-    const Cell start = FindFit(cells);
+Cell BlockMap::TakeFrom(Cell start, uint32_t cells) {
     if (start == kNoCell) return kNoCell;
     const uint32_t found = At(start).Tag().Cells();
     RemoveFree(start);

@@ -87,13 +87,17 @@ public:
     void Init(BlockRecord* records, uint32_t cells);
 
     /// Takes a block of `cells` cells, or of one more when that one would be left over; it is kMoving.
-    /// @return its first cell; kNoCell when no free range is long enough.
-    Cell Take(uint32_t cells);
+    /// @return its first cell; kNoCell when no free range was found that is long enough. A long enough one may
+    ///         be missed if it is less than a sixteenth longer than needed and there are many like it.
+    Cell Take(uint32_t cells) { return TakeFrom(FindFit(cells, kFewProbes), cells); }
+
+    /// As Take(), but misses none. Looks at each free range of nearly the needed length.
+    Cell TakeIfAny(uint32_t cells) { return TakeFrom(FindFit(cells, cells_), cells); }
 
     /// Makes a block free that nobody else can reach (kMoving).
     void Release(Cell start);
 
-    BlockRecord& At(Cell cell) { return records_[cell >> 1]; }
+    BlockRecord& At(Cell cell) const { return records_[cell >> 1]; }
 
     /// Calls `visit(view)` for each block. Exact while no other thread uses the pool. Otherwise each block is
     /// seen as it was at some moment of the walk, and one that changes at that moment is left out.
@@ -116,13 +120,15 @@ private:
     static constexpr uint32_t kStepBits = 4;
     static constexpr uint32_t kLists = kExact + (28 - 5) * (1 << kStepBits);
     static constexpr uint32_t kWords = (kLists + 31) / 32;
+    static constexpr uint32_t kFewProbes = 64;
 
     static size_t RecordCount(uint32_t cells) { return (kFirstCell + cells) / 2 + 1; }
     static uint32_t ListOf(uint32_t cells);
     static uint32_t FirstListToFit(uint32_t cells);
 
     uint32_t FirstFilledList(uint32_t from) const;
-    Cell FindFit(uint32_t cells);
+    Cell FindFit(uint32_t cells, uint32_t probes) const;
+    Cell TakeFrom(Cell start, uint32_t cells);
     void AddFree(Cell start, uint32_t cells);
     void RemoveFree(Cell start);
 

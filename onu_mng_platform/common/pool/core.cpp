@@ -22,22 +22,37 @@ uint64_t GuardFor(const std::byte* address) {
     return reinterpret_cast<uintptr_t>(address) ^ 0xC3A5'5A3C'96E1'1E69;
 }
 
+/// Returns zeroed memory, null when there is none. Its pages are there already, so that a board that is short
+/// of them shows it here and no request waits for one.
+void* Reserve(size_t bytes) {
+    constexpr size_t kSmallestPage = 4096;
+    void* const memory = mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (memory == MAP_FAILED) return nullptr;
+    for (size_t offset = 0; offset < bytes; offset += kSmallestPage)
+        static_cast<volatile char*>(memory)[offset] = 0;
+    return memory;
+}
+
+void Release(void* memory, size_t bytes) {
+    if (memory != nullptr) munmap(memory, bytes);
+}
+
 } // namespace
 
 Pool* Pool::Create(const char* name, unsigned int size) {
     const uint32_t cells = std::max((size - 1) / kCellBytes + 1 + kGuardCells, kMinCells);
     if (cells > BlockMap::kMaxCells) return nullptr;
     const size_t bytes = size_t{cells} * kCellBytes;
-    void* const records = std::calloc(BlockMap::RecordBytes(cells), 1);
-    if (records == nullptr) return nullptr;
-    void* const region = mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-    if (region != MAP_FAILED) {
+    // Apart, so that no write past the end of the region reaches the records.
+    void* const region = Reserve(bytes);
+    void* const records = region != nullptr ? Reserve(BlockMap::RecordBytes(cells)) : nullptr;
+    if (records != nullptr) {
         auto* const pool = new (std::nothrow)
             Pool(name, size, static_cast<std::byte*>(region), cells, static_cast<BlockRecord*>(records));
         if (pool != nullptr) return pool;
-        munmap(region, bytes);
     }
-    std::free(records);
+    Release(records, BlockMap::RecordBytes(cells));
+    Release(region, bytes);
     return nullptr;
 }
 
@@ -125,7 +140,7 @@ int Pool::RefuseState(const void* block, BlockState state) const {
     const char* why = "is free already";
     if (state == BlockState::kNone) why = "is not the start of a block";
     if (state == BlockState::kDamaged) why = "was written past its end and stays out of use";
-    LogPort(kRefusedLevel, "Pool %s: refused to free %p, which %s\r\n", name_, block, why);
+    LogPort(kRefusedLevel, "Pool %s: refused to free offset %zu, which %s\r\n", name_, OffsetOf(block), why);
     return -1;
 }
 
@@ -133,9 +148,9 @@ int Pool::RefuseDamaged(const void* block, uint32_t contents, uint32_t site) con
     const Site taken_at = SiteAt(site);
     LogPort(
         kRefusedLevel,
-        "Pool %s: refused to free %p, which was written past its end and stays out of use: %u bytes taken at "
-        "%s:%d\r\n",
-        name_, block, contents * kCellBytes, taken_at.file, taken_at.line);
+        "Pool %s: refused to free offset %zu, which was written past its end and stays out of use: %u bytes "
+        "taken at %s:%d\r\n",
+        name_, OffsetOf(block), contents * kCellBytes, taken_at.file, taken_at.line);
     return -1;
 }
 

@@ -27,7 +27,7 @@ Cell Pool::TakeUnderLock(uint32_t cells, ThreadStock* stock) {
     if (start == kNoCell) start = TakeFromMap(cells, stock);
     if (start != kNoCell) return start;
     TakeStocksBack();
-    return map_.Take(cells);
+    return map_.TakeIfAny(cells);
 }
 
 /// Takes one block of a class and moves as many more as a batch has to `stock`.

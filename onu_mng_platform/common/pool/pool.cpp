@@ -45,7 +45,7 @@ int PoolFree(void* block) {
         Pool* const pool = g_pools[i].load(std::memory_order_relaxed);
         if (pool->Contains(block)) return pool->Free(block);
     }
-    LogPort(13, "Refused to free %p, which is in no pool\r\n", block);
+    LogPort(13, "Refused to free %s, which is in no pool\r\n", block == nullptr ? "null" : "an address");
     return -1;
 }
 
