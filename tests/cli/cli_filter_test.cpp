@@ -1,21 +1,19 @@
 // Output filters with output of any shape, and the one that saves.
 
 #include <csignal>
-#include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <string>
 
-#include <dirent.h>
 #include <malloc.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <gtest/gtest.h>
 
 #include "onu_mng_platform/common/cli/terminal.h"
 #include "tests/support/captured_terminal.h"
+#include "tests/support/temporary_directory.h"
 
 namespace {
 
@@ -36,23 +34,27 @@ int Print(cmd_element*, vty* terminal, int, char**) {
     return 5;
 }
 
-/// What reaches the terminal of "print" with a filter; the same however the output is cut.
-std::string Filtered(const std::string& filter) {
-    static cmd_element record = {"print", Print, nullptr, 0, 0, "print"};
-    EXPECT_EQ(install_element(kNode, &record), 0);
-    CapturedTerminal terminal;
-    std::string first;
-    for (const size_t size : {1U, 2U, 7U, 100000U}) {
-        piece_size = size;
-        EXPECT_EQ(vty_execute(terminal, kNode, ("print | " + filter).c_str()), 5);
-        const std::string text = terminal.Text();
-        if (size == 1) first = text;
-        EXPECT_EQ(text, first) << "pieces of " << size;
-    }
-    return first;
-}
+class CliFilterTest : public testing::Test {
+protected:
+    inline static const int installed = Install(kNode, "print", Print);
 
-TEST(CliFilterTest, LinesEndInAnyWay) {
+    /// What reaches the terminal of "print" with a filter; the same however the output is cut.
+    std::string Filtered(const std::string& filter) {
+        std::string first;
+        for (const size_t size : {1U, 2U, 7U, 100000U}) {
+            piece_size = size;
+            EXPECT_EQ(vty_execute(terminal, kNode, ("print | " + filter).c_str()), 5);
+            const std::string text = terminal.Text();
+            if (size == 1) first = text;
+            EXPECT_EQ(text, first) << "pieces of " << size;
+        }
+        return first;
+    }
+
+    CapturedTerminal terminal;
+};
+
+TEST_F(CliFilterTest, LinesEndInAnyWay) {
     output = "one\r\ntwo\nthree\r\r\n\nlast";
     EXPECT_EQ(Filtered("include e$"), "one\r\nthree\r\n");
     EXPECT_EQ(Filtered("exclude ^$"), "one\r\ntwo\r\nthree\r\nlast\r\n");
@@ -63,15 +65,14 @@ TEST(CliFilterTest, LinesEndInAnyWay) {
     EXPECT_EQ(Filtered("exclude x"), "");
 }
 
-TEST(CliFilterTest, LongLinesAreTreatedInPieces) {
+TEST_F(CliFilterTest, LongLinesAreTreatedInPieces) {
     output = std::string(1023, 'a') + std::string(1023, 'b') + "c\r\n";
     EXPECT_EQ(Filtered("include b"), std::string(1023, 'b') + "\r\n");
     EXPECT_EQ(Filtered("count"), "3 lines\r\n");
 }
 
 // An expression that has the matcher keep a state for every character of this output.
-TEST(CliFilterTest, ExpressionsStayWithinBounds) {
-    Filtered("count"); // installs
+TEST_F(CliFilterTest, ExpressionsStayWithinBounds) {
     output.clear();
     unsigned int bits = 1;
     for (int i = 0; i < 8000; ++i) {
@@ -82,7 +83,6 @@ TEST(CliFilterTest, ExpressionsStayWithinBounds) {
     std::string line = "print | include (a|b)*a";
     for (int i = 0; i < 23; ++i)
         line += "(a|b)";
-    CapturedTerminal terminal;
     piece_size = 100;
     const size_t before = BytesInUse();
     EXPECT_EQ(vty_execute(terminal, kNode, (line + "c").c_str()), 5);
@@ -90,59 +90,39 @@ TEST(CliFilterTest, ExpressionsStayWithinBounds) {
     EXPECT_LT(in_use - before, 40'000'000U);
 }
 
-class CliSaveTest : public testing::Test {
+class CliSaveTest : public CliFilterTest {
 protected:
     CliSaveTest() {
-        char name[] = "/tmp/cli_save_XXXXXX";
-        directory = mkdtemp(name);
-        path = directory + "/report";
         output = "one\r\ntwo\r\n";
         vty* console = terminal;
         console->may_save = true;
-        Filtered("count"); // installs
-    }
-    ~CliSaveTest() override {
-        unlink(path.c_str());
-        rmdir(directory.c_str());
     }
 
     std::string Save() {
-        EXPECT_EQ(Files(), before);
         vty_execute(terminal, kNode, ("print | save " + path).c_str());
         return terminal.Text();
     }
+    /// What is saved, and nothing else is left in the directory.
     std::string Saved() const {
+        EXPECT_EQ(std::distance(std::filesystem::directory_iterator(directory.path), {}), 1);
         std::ifstream file(path);
         return {std::istreambuf_iterator<char>(file), {}};
     }
-    size_t Files() const {
-        DIR* open = opendir(directory.c_str());
-        size_t files = 0;
-        while (const dirent* entry = readdir(open))
-            files += entry->d_name[0] == '.' ? 0 : 1;
-        closedir(open);
-        return files;
-    }
 
-    std::string directory;
-    std::string path;
-    CapturedTerminal terminal;
-    size_t before = 0;
+    const TemporaryDirectory directory;
+    const std::string path = directory.path + "/report";
 };
 
 TEST_F(CliSaveTest, ReplacesAnEarlierFile) {
     EXPECT_EQ(Save(), "10 bytes saved to " + path + "\r\n");
     EXPECT_EQ(Saved(), output);
     output = "three\r\n";
-    before = 1;
     EXPECT_EQ(Save(), "7 bytes saved to " + path + "\r\n");
     EXPECT_EQ(Saved(), output);
-    EXPECT_EQ(Files(), 1U);
 }
 
 TEST_F(CliSaveTest, KeepsTheEarlierFileWhenTheDiskIsFull) {
     std::ofstream(path) << "old";
-    before = 1;
     output = std::string(100000, 'x');
     piece_size = 100;
     std::signal(SIGXFSZ, SIG_IGN);
@@ -154,14 +134,12 @@ TEST_F(CliSaveTest, KeepsTheEarlierFileWhenTheDiskIsFull) {
     setrlimit(RLIMIT_FSIZE, &old);
     EXPECT_EQ(answer, "% Cannot save: File too large.\r\n");
     EXPECT_EQ(Saved(), "old");
-    EXPECT_EQ(Files(), 1U);
 }
 
 TEST_F(CliSaveTest, LeavesWhatIsNoFileAlone) {
     mkfifo(path.c_str(), 0600);
-    before = 1;
     EXPECT_EQ(Save(), "% Cannot save: not a regular file.\r\n");
-    EXPECT_EQ(Files(), 1U);
+    EXPECT_TRUE(std::filesystem::is_fifo(path));
     vty* remote = terminal;
     remote->may_save = false;
     EXPECT_EQ(Save().substr(0, 18), "% Unknown command.");

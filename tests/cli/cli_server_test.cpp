@@ -1,6 +1,5 @@
 // Operators over the socket: many at once, slow ones, dead ones, foreign ones.
 
-#include <atomic>
 #include <condition_variable>
 #include <cstdlib>
 #include <fstream>
@@ -9,7 +8,6 @@
 #include <thread>
 #include <vector>
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/file.h>
@@ -22,7 +20,9 @@
 
 #include "onu_mng_platform/posix/cli/client.h"
 #include "onu_mng_platform/posix/cli/server.h"
+#include "tests/support/captured_terminal.h"
 #include "tests/support/log_lines.h"
+#include "tests/support/temporary_directory.h"
 
 namespace {
 
@@ -33,35 +33,6 @@ using onu_mng_platform::ConnectTo;
 using onu_mng_platform::Descriptor;
 
 constexpr unsigned int kNode = 40;
-
-/// A command that waits until it is told to go on.
-class Gate {
-public:
-    void Pass() {
-        std::unique_lock<std::mutex> lock(mutex_);
-        ++waiting_;
-        changed_.notify_all();
-        changed_.wait(lock, [this] { return open_; });
-        --waiting_;
-    }
-    void AwaitWaiting(int count) {
-        std::unique_lock<std::mutex> lock(mutex_);
-        changed_.wait(lock, [=] { return waiting_ == count; });
-    }
-    void Set(bool open) {
-        const std::lock_guard<std::mutex> lock(mutex_);
-        open_ = open;
-        changed_.notify_all();
-    }
-
-private:
-    std::mutex mutex_;
-    std::condition_variable changed_;
-    int waiting_ = 0;
-    bool open_ = false;
-};
-
-Gate gate;
 
 int Echo(cmd_element*, vty* terminal, int, char** argv) {
     vty_out(terminal, "%s\r\n", argv[0]);
@@ -75,12 +46,6 @@ int Rows(cmd_element*, vty* terminal, int, char** argv) {
     return 0;
 }
 
-int Wait(cmd_element*, vty* terminal, int, char**) {
-    gate.Pass();
-    vty_out(terminal, "done\r\n");
-    return 0;
-}
-
 int Rogue(cmd_element*, vty* terminal, int, char**) {
     vty_out(terminal, "%s",
             "a\x04"
@@ -89,47 +54,28 @@ int Rogue(cmd_element*, vty* terminal, int, char**) {
     return 0;
 }
 
-void InstallCommands() {
-    static cmd_element commands[] = {
-        {"echo <word>", Echo, "say it again", 0, 0, "echo"},
-        {"show rows <0-1000000>", Rows, nullptr, 0, 0, "rows"},
-        {"show wait", Wait, nullptr, 0, 0, "wait"},
-        {"show rogue", Rogue, nullptr, 0, 0, "rogue"},
-    };
-    for (cmd_element& command : commands)
-        ASSERT_EQ(install_element(kNode, &command), 0);
+std::mutex mutex;
+std::condition_variable changed;
+int waiting = 0; // of "show wait", each until it is told to go on
+bool may_go_on = false;
+
+int Wait(cmd_element*, vty* terminal, int, char**) {
+    std::unique_lock<std::mutex> lock(mutex);
+    ++waiting;
+    changed.notify_all();
+    changed.wait(lock, [] { return may_go_on; });
+    vty_out(terminal, "done\r\n");
+    return 0;
 }
-
-class CliServerTest : public testing::Test {
-protected:
-    CliServerTest() {
-        char name[] = "/tmp/cli_server_XXXXXX";
-        directory = mkdtemp(name);
-        path = directory + "/olt.sock";
-        gate.Set(false);
-        InstallCommands();
-    }
-    ~CliServerTest() override {
-        server.Stop();
-        unlink(path.c_str());
-        rmdir(directory.c_str());
-    }
-
-    CliStatus Start(const CliServer::Options& options = {}) {
-        return server.Start(path, kNode, "olt# ", options);
-    }
-
-    Descriptor Connect() const {
-        Descriptor connection;
-        EXPECT_EQ(ConnectTo(path, &connection), CliStatus::kOk);
-        return connection;
-    }
-
-    std::string directory;
-    std::string path;
-    LogLines log;
-    CliServer server;
-};
+void AwaitWaiting(int count) {
+    std::unique_lock<std::mutex> lock(mutex);
+    changed.wait(lock, [=] { return waiting == count; });
+}
+void GoOn() {
+    const std::lock_guard<std::mutex> lock(mutex);
+    may_go_on = true;
+    changed.notify_all();
+}
 
 void Send(const Descriptor& connection, const std::string& text) {
     EXPECT_EQ(send(connection.get(), text.data(), text.size(), MSG_NOSIGNAL),
@@ -148,33 +94,61 @@ std::string Read(const Descriptor& connection, const std::string& end = "\xff") 
     return text;
 }
 
-std::string Ask(CliClient* client, const std::string& line, int expected = 0) {
-    std::string text;
-    const auto result = client->Run(line, [&text](std::string_view part) { text += part; });
-    EXPECT_EQ(result, expected) << line;
-    return text;
-}
+class CliServerTest : public testing::Test {
+protected:
+    static void SetUpTestSuite() {
+        ASSERT_EQ(Install(kNode, "echo <word>", Echo, "say it again"), 0);
+        ASSERT_EQ(Install(kNode, "show rows <0-1000000>", Rows), 0);
+        ASSERT_EQ(Install(kNode, "show wait", Wait), 0);
+        ASSERT_EQ(Install(kNode, "show rogue", Rogue), 0);
+    }
+    CliServerTest() {
+        waiting = 0;
+        may_go_on = false;
+    }
+    ~CliServerTest() override {
+        GoOn();
+        server.Stop();
+    }
 
-/// Waits until the other end closes, without reading.
-void AwaitEnd(const Descriptor& connection) {
-    pollfd end{connection.get(), 0, 0};
-    poll(&end, 1, -1);
-    EXPECT_NE(end.revents & POLLHUP, 0);
-}
+    CliStatus Start(const CliServer::Options& options = {}) {
+        return server.Start(path, kNode, "olt# ", options);
+    }
 
-size_t OpenDescriptors() {
-    DIR* open = opendir("/proc/self/fd");
-    size_t count = 0;
-    while (readdir(open) != nullptr)
-        ++count;
-    closedir(open);
-    return count;
+    /// A connection on which `text` was typed.
+    Descriptor Connect(const std::string& text = "") const {
+        Descriptor connection;
+        EXPECT_EQ(ConnectTo(path, &connection), CliStatus::kOk);
+        Send(connection, text);
+        return connection;
+    }
+
+    const TemporaryDirectory directory;
+    const std::string path = directory.path + "/olt.sock";
+    LogLines log;
+    CliServer server;
+};
+
+/// A program at a server.
+class Program : public CliClient {
+public:
+    explicit Program(const std::string& path) { EXPECT_EQ(Connect(path), CliStatus::kOk); }
+
+    std::string Ask(const std::string& line, int expected = 0) {
+        std::string text;
+        EXPECT_EQ(Run(line, [&text](std::string_view part) { text += part; }), expected) << line;
+        return text;
+    }
+};
+
+long OpenDescriptors() {
+    return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
 }
 
 TEST_F(CliServerTest, AnswersAPersonWhoTypesByHand) {
     ASSERT_EQ(Start(), CliStatus::kOk);
-    const Descriptor connection = Connect();
-    Send(connection, "echo one\r\necho two\n\necho ?\nec?\nshow rows | include a?\nnothing\nex");
+    const Descriptor connection =
+        Connect("echo one\r\necho two\n\necho ?\nec?\nshow rows | include a?\nnothing\nex");
     Send(connection, std::string("it\0\necho late\n", 14));
     EXPECT_EQ(Read(connection),
               "one\r\nolt# two\r\nolt# olt#   <word>\r\nolt#   echo  say it again\r\nolt# "
@@ -183,9 +157,8 @@ TEST_F(CliServerTest, AnswersAPersonWhoTypesByHand) {
 
 TEST_F(CliServerTest, RunsAScriptToItsEndAndNotHalfALine) {
     ASSERT_EQ(Start(), CliStatus::kOk);
-    const Descriptor connection = Connect();
-    Send(connection,
-         "show rows 3\n" + std::string(3000, 'x') + "\necho " + std::string(1018, 'y') + "\necho 30");
+    const Descriptor connection =
+        Connect("show rows 3\n" + std::string(3000, 'x') + "\necho " + std::string(1018, 'y') + "\necho 30");
     shutdown(connection.get(), SHUT_WR);
     const std::string answer = Read(connection);
     EXPECT_NE(answer.find("row 000002"), std::string::npos);
@@ -195,25 +168,22 @@ TEST_F(CliServerTest, RunsAScriptToItsEndAndNotHalfALine) {
 
 TEST_F(CliServerTest, AnswersPrograms) {
     ASSERT_EQ(Start(), CliStatus::kOk);
-    CliClient client;
-    ASSERT_EQ(client.Connect(path), CliStatus::kOk);
+    Program client(path);
     std::string farewell;
     EXPECT_EQ(client.Prompt(&farewell), "olt# ");
-    EXPECT_EQ(Ask(&client, "echo hello"), "hello\r\n");
-    EXPECT_EQ(Ask(&client, "show", -1), "% Command incomplete.\r\n");
-    EXPECT_EQ(Ask(&client, "echo a\necho b", -1).substr(0, 18), "% Unknown command.");
-    EXPECT_EQ(Ask(&client, "list | save /tmp/x", -1).substr(0, 18), "% Unknown command.");
+    EXPECT_EQ(client.Ask("echo hello"), "hello\r\n");
+    EXPECT_EQ(client.Ask("show", -1), "% Command incomplete.\r\n");
+    EXPECT_EQ(client.Ask("echo a\necho b", -1).substr(0, 18), "% Unknown command.");
+    EXPECT_EQ(client.Ask("list | save /tmp/x", -1).substr(0, 18), "% Unknown command.");
     EXPECT_EQ(client.Describe("echo "), "  <word>\r\n");
     EXPECT_EQ(client.Complete("ec").insert, "ho ");
     EXPECT_EQ(client.Complete("show r").choices, (std::vector<std::string>{"rogue", "rows"}));
-    EXPECT_EQ(Ask(&client, "show rogue"), "a.0\n.[2Jb.\tc\xc3\x9c.\xc2..\xe0..2J\xf0\x9f\x98\x80\r\n");
-    CliClient left;
-    ASSERT_EQ(left.Connect(path), CliStatus::kOk);
-    EXPECT_EQ(Ask(&client, "exit"), "");
+    EXPECT_EQ(client.Ask("show rogue"), "a.0\n.[2Jb.\tc\xc3\x9c.\xc2..\xe0..2J\xf0\x9f\x98\x80\r\n");
+    Program left(path);
+    EXPECT_EQ(client.Ask("exit"), "");
     EXPECT_FALSE(client.Prompt(&farewell).has_value());
 
-    const Descriptor raw = Connect();
-    Send(raw, "@bogus\n@prompt\n@run\n");
+    const Descriptor raw = Connect("@bogus\n@prompt\n@run\n");
     const std::string answers = "% Unknown request.\r\n\x04-1\nolt# \x04"
                                 "0\n% Unknown request.\r\n\x04-1\n";
     EXPECT_EQ(Read(raw, answers), answers);
@@ -229,24 +199,24 @@ TEST_F(CliServerTest, ServesSixteenOperatorsWhileOneNeverReads) {
     CliServer::Options options;
     options.output.patience = std::chrono::seconds(2);
     ASSERT_EQ(Start(options), CliStatus::kOk);
-    const Descriptor dead = Connect();
-    Send(dead, "show rows 1000000\n");
+    const Descriptor dead = Connect("show rows 1000000\n");
     std::vector<std::thread> operators;
     for (int i = 0; i < 16; ++i) {
         operators.emplace_back([this, i] {
-            CliClient client;
-            ASSERT_EQ(client.Connect(path), CliStatus::kOk);
+            Program client(path);
             for (int k = 0; k < 100; ++k) {
                 const std::string word = std::to_string(i * 1000 + k);
-                ASSERT_EQ(Ask(&client, "echo " + word), word + "\r\n");
+                ASSERT_EQ(client.Ask("echo " + word), word + "\r\n");
             }
-            EXPECT_EQ(Ask(&client, "show rows 20000 | count"), "20000 lines\r\n");
-            EXPECT_EQ(Ask(&client, "show rows 20000").size(), 20000U * 70);
+            EXPECT_EQ(client.Ask("show rows 20000 | count"), "20000 lines\r\n");
+            EXPECT_EQ(client.Ask("show rows 20000").size(), 20000U * 70);
         });
     }
     for (std::thread& thread : operators)
         thread.join();
-    AwaitEnd(dead);
+    pollfd end{dead.get(), 0, 0};
+    poll(&end, 1, -1);
+    EXPECT_NE(end.revents & POLLHUP, 0) << "closed though nothing was read";
     server.Stop();
     const std::vector<std::string> lines = log.Take();
     const auto dropped = [](const std::string& line) { return line.find("its output is not read") + 1 != 0; };
@@ -258,33 +228,28 @@ TEST_F(CliServerTest, ASlowCommandHoldsUpNobodyElse) {
     std::vector<std::thread> slow;
     for (int i = 0; i < 8; ++i) {
         slow.emplace_back([this] {
-            CliClient client;
-            ASSERT_EQ(client.Connect(path), CliStatus::kOk);
-            EXPECT_EQ(Ask(&client, "show wait"), "done\r\n");
+            Program client(path);
+            EXPECT_EQ(client.Ask("show wait"), "done\r\n");
         });
     }
-    gate.AwaitWaiting(8);
-    CliClient client;
-    ASSERT_EQ(client.Connect(path), CliStatus::kOk);
-    EXPECT_EQ(Ask(&client, "echo fast"), "fast\r\n");
-    gate.Set(true);
+    AwaitWaiting(8);
+    Program client(path);
+    EXPECT_EQ(client.Ask("echo fast"), "fast\r\n");
+    GoOn();
     for (std::thread& thread : slow)
         thread.join();
 }
 
 TEST_F(CliServerTest, StopsUnderSessionsOfEveryKind) {
-    const size_t before = OpenDescriptors();
+    const long before = OpenDescriptors();
     ASSERT_EQ(Start(), CliStatus::kOk);
     const Descriptor idle = Connect();
-    const Descriptor busy = Connect();
-    Descriptor gone = Connect();
-    const Descriptor stuck = Connect();
-    Send(busy, "show wait\necho never\n");
-    Send(gone, "show wait\necho late\n");
-    Send(stuck, "show rows 1000000\n");
-    gate.AwaitWaiting(2);
+    const Descriptor busy = Connect("show wait\necho never\n");
+    Descriptor gone = Connect("show wait\necho late\n");
+    const Descriptor stuck = Connect("show rows 1000000\n");
+    AwaitWaiting(2);
     gone.Close();
-    std::thread opener([] { gate.Set(true); });
+    std::thread opener(GoOn);
     server.Stop();
     opener.join();
     EXPECT_EQ(Read(idle), "% Closed: the host stops.\r\n");
@@ -299,33 +264,29 @@ TEST_F(CliServerTest, LetsOnlySoManyIn) {
     options.max_sessions = 2;
     ASSERT_EQ(Start(options), CliStatus::kOk);
     const Descriptor first = Connect();
-    Descriptor second = Connect();
+    const Descriptor second = Connect();
     EXPECT_EQ(Read(Connect()), "% Refused: too many sessions.\r\n");
     Send(second, "exit\n");
     EXPECT_EQ(Read(second), "");
     Send(first, "echo here\n");
     EXPECT_EQ(Read(first, "olt# "), "here\r\nolt# ");
-    Send(Connect(), "show wait\n");
-    gate.AwaitWaiting(1);
-    gate.Set(true);
+    Connect("show wait\n");
+    AwaitWaiting(1);
 }
 
 TEST_F(CliServerTest, EndsWhoIsSilentForTooLong) {
     CliServer::Options options;
     options.idle_limit = std::chrono::seconds(1);
     ASSERT_EQ(Start(options), CliStatus::kOk);
-    const Descriptor busy = Connect();
-    Send(busy, "show wait\nexit\n");
+    const Descriptor busy = Connect("show wait\nexit\n");
     EXPECT_EQ(Read(Connect()), "% Closed: idle.\r\n");
-    gate.Set(true);
+    GoOn();
     EXPECT_EQ(Read(busy), "done\r\nolt# ");
 }
 
 TEST_F(CliServerTest, LogsSessionsAndWhatTheyChange) {
     ASSERT_EQ(Start(), CliStatus::kOk);
-    const Descriptor connection = Connect();
-    Send(connection, "show rows 1 | count\necho x\nexit\n");
-    Read(connection);
+    Read(Connect("show rows 1 | count\necho x\nexit\n"));
     server.Stop();
     const std::string who =
         "12 cli 1 (uid " + std::to_string(getuid()) + ", pid " + std::to_string(getpid()) + "): ";
@@ -336,7 +297,7 @@ TEST_F(CliServerTest, LogsSessionsAndWhatTheyChange) {
 TEST_F(CliServerTest, RefusesStrangers) {
     if (geteuid() != 0) GTEST_SKIP() << "only root can become somebody else";
     ASSERT_EQ(Start(), CliStatus::kOk);
-    chmod(directory.c_str(), 0755);
+    chmod(directory.path.c_str(), 0755);
     const auto as_stranger = [](const std::function<bool()>& check) {
         const pid_t child = fork();
         if (child == 0) _exit(setuid(65534) == 0 && check() ? 0 : 1);
@@ -358,7 +319,7 @@ TEST_F(CliServerTest, MeetsOthersThatStartAtItsOwnPathOnly) {
     ASSERT_EQ(flock(other.get(), LOCK_EX), 0);
     EXPECT_EQ(Start(), CliStatus::kInUse);
     flock(other.get(), LOCK_UN);
-    const Descriptor neighbour(open(directory.c_str(), O_RDONLY | O_CLOEXEC));
+    const Descriptor neighbour(open(directory.path.c_str(), O_RDONLY | O_CLOEXEC));
     ASSERT_EQ(flock(neighbour.get(), LOCK_EX), 0);
     EXPECT_EQ(Start(), CliStatus::kOk) << "somebody else's lock of the directory is not ours";
 }
@@ -374,12 +335,10 @@ TEST_F(CliServerTest, TakesAPathOnlyFromTheDead) {
     CliServer other;
     EXPECT_EQ(other.Start(path, kNode, "x"), CliStatus::kInUse);
     EXPECT_EQ(access((path + ".lock").c_str(), F_OK), -1);
-    const Descriptor served = Connect();
-    Send(served, "echo here\n");
-    EXPECT_EQ(Read(served, "olt# "), "here\r\nolt# ");
+    EXPECT_EQ(Read(Connect("echo here\n"), "olt# "), "here\r\nolt# ");
 
     // As a process leaves it that dies.
-    const std::string left = directory + "/left";
+    const std::string left = directory.path + "/left";
     ASSERT_EQ(link(path.c_str(), left.c_str()), 0);
     server.Stop();
     ASSERT_EQ(rename(left.c_str(), path.c_str()), 0);
@@ -399,7 +358,7 @@ TEST_F(CliServerTest, TakesAPathOnlyFromTheDead) {
               std::vector<std::string>{"14 cli: cannot serve " + path + ": the path is no socket"});
     EXPECT_EQ(other.Start("", kNode, "x"), CliStatus::kBadPath);
     EXPECT_EQ(other.Start(std::string(108, 'x'), kNode, "x"), CliStatus::kBadPath);
-    EXPECT_EQ(other.Start(directory + "/none/olt.sock", kNode, "x"), CliStatus::kSystem);
+    EXPECT_EQ(other.Start(directory.path + "/none/olt.sock", kNode, "x"), CliStatus::kSystem);
     EXPECT_EQ(errno, ENOENT);
 }
 

@@ -1,5 +1,5 @@
-/// The commands that the tests of the command line type: the library's, whose handlers are replaced by one
-/// that tells what it was given, and some that have what the library's grammar does not.
+/// The commands that the tests of the command line type: the library's, with a handler that tells what it is
+/// given, and others that take the grammar to its corners.
 #ifndef ONU_MNG_TESTS_CLI_CLI_TEST_COMMANDS_H
 #define ONU_MNG_TESTS_CLI_CLI_TEST_COMMANDS_H
 
@@ -10,19 +10,17 @@
 
 namespace cli_test {
 
-/// Where Install() puts the library's commands, and where the others.
-constexpr unsigned int kNode = 7;
-constexpr unsigned int kOtherNode = 8;
+constexpr unsigned int kNode = 7;      ///< of the library's commands
+constexpr unsigned int kOtherNode = 8; ///< of the others
 
-/// Installs all, the first time it is called. Their handler prints, quoted, the words it was given, behind
-/// the command's name, and keeps the words for TakeCall().
+/// Installs all, the first time it is called.
 void Install();
 
 /// The commands of a node in the order of their installation.
 const std::vector<cmd_element>& Commands(unsigned int node);
 
-/// The name of the command that ran in this task since the last call and the words it was given; empty when
-/// none did.
+/// The name of the command that ran in this task since the last call, and the words it was given, which it
+/// also printed; empty when none ran.
 std::vector<std::string> TakeCall();
 
 } // namespace cli_test

@@ -1,9 +1,9 @@
-/// A terminal for tests.
+/// Terminals and commands for tests.
 #ifndef ONU_MNG_TESTS_SUPPORT_CAPTURED_TERMINAL_H
 #define ONU_MNG_TESTS_SUPPORT_CAPTURED_TERMINAL_H
 
+#include <deque>
 #include <string>
-#include <utility>
 
 #include "onu_mng_platform/cli.h"
 
@@ -17,7 +17,11 @@ public:
 
     operator vty*() const { return terminal; }
     /// The characters since the last call.
-    std::string Text() { return std::exchange(text, {}); }
+    std::string Text() {
+        std::string taken = text;
+        text.clear();
+        return taken;
+    }
 
 private:
     static void Write(void* self, const char* data, size_t size) {
@@ -26,5 +30,15 @@ private:
     std::string text;
     vty* const terminal;
 };
+
+/// Installs a command, named by its syntax, for the rest of the process. @return the result of
+/// install_element().
+inline int Install(unsigned int node, const std::string& syntax, cmd_handler handler,
+                   const char* help = nullptr) {
+    static std::deque<std::string> syntaxes;
+    static std::deque<cmd_element> commands;
+    const char* const kept = syntaxes.emplace_back(syntax).c_str();
+    return install_element(node, &commands.emplace_back(cmd_element{kept, handler, help, 0, 0, kept}));
+}
 
 #endif

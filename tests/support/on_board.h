@@ -1,0 +1,35 @@
+/// Runs on the simulated board.
+#ifndef ONU_MNG_TESTS_SUPPORT_ON_BOARD_H
+#define ONU_MNG_TESTS_SUPPORT_ON_BOARD_H
+
+#include <gtest/gtest.h>
+
+#include <functional>
+
+#include "onu_mng_platform/sim/simulation.h"
+
+/// Runs `body` on a board and expects the run to end in quiet.
+inline void OnBoard(const onu_mng_platform::SimOptions& options,
+                    const std::function<void(onu_mng_platform::Simulation&)>& body) {
+    onu_mng_platform::Simulation board(options);
+    board.Run([&] { body(board); });
+    EXPECT_TRUE(board.Result().Ok()) << board.Result().report;
+}
+
+/// Calls `act` with its first `operator new` and all later ones failing, then from the second on, and so on
+/// until none of its calls fails. After each, `check` is told whether some failed.
+/// @return how often they failed.
+inline unsigned int WithoutMemory(onu_mng_platform::Simulation& board, const std::function<void()>& act,
+                                  const std::function<void(bool failed)>& check) {
+    for (unsigned int nth = 1;; ++nth) {
+        const unsigned int before = board.Failed();
+        board.FailFrom(onu_mng_platform::SimFault::kNew, nth);
+        act();
+        board.FailNone();
+        const bool failed = board.Failed() != before;
+        check(failed);
+        if (!failed) return nth - 1;
+    }
+}
+
+#endif
