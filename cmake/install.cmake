@@ -11,6 +11,8 @@ install(EXPORT onu_mng NAMESPACE onu_mng:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/c
         FILE onu_mng-targets.cmake)
 install(DIRECTORY onu_mng_lib onu_mng_platform DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h"
         PATTERN template EXCLUDE)
+install(FILES ${PROJECT_BINARY_DIR}/generated/onu_mng_lib/onu_mng_version.h
+        DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/onu_mng_lib)
 
 write_basic_package_version_file(onu_mng-config-version.cmake COMPATIBILITY SameMinorVersion)
 install(FILES cmake/onu_mng-config.cmake ${CMAKE_CURRENT_BINARY_DIR}/onu_mng-config-version.cmake

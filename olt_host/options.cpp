@@ -7,6 +7,7 @@
 #include <CLI/CLI.hpp>
 
 #include "olt_host/operators/cli_path.h"
+#include "onu_mng_lib/onu_mng_version.h"
 
 namespace olt_host {
 
@@ -125,6 +126,7 @@ std::optional<int> ReadOptions(int argc, char** argv, Options& options) {
     AddTimes(app, options);
     AddFaults(app, options);
     AddWork(app, options);
+    app.set_version_flag("--version", std::string("olt_host ") + onu_mng_version(), "print the version");
     app.add_flag("-v,--verbose", options.verbose,
                  "list every ONU or frame, count what happened on the PONs, and log warnings; twice: trace "
                  "the state machines of every ONU");

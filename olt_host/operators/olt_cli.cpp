@@ -18,6 +18,7 @@
 
 #include "olt_host/operators/cli_path.h"
 #include "olt_host/operators/standard_files.h"
+#include "onu_mng_lib/onu_mng_version.h"
 #include "onu_mng_platform/posix/cli/client.h"
 #include "onu_mng_platform/posix/console/cli_editor.h"
 
@@ -207,6 +208,7 @@ std::optional<ExitStatus> ReadOptions(int argc, char** argv, Options& options) {
     app.add_option("-c,--command", options.commands, "Line to run; may be given several times")
         ->allow_extra_args(false);
     app.add_flag("-e,--stop", options.stops_at_failure, "Stop at the first command that fails");
+    app.set_version_flag("--version", std::string("olt_cli ") + onu_mng_version(), "Print the version");
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
