@@ -1,0 +1,87 @@
+/// Measuring one operation: what the rows of the benchmark share.
+#ifndef ONU_MNG_BENCH_MEASURE_H
+#define ONU_MNG_BENCH_MEASURE_H
+
+#include <atomic>
+#include <cstddef>
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace bench {
+
+/// One way to do the work of a row. A process measures one case.
+struct Case {
+    enum class Kind { kOurs, kPeer, kLimit };
+
+    Kind kind;
+    std::string name;
+    std::function<double()> measure; ///< seconds for one operation
+    std::string preload;             ///< a library that replaces malloc in this process, or empty
+};
+
+enum class Unit { kMillionsPerSecond, kNanoseconds, kMicroseconds };
+
+struct Row {
+    std::string name;
+    Unit unit;
+    double target; ///< the least ratio of the speeds, ours to that of the fastest peer
+    double goal;
+    std::vector<Case> cases;
+};
+using Rows = std::vector<Row>;
+
+void AddMessageRows(Rows& rows);
+void AddRoundTripRows(Rows& rows);
+void AddPoolRows(Rows& rows);
+void AddLockRows(Rows& rows);
+void AddStateRows(Rows& rows);
+void AddTraceRows(Rows& rows);
+void AddReportRows(Rows& rows);
+
+/// How long a case measures: the median of `batches` batches of about `batch_s` seconds each.
+struct Budget {
+    double batch_s = 0.05;
+    unsigned int batches = 5;
+};
+inline Budget budget;
+
+double Median(std::vector<double> values);
+
+/// `run(count)` does the operation `count` times. Warms up, then returns the median of seconds for one
+/// operation.
+double TimePerOperation(const std::function<void(std::size_t count)>& run);
+
+/// As `TimePerOperation` with `work(task, count)` running in two threads at once; the time counts until both
+/// are done.
+double TimePerOperationOfTwo(const std::function<void(unsigned int task, std::size_t count)>& work);
+
+/// Makes the compiler assume that `value` is used.
+template <typename T>
+inline void Keep(const T& value) {
+    asm volatile("" : : "r,m"(value) : "memory");
+}
+
+/// A counter that one thread writes and another reads, in a cache line of its own.
+struct alignas(64) Counter {
+    std::atomic<std::size_t> value{0};
+
+    void Add() { value.store(value.load(std::memory_order_relaxed) + 1, std::memory_order_release); }
+    /// Yields the processor until at least `count` is reached.
+    void Await(std::size_t count) const;
+};
+
+/// Binds the calling thread to one core.
+void RunOnCore(unsigned int core);
+
+/// The libraries that replace malloc and are installed; the first replaces nothing.
+struct Allocator {
+    const char* name;
+    const char* library;
+};
+const std::vector<Allocator>& Allocators();
+const Allocator& Mimalloc();
+
+} // namespace bench
+
+#endif
