@@ -6,6 +6,7 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <iostream>
 #include <new>
 #include <optional>
@@ -21,6 +22,7 @@
 #include "onu_mng_lib/onu_mng_version.h"
 #include "onu_mng_platform/posix/cli/client.h"
 #include "onu_mng_platform/posix/console/cli_editor.h"
+#include "onu_mng_platform/posix/console/terminal_modes.h"
 
 namespace {
 
@@ -74,10 +76,10 @@ private:
         std::FILE* pipe = popen(pager == nullptr || *pager == '\0' ? "less" : pager, "w");
         std::signal(SIGPIPE, SIG_IGN);
         if (pipe == nullptr) return Write(pages_, stdout);
-        std::signal(SIGINT, SIG_IGN);
+        const auto handler = std::signal(SIGINT, SIG_IGN);
         Write(pages_, pipe);
         const int status = pclose(pipe);
-        std::signal(SIGINT, SIG_DFL);
+        std::signal(SIGINT, handler);
         if (WIFEXITED(status) && WEXITSTATUS(status) == kNotFound) Write(pages_, stdout);
     }
 
@@ -147,7 +149,8 @@ ExitStatus TypeLines(Session* session) {
     CliEditor editor(*prompt, {[&client](const std::string& line) { return client.Complete(line); },
                                [&client](const std::string& line) { return client.Describe(line); }});
     const std::string history = HistoryPath();
-    if (!history.empty()) editor.KeepHistory(history);
+    if (!history.empty() && !editor.KeepHistory(history))
+        std::fprintf(stderr, "olt_cli: lines are not kept: %s: %s\n", history.c_str(), std::strerror(errno));
     while (session->IsOpen()) {
         const auto line = editor.Read();
         if (!line) break;
@@ -224,6 +227,7 @@ int main(int argc, char** argv) {
     std::setlocale(LC_CTYPE, "");
     // A pager that is left early, or a head behind this program, must not end it in the middle of an answer.
     std::signal(SIGPIPE, SIG_IGN);
+    onu_mng_platform::TerminalModes::RestoreOnSignals();
     try {
         Options options;
         if (const auto status = ReadOptions(argc, argv, options)) return *status;

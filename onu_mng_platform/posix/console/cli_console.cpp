@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <mutex>
 #include <new>
+#include <system_error>
 #include <thread>
 #include <utility>
 
@@ -28,6 +29,7 @@ namespace {
 
 constexpr int kKickPeriod = 100; // ms
 constexpr int kSessionLevel = 12;
+constexpr int kErrorLevel = 13;
 
 using Terminal = std::unique_ptr<vty, decltype(&vty_destroy)>;
 
@@ -46,26 +48,28 @@ void PutInto(void* output, const char* data, size_t size) {
     static_cast<CliOutput*>(output)->PutText(std::string_view(data, size));
 }
 
-// In the background the terminal is another process's, and reading from it an error.
-bool HasTerminal() {
-    return isatty(STDIN_FILENO) != 0 && tcgetpgrp(STDIN_FILENO) == getpgrp();
+bool IsSameDevice(int one, int other) {
+    struct stat a {};
+    struct stat b {};
+    return fstat(one, &a) == 0 && fstat(other, &b) == 0 && a.st_rdev == b.st_rdev;
 }
 
-// Opened anew, since a flag set on standard output would be one of everybody who has that terminal.
+// Opened anew, since a flag set on standard output would be one of everybody who has that terminal. By its
+// name it may belong to the user that this process had before; /dev/tty is open to all of the session.
 Descriptor OpenTerminal() {
+    constexpr int kFlags = O_WRONLY | O_NOCTTY | O_NONBLOCK | O_CLOEXEC;
     char name[64];
-    if (ttyname_r(STDOUT_FILENO, name, sizeof name) != 0) return Descriptor();
-    return Descriptor(open(name, O_WRONLY | O_NOCTTY | O_NONBLOCK | O_CLOEXEC));
+    const bool has_name = ttyname_r(STDOUT_FILENO, name, sizeof name) == 0;
+    Descriptor terminal(has_name ? open(name, kFlags) : -1);
+    if (terminal.IsOpen() || !IsSameDevice(STDIN_FILENO, STDOUT_FILENO)) return terminal;
+    return Descriptor(open("/dev/tty", kFlags));
 }
 
 /// While it lives, log lines that go to the console's own terminal take the place of the row that is being
 /// edited, which is then drawn again below them.
 class LogScope {
 public:
-    LogScope(int screen, CliEvent& redraw) {
-        struct stat own {};
-        struct stat log {};
-        is_set_ = fstat(screen, &own) == 0 && fstat(STDERR_FILENO, &log) == 0 && own.st_rdev == log.st_rdev;
+    explicit LogScope(CliEvent& redraw) : is_set_(IsSameDevice(STDOUT_FILENO, STDERR_FILENO)) {
         if (is_set_) LogSetNeighbour({[](void* event) { static_cast<CliEvent*>(event)->Set(); }, &redraw});
     }
     ~LogScope() {
@@ -75,7 +79,7 @@ public:
     LogScope& operator=(const LogScope&) = delete;
 
 private:
-    bool is_set_;
+    const bool is_set_;
 };
 
 } // namespace
@@ -100,11 +104,14 @@ public:
     }
 
     bool Start() {
-        if (!HasTerminal() || !screen_.IsOpen() || !stop_.IsValid() || !wake_.IsValid() ||
-            !redraw_.IsValid() || !ended_.IsValid())
-            return false;
+        if (isatty(STDIN_FILENO) == 0 || isatty(STDOUT_FILENO) == 0) return false;
+        // Reading from it would be an error, or take what is typed for another program.
+        if (tcgetpgrp(STDIN_FILENO) != getpgrp()) return Refuse("the terminal is another job's");
+        if (!screen_.IsOpen() || !stop_.IsValid() || !wake_.IsValid() || !redraw_.IsValid() ||
+            !ended_.IsValid())
+            return Refuse(std::generic_category().message(errno));
         thread_ = StartThread("cli-console", [this] { Run(); });
-        return thread_.joinable();
+        return thread_.joinable() || Refuse(std::generic_category().message(errno));
     }
 
     void Print(const std::string& text) {
@@ -120,12 +127,16 @@ public:
 
 private:
     void Run();
-    void Edit();
+    bool Edit();
     bool IsStopped() const { return IsSet(stop_, 0); }
     static bool IsSet(const CliEvent& event, int patience_ms);
     std::string TakeText() {
         const std::lock_guard<std::mutex> guard(text_lock_);
         return std::exchange(text_, std::string());
+    }
+    bool Refuse(const std::string& cause) const {
+        ulogPrintf(options_.log_module, kErrorLevel, "console: not opened: %s\r\n", cause.c_str());
+        return false;
     }
     void Log(const char* event) const {
         ulogPrintf(options_.log_module, kSessionLevel, "%s: %s\r\n", user_.c_str(), event);
@@ -157,20 +168,22 @@ private:
 
 void CliConsole::Loop::Run() {
     Log("opened");
+    bool is_cut = false;
     try {
-        Edit();
+        is_cut = Edit();
     } catch (const std::bad_alloc&) {
         // There is no console without an editor.
     }
     const std::string text = TakeText();
     std::fwrite(text.data(), 1, text.size(), stdout);
     std::fflush(stdout);
-    Log("left");
-    if (options_.on_exit && !IsStopped()) options_.on_exit();
+    Log(is_cut ? "its terminal is gone" : "left");
+    if (options_.on_exit && !is_cut && !IsStopped()) options_.on_exit();
     ended_.Set();
 }
 
-void CliConsole::Loop::Edit() {
+/// Serves lines. @return whether that has ended because the terminal is gone.
+bool CliConsole::Loop::Edit() {
     const CliEditor::Events events{stop_, redraw_, [this] { return TakeText(); }, cancel_leaves_};
     CliEditor editor(prompt_,
                      {[this](const std::string& line) { return Complete(line); },
@@ -178,6 +191,7 @@ void CliConsole::Loop::Edit() {
                      &events);
     while (Serve(&editor))
         ;
+    return editor.IsCut();
 }
 
 bool CliConsole::Loop::IsSet(const CliEvent& event, int patience_ms) {
@@ -198,7 +212,7 @@ bool CliConsole::Loop::Serve(CliEditor* editor) {
 }
 
 std::optional<std::string> CliConsole::Loop::ReadLine(CliEditor* editor) {
-    const LogScope scope(screen_.get(), redraw_);
+    const LogScope scope(redraw_);
     return editor->Read();
 }
 

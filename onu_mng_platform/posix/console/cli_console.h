@@ -16,12 +16,15 @@ namespace onu_mng_platform {
 /// Two threads serve it, so that a command whose output the terminal does not take (Ctrl-S) goes on; when 512
 /// KiB wait and none is taken for five seconds, the rest of that command's output is dropped.
 ///
+/// While the process is in the background the console waits: what is typed is the shell's.
+///
 /// Thread safety: one task starts and stops.
 class CliConsole {
 public:
     struct Options {
         unsigned int log_module = 0;
-        /// Called once, in the console's thread, when the operator leaves; not for `Stop`.
+        /// Called once, in the console's thread, when the operator leaves; not for `Stop`, and not when the
+        /// terminal is gone, which SIGHUP tells those who want to end by it.
         std::function<void()> on_exit;
     };
 
@@ -30,8 +33,9 @@ public:
     CliConsole(const CliConsole&) = delete;
     CliConsole& operator=(const CliConsole&) = delete;
 
-    /// @return false, with nothing changed, when there is no terminal, no thread, or a console already. Throws
-    ///         std::bad_alloc.
+    /// @return false, with nothing changed: when standard input or output is no terminal or there is a console
+    ///         already; after one log line at level 13, when the terminal belongs to another job or session, or
+    ///         cannot be opened, or no thread could be started. Throws std::bad_alloc.
     bool Start(unsigned int node, const std::string& prompt, Options options);
 
     /// Ends the console, after the command that runs, and gives the terminal back as it was. Nothing when not

@@ -1,45 +1,34 @@
 #include "onu_mng_platform/posix/console/cli_editor.h"
 
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <cwchar>
-#include <deque>
-#include <fstream>
+#include <iterator>
 #include <new>
+#include <thread>
 #include <utility>
 
-#include <fcntl.h>
 #include <histedit.h>
 #include <poll.h>
-#include <sys/file.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
-#include "onu_mng_platform/posix/cli/descriptor.h"
+#include "onu_mng_platform/posix/console/history_file.h"
+#include "onu_mng_platform/posix/console/terminal_modes.h"
 
 namespace onu_mng_platform {
 namespace {
 
 constexpr int kHistorySize = 500;
-constexpr size_t kMaxKeptLines = 2 * kHistorySize; ///< from which on a file is made shorter
-constexpr char kCancel = '\x03';                   // Ctrl-C
-constexpr char kQuote = '\x16';                    // Ctrl-V
+constexpr int kPause = 1000;     // ms
+constexpr char kCancel = '\x03'; // Ctrl-C
+constexpr char kQuote = '\x16';  // Ctrl-V
 
 void Print(const std::string& text) {
     std::fwrite(text.data(), 1, text.size(), stdout);
     std::fflush(stdout);
 }
-
-/// Keeps the editors of other processes from a file that they share.
-class FileLock {
-public:
-    explicit FileLock(int file) : file_(file) { flock(file_, LOCK_EX); }
-    ~FileLock() { flock(file_, LOCK_UN); }
-    FileLock(const FileLock&) = delete;
-    FileLock& operator=(const FileLock&) = delete;
-
-private:
-    const int file_;
-};
 
 std::string UpToCursor(EditLine* edit) {
     const LineInfo* line = el_line(edit);
@@ -51,8 +40,8 @@ std::string UpToCursor(EditLine* edit) {
 class CliEditor::Editing {
 public:
     Editing(const std::string& prompt, Keys keys, const Events* events)
-        : prompt_(prompt), keys_(std::move(keys)), events_(events), history_(history_init()),
-          edit_(el_init("olt", stdin, stdout, stderr)) {
+        : prompt_(prompt), keys_(std::move(keys)), events_(events), modes_(resumed_),
+          history_(history_init()), edit_(el_init("olt", stdin, stdout, stderr)) {
         if (history_ == nullptr || edit_ == nullptr) throw std::bad_alloc();
         HistEvent event;
         history(history_.get(), &event, H_SETSIZE, kHistorySize);
@@ -68,10 +57,14 @@ public:
         el_set(edit, EL_BIND, "^W", "ed-delete-prev-word", nullptr);
     }
 
+    ~Editing() { End(); }
+
     std::optional<std::string> Read() {
         do {
             // Before the prompt, so that a key that is pressed at its sight is one of the editor's.
+            if (!AwaitForeground()) return std::nullopt;
             el_set(edit_.get(), EL_PREP_TERM, 1);
+            FitWindow();
             is_cancelled_ = false;
             if (events_ != nullptr) PrintWaiting();
             int size = 0;
@@ -84,22 +77,14 @@ public:
         return Remember();
     }
 
-    void KeepHistory(const std::string& path) {
-        kept_in_ = Descriptor(open(path.c_str(), O_RDWR | O_APPEND | O_CREAT | O_CLOEXEC, 0600));
-        const FileLock lock(kept_in_.get());
-        std::ifstream file(path);
-        std::deque<std::string> lines;
-        size_t count = 0;
-        for (std::string line; std::getline(file, line); ++count) {
-            lines.push_back(line);
-            if (lines.size() > kHistorySize) lines.pop_front();
-        }
-        for (const std::string& line : lines)
+    bool KeepHistory(const std::string& path) {
+        if (!kept_.Open(path)) return false;
+        for (const std::string& line : kept_.Read(kHistorySize))
             Enter(line);
-        if (count <= kMaxKeptLines || ftruncate(kept_in_.get(), 0) != 0) return;
-        for (const std::string& line : lines)
-            Append(line);
+        return true;
     }
+
+    bool IsCut() const { return is_cut_; }
 
 private:
     struct EndEdit {
@@ -120,8 +105,7 @@ private:
     std::string Remember() {
         if (line_.find_first_not_of(" \t") == std::string::npos) return line_;
         Enter(line_);
-        const FileLock lock(kept_in_.get());
-        Append(line_);
+        kept_.Append(line_);
         return line_;
     }
 
@@ -129,12 +113,9 @@ private:
         HistEvent event;
         history(history_.get(), &event, H_ENTER, line.c_str());
     }
-    void Append(const std::string& line) {
-        const std::string kept = line + '\n';
-        (void)!write(kept_in_.get(), kept.data(), kept.size());
-    }
 
     int Next(wchar_t* character);
+    bool Convert(char byte, wchar_t* character);
     int NextByte(char* byte);
     bool TakeKey(char* byte);
     void Help();
@@ -143,18 +124,26 @@ private:
     void PrintBelow(const std::string& text);
     void PrintWaiting() const;
     void Redraw();
+    void Resume();
+    void FitWindow();
+    bool AwaitForeground();
+    int End();
 
     std::string prompt_;
     const Keys keys_;
     const Events* const events_;
+    const CliEvent resumed_; ///< the process was stopped, and goes on
+    const TerminalModes modes_;
     std::unique_ptr<History, EndHistory> history_;
     std::unique_ptr<EditLine, EndEdit> edit_;
     std::string line_;
-    Descriptor kept_in_;
+    HistoryFile kept_;
+    winsize window_{};
     std::string typed_for_; ///< what TAB has yet to type for the operator
     std::mbstate_t half_read_{};
     bool is_quote_ = false; ///< the last key was Ctrl-V
     bool is_cancelled_ = false;
+    bool is_cut_ = false;
 };
 
 int CliEditor::Editing::Next(wchar_t* character) {
@@ -162,13 +151,21 @@ int CliEditor::Editing::Next(wchar_t* character) {
     int result = 0;
     while ((result = NextByte(&byte)) == 1) {
         if (IsLeft(byte)) return 0;
-        if (TakeKey(&byte)) continue;
-        const size_t size = std::mbrtowc(character, &byte, 1, &half_read_);
-        if (size <= 1) return 1;
-        // Half a character goes on with the next byte; what is none is left out.
-        if (size == static_cast<size_t>(-1)) half_read_ = std::mbstate_t{};
+        if (TakeKey(&byte) || !Convert(byte, character)) continue;
+        return 1;
     }
     return result;
+}
+
+/// Adds a byte to the character being read. A byte that belongs to no character is left out; half a character
+/// in front of it does not take it along. @return whether the character is complete.
+bool CliEditor::Editing::Convert(char byte, wchar_t* character) {
+    constexpr auto kInvalid = static_cast<size_t>(-1);
+    const bool is_first = std::mbsinit(&half_read_) != 0;
+    const size_t size = std::mbrtowc(character, &byte, 1, &half_read_);
+    if (size != kInvalid) return size <= 1;
+    half_read_ = std::mbstate_t{};
+    return !is_first && Convert(byte, character);
 }
 
 /// Does what a key of ours does. The editing library is not told of them: it would never free their names.
@@ -217,7 +214,7 @@ void CliEditor::Editing::PrintWaiting() const {
 
 void CliEditor::Editing::Redraw() {
     Print("\r\x1b[K"); // it may have been drawn since
-    PrintWaiting();
+    if (events_ != nullptr) PrintWaiting();
     el_set(edit_.get(), EL_REFRESH);
 }
 
@@ -225,6 +222,41 @@ bool CliEditor::Editing::IsLeft(char byte) const {
     if (byte != kCancel || is_quote_ || events_ == nullptr || !events_->cancel_leaves) return false;
     const LineInfo* line = el_line(edit_.get());
     return line->buffer == line->lastchar;
+}
+
+/// Takes the terminal again after others had it.
+void CliEditor::Editing::Resume() {
+    resumed_.Clear();
+    el_set(edit_.get(), EL_PREP_TERM, 0);
+    el_set(edit_.get(), EL_PREP_TERM, 1);
+    Redraw();
+}
+
+/// Lines are broken where the window ends now.
+void CliEditor::Editing::FitWindow() {
+    winsize window{};
+    if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &window) != 0) return;
+    const bool has_changed = window.ws_row != window_.ws_row || window.ws_col != window_.ws_col;
+    window_ = window;
+    if (has_changed) el_resize(edit_.get());
+}
+
+/// Waits while the terminal belongs to the shell or another job. A program without events is stopped by the
+/// system instead. @return false when reading ends.
+bool CliEditor::Editing::AwaitForeground() {
+    while (events_ != nullptr && IsInBackground()) {
+        pollfd ready[] = {{events_->stop.descriptor(), POLLIN, 0}, {resumed_.descriptor(), POLLIN, 0}};
+        poll(ready, 2, kPause);
+        if (ready[0].revents != 0) return false;
+        resumed_.Clear();
+    }
+    return true;
+}
+
+int CliEditor::Editing::End() {
+    // The library would set the terminal, also of somebody else.
+    if (IsInBackground()) el_set(edit_.get(), EL_EDITMODE, 0);
+    return 0;
 }
 
 int CliEditor::Editing::NextByte(char* byte) {
@@ -235,15 +267,28 @@ int CliEditor::Editing::NextByte(char* byte) {
     }
     const int stop = events_ == nullptr ? -1 : events_->stop.descriptor();
     const int redraw = events_ == nullptr ? -1 : events_->redraw.descriptor();
-    pollfd input[] = {{STDIN_FILENO, POLLIN, 0}, {stop, POLLIN, 0}, {redraw, POLLIN, 0}};
+    pollfd ready[] = {{STDIN_FILENO, POLLIN, 0},
+                      {stop, POLLIN, 0},
+                      {redraw, POLLIN, 0},
+                      {resumed_.descriptor(), POLLIN, 0}};
     for (;;) {
-        if (poll(input, 3, -1) < 0) continue;
-        if (input[1].revents != 0) return 0;
-        if (input[2].revents != 0) Redraw();
-        if (input[0].revents == 0) continue;
+        if (poll(ready, std::size(ready), -1) < 0) {
+            if (errno != EINTR) std::this_thread::sleep_for(std::chrono::milliseconds(kPause));
+            continue;
+        }
+        if (ready[1].revents != 0) return End();
+        const bool has_returned = events_ != nullptr && IsInBackground();
+        if (has_returned && !AwaitForeground()) return End();
+        if (has_returned || ready[3].revents != 0) Resume();
+        if (ready[2].revents != 0) Redraw();
+        if (has_returned || ready[0].revents == 0) continue;
+        FitWindow();
         const ssize_t size = read(STDIN_FILENO, byte, 1);
-        if (size >= 0) return static_cast<int>(size);
-        if (errno != EINTR && errno != EAGAIN) return -1;
+        if (size == 1) return 1;
+        const bool may_go_on = errno == EINTR || errno == EAGAIN || IsInBackground();
+        if (size < 0 && may_go_on) continue;
+        is_cut_ = true; // while lines are edited, the key for the end of input is a key like others
+        return End();
     }
 }
 
@@ -256,8 +301,12 @@ std::optional<std::string> CliEditor::Read() {
     return editing_->Read();
 }
 
-void CliEditor::KeepHistory(const std::string& path) {
-    editing_->KeepHistory(path);
+bool CliEditor::KeepHistory(const std::string& path) {
+    return editing_->KeepHistory(path);
+}
+
+bool CliEditor::IsCut() const {
+    return editing_->IsCut();
 }
 
 } // namespace onu_mng_platform

@@ -16,6 +16,9 @@ namespace onu_mng_platform {
 /// Reads lines from standard input, a terminal, with editing, history, TAB and "?". Ctrl-C gives a line up,
 /// Ctrl-V types a key that would do something.
 ///
+/// While the process is in the background nothing is read or drawn: with events Read() waits, without them the
+/// system stops the process. The settings of the terminal are restored when the process ends by exit().
+///
 /// One at a time in a process, used by one task.
 class CliEditor {
 public:
@@ -45,9 +48,14 @@ public:
     ///         line lost.
     std::optional<std::string> Read();
 
+    /// Whether reading has ended because the terminal is gone.
+    bool IsCut() const;
+
     /// Takes the earlier lines from a file, the last 500 of them, and adds each line that is read from now
-    /// on. The file is its owner's alone; several editors may share it.
-    void KeepHistory(const std::string& path);
+    /// on. Several editors may share the file.
+    /// @return false, with errno set and nothing kept, for a file that cannot be opened, is no regular one or
+    ///         belongs to another user. Throws std::bad_alloc.
+    bool KeepHistory(const std::string& path);
 
 private:
     class Editing;

@@ -7,6 +7,8 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+#include "onu_mng_platform/posix/console/terminal_modes.h"
+
 namespace onu_mng_platform {
 namespace {
 
@@ -39,6 +41,7 @@ std::string Fitting(const std::vector<std::string>& texts, size_t columns) {
 } // namespace
 
 bool StatusRow::Show(const std::vector<std::string>& texts) {
+    if (IsInBackground()) return true; // the screen is the shell's
     winsize size{};
     if (!HasRows() || ioctl(screen_, TIOCGWINSZ, &size) != 0 || size.ws_row < kLeastRows) {
         Hide();
