@@ -114,11 +114,17 @@ protected:
 };
 
 TEST_F(CliSaveTest, ReplacesAnEarlierFile) {
+    const auto mode = [this] { return std::filesystem::status(path).permissions(); };
+    const mode_t mask = umask(0027);
     EXPECT_EQ(Save(), "10 bytes saved to " + path + "\r\n");
+    umask(mask);
     EXPECT_EQ(Saved(), output);
+    EXPECT_EQ(mode(), std::filesystem::perms{0640});
+    std::filesystem::permissions(path, std::filesystem::perms{0604});
     output = "three\r\n";
     EXPECT_EQ(Save(), "7 bytes saved to " + path + "\r\n");
     EXPECT_EQ(Saved(), output);
+    EXPECT_EQ(mode(), std::filesystem::perms{0604});
 }
 
 TEST_F(CliSaveTest, KeepsTheEarlierFileWhenTheDiskIsFull) {

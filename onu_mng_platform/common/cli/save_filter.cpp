@@ -1,10 +1,10 @@
 #include "onu_mng_platform/common/cli/save_filter.h"
 
+#include <atomic>
 #include <cerrno>
-#include <cstdlib>
 #include <system_error>
 
-#include <sys/stat.h>
+#include <fcntl.h>
 #include <unistd.h>
 
 namespace onu_mng_platform {
@@ -16,9 +16,6 @@ std::string CauseOf(int error) {
 
 } // namespace
 
-SaveFilter::SaveFilter(std::string path, Output next)
-    : path_(std::move(path)), draft_path_(path_ + ".XXXXXX"), next_(next) {}
-
 SaveFilter::~SaveFilter() {
     if (draft_ == nullptr) return;
     std::fclose(draft_);
@@ -26,9 +23,9 @@ SaveFilter::~SaveFilter() {
 }
 
 std::string SaveFilter::Open() {
-    struct stat there {};
-    if (lstat(path_.c_str(), &there) == 0 && !S_ISREG(there.st_mode)) return "not a regular file";
-    const int file = mkstemp(draft_path_.data());
+    has_earlier_ = lstat(path_.c_str(), &earlier_) == 0;
+    if (has_earlier_ && !S_ISREG(earlier_.st_mode)) return "not a regular file";
+    const int file = CreateDraft();
     if (file < 0) return CauseOf(errno);
     draft_ = fdopen(file, "w");
     if (draft_ != nullptr) return {};
@@ -38,12 +35,34 @@ std::string SaveFilter::Open() {
     return CauseOf(error);
 }
 
+// A new file gets the mode that the process gives its files. One that takes another's place is nobody else's
+// until it gets the other's mode.
+int SaveFilter::CreateDraft() {
+    static std::atomic<unsigned int> last_number{0};
+    constexpr int kTries = 100;
+    const mode_t mode = has_earlier_ ? 0600 : 0666;
+    int file = -1;
+    for (int i = 0; i < kTries; ++i) {
+        draft_path_ = path_ + "." + std::to_string(getpid()) + "-" + std::to_string(++last_number);
+        file = open(draft_path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, mode);
+        if (file >= 0 || errno != EEXIST) break;
+    }
+    return file;
+}
+
+// Only root can give a file to another user; for others the mode is what they can keep.
+bool SaveFilter::KeepAttributes(int file) const {
+    (void)!fchown(file, earlier_.st_uid, earlier_.st_gid);
+    return fchmod(file, earlier_.st_mode & 0777) == 0;
+}
+
 void SaveFilter::Put(std::string_view text) {
     size_ += text.size();
     Note(std::fwrite(text.data(), 1, text.size(), draft_) == text.size());
 }
 
 bool SaveFilter::Finish() {
+    if (has_earlier_) Note(KeepAttributes(fileno(draft_)));
     Note(std::fflush(draft_) == 0 && fsync(fileno(draft_)) == 0);
     Note(std::fclose(draft_) == 0);
     draft_ = nullptr;

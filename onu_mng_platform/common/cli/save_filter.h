@@ -4,15 +4,17 @@
 
 #include <cstdio>
 
+#include <sys/stat.h>
+
 #include "onu_mng_platform/common/cli/filter.h"
 
 namespace onu_mng_platform {
 
 /// Saves output under a file name instead of printing it. An earlier file stays as it was until all output is
-/// on the disk, and for good when that fails.
+/// on the disk, and for good when that fails; the new file has its mode and, where permitted, its owner.
 class SaveFilter final : public OutputFilter {
 public:
-    SaveFilter(std::string path, Output next);
+    SaveFilter(std::string path, Output next) : path_(std::move(path)), next_(next) {}
     ~SaveFilter() override;
     SaveFilter(const SaveFilter&) = delete;
     SaveFilter& operator=(const SaveFilter&) = delete;
@@ -26,11 +28,15 @@ public:
     bool Finish() override;
 
 private:
+    int CreateDraft();
+    bool KeepAttributes(int file) const;
     void Note(bool succeeded);
 
     std::string path_;
     std::string draft_path_;
     Output next_;
+    struct stat earlier_ {};
+    bool has_earlier_ = false;
     std::FILE* draft_ = nullptr;
     size_t size_ = 0;
     int error_ = 0;
