@@ -1,6 +1,7 @@
 #include "onu_mng_platform/common/cli/commands.h"
 
 #include <cstring>
+#include <mutex>
 #include <new>
 
 #include "onu_mng_platform/common/cli/common_commands.h"
@@ -25,7 +26,7 @@ CommandTable& CommandTable::GetInstance() {
     return instance;
 }
 
-CommandTable::CommandTable() {
+CommandTable::CommandTable() : nodes_(std::make_shared<const Nodes>()) {
     auto list = std::make_shared<CommandList>();
     for (cmd_element* record : CommonCommands())
         list->push_back(
@@ -34,9 +35,7 @@ CommandTable::CommandTable() {
 }
 
 std::shared_ptr<const CommandList> CommandTable::Find(unsigned int node) const {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    const auto found = nodes_.find(node);
-    return found == nodes_.end() ? common_ : found->second;
+    return ListOf(*Current(), node);
 }
 
 int CommandTable::Install(unsigned int node, cmd_element* record) {
@@ -49,20 +48,42 @@ int CommandTable::Install(unsigned int node, cmd_element* record) {
 }
 
 // Null, or the cause why the command was not added.
-const char* CommandTable::Add(unsigned int node, std::shared_ptr<const Command> command) {
-    cmd_element* record = command->record;
-    const std::lock_guard<std::mutex> lock(mutex_);
-    std::shared_ptr<const CommandList>& list = nodes_.try_emplace(node, common_).first->second;
-    for (const auto& other : *list) {
-        if (std::strcmp(other->record->syntax, record->syntax) != 0) continue;
-        return other->record == record ? nullptr : "another command has its syntax";
+const char* CommandTable::Add(unsigned int node, const std::shared_ptr<const Command>& command) {
+    const cmd_element* const record = command->record;
+    for (;;) {
+        const std::shared_ptr<const Nodes> before = Current();
+        const CommandList& list = *ListOf(*before, node);
+        for (const auto& other : list) {
+            if (std::strcmp(other->record->syntax, record->syntax) != 0) continue;
+            return other->record == record ? nullptr : "another command has its syntax";
+        }
+        auto longer = std::make_shared<CommandList>(list);
+        longer->insert(longer->end() - static_cast<std::ptrdiff_t>(common_->size()), command);
+        auto after = std::make_shared<Nodes>(*before);
+        (*after)[node] = std::move(longer);
+        if (Publish(node, *command, before, std::move(after))) return nullptr;
     }
-    auto longer = std::make_shared<CommandList>(*list);
-    longer->insert(longer->end() - static_cast<std::ptrdiff_t>(common_->size()), command);
-    record->node = node;
-    record->max_argc = command->syntax.MaxDelivered();
-    list = std::move(longer);
-    return nullptr;
+}
+
+/// @return false when another task has installed something meanwhile.
+bool CommandTable::Publish(unsigned int node, const Command& command,
+                           const std::shared_ptr<const Nodes>& before, std::shared_ptr<const Nodes> after) {
+    const std::lock_guard<ShortLock> lock(lock_);
+    if (nodes_ != before) return false;
+    command.record->node = node;
+    command.record->max_argc = command.syntax.MaxDelivered();
+    nodes_.swap(after);
+    return true;
+}
+
+const std::shared_ptr<const CommandList>& CommandTable::ListOf(const Nodes& nodes, unsigned int node) const {
+    const auto found = nodes.find(node);
+    return found == nodes.end() ? common_ : found->second;
+}
+
+std::shared_ptr<const CommandTable::Nodes> CommandTable::Current() const {
+    const std::lock_guard<ShortLock> lock(lock_);
+    return nodes_;
 }
 
 } // namespace onu_mng_platform

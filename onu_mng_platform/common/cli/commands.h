@@ -3,12 +3,12 @@
 #define ONU_MNG_PLATFORM_COMMON_CLI_COMMANDS_H
 
 #include <memory>
-#include <mutex>
 #include <unordered_map>
 #include <vector>
 
 #include "onu_mng_platform/cli.h"
 #include "onu_mng_platform/common/cli/syntax.h"
+#include "onu_mng_platform/common/sync/short_lock.h"
 
 namespace onu_mng_platform {
 
@@ -24,7 +24,8 @@ using CommandList = std::vector<std::shared_ptr<const Command>>;
 
 /// Every node has its own commands and behind them those of all nodes: "help", "list", "exit".
 ///
-/// Thread safety: any task. No operation blocks for longer than a few pointer copies.
+/// Thread safety: any task. No operation waits for longer than another takes to copy a pointer, whatever its
+/// priority.
 class CommandTable {
 public:
     static CommandTable& GetInstance();
@@ -36,12 +37,18 @@ public:
     std::shared_ptr<const CommandList> Find(unsigned int node) const;
 
 private:
-    CommandTable();
-    const char* Add(unsigned int node, std::shared_ptr<const Command> command);
+    using Nodes = std::unordered_map<unsigned int, std::shared_ptr<const CommandList>>;
 
-    mutable std::mutex mutex_;
+    CommandTable();
+    const char* Add(unsigned int node, const std::shared_ptr<const Command>& command);
+    bool Publish(unsigned int node, const Command& command, const std::shared_ptr<const Nodes>& before,
+                 std::shared_ptr<const Nodes> after);
+    const std::shared_ptr<const CommandList>& ListOf(const Nodes& nodes, unsigned int node) const;
+    std::shared_ptr<const Nodes> Current() const;
+
+    mutable ShortLock lock_; ///< guards nodes_ and the platform's fields of records
     std::shared_ptr<const CommandList> common_;
-    std::unordered_map<unsigned int, std::shared_ptr<const CommandList>> nodes_;
+    std::shared_ptr<const Nodes> nodes_; ///< replaced by a new one, never changed
 };
 
 } // namespace onu_mng_platform
