@@ -10,7 +10,7 @@
 namespace olt_host {
 
 /// The socket's path: /run/olt_host.sock for root; for others in their own $XDG_RUNTIME_DIR, else in the
-/// working directory, but nowhere where somebody else could have put a socket first.
+/// working directory. Where others could have put a socket first, connecting to it is refused.
 inline std::string DefaultSocketPath() {
     if (geteuid() == 0) return "/run/olt_host.sock";
     const char* directory = std::getenv("XDG_RUNTIME_DIR");

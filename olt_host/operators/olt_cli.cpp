@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <clocale>
 #include <csignal>
 #include <cstdio>
@@ -39,6 +40,7 @@ struct Options {
     std::string path = olt_host::DefaultSocketPath();
     std::vector<std::string> commands;
     bool stops_at_failure = false;
+    unsigned int patience_s = 60; // far longer than any command of a host is silent; 0: no limit
 };
 
 /// Standard output, or a pager that is given the output of one command once it is whole: a host does not wait
@@ -101,7 +103,10 @@ bool TakeMore(std::string* line) {
 /// A conversation with the host.
 class Session {
 public:
-    CliStatus Connect(const std::string& path) { return client_.Connect(path); }
+    CliStatus Connect(const Options& options) {
+        patience_s_ = options.patience_s;
+        return client_.Connect(options.path, std::chrono::seconds(patience_s_));
+    }
     CliClient& client() { return client_; }
 
     /// Whether the conversation goes on.
@@ -118,9 +123,12 @@ public:
         return *result == 0;
     }
 
-    /// Says that the host has closed the connection.
+    /// Says that the host has closed the connection or does not answer.
     bool Lose() {
-        std::fputs("olt_cli: the host has closed the connection\n", stderr);
+        if (client_.HasTimedOut())
+            std::fprintf(stderr, "olt_cli: the host has not answered for %u s\n", patience_s_);
+        else
+            std::fputs("olt_cli: the host has closed the connection\n", stderr);
         status_ = kNoHost;
         return false;
     }
@@ -128,6 +136,7 @@ public:
 private:
     CliClient client_;
     ExitStatus status_ = kDone;
+    unsigned int patience_s_ = 0;
 };
 
 std::string HistoryPath() {
@@ -184,7 +193,7 @@ ExitStatus RunScript(Session* session, const Options& options) {
 
 ExitStatus Serve(const Options& options) {
     Session session;
-    const CliStatus status = session.Connect(options.path);
+    const CliStatus status = session.Connect(options);
     if (status != CliStatus::kOk) {
         std::cerr << "olt_cli: " << options.path << ": " << TextOf(status) << "\n";
         return kNoHost;
@@ -205,11 +214,15 @@ ExitStatus Finish(ExitStatus status) {
 std::optional<ExitStatus> ReadOptions(int argc, char** argv, Options& options) {
     CLI::App app(
         "Types commands to a running olt_host. Without -c lines come from the terminal or from standard "
-        "input.\nExit status: 0; 1 when a command failed; 2 without a host and for options that make no "
-        "sense.");
+        "input.\nExit status: 0; 1 when a command failed; 2 without a host, for one that does not "
+        "answer and for options that make no sense.");
     app.add_option("-s,--socket", options.path, "Socket of the host")->capture_default_str();
     app.add_option("-c,--command", options.commands, "Line to run; may be given several times")
         ->allow_extra_args(false);
+    app.add_option("-t,--timeout", options.patience_s,
+                   "Seconds without a word from the host after which it is given up; 0: no limit")
+        ->check(CLI::Range(0, 86400))
+        ->capture_default_str();
     app.add_flag("-e,--stop", options.stops_at_failure, "Stop at the first command that fails");
     app.set_version_flag("--version", std::string("olt_cli ") + onu_mng_version(), "Print the version");
     try {

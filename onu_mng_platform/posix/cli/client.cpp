@@ -5,11 +5,15 @@
 #include <cstdlib>
 
 #include <sys/socket.h>
+#include <sys/time.h>
 
 #include "onu_mng_platform/posix/cli/protocol.h"
 
 namespace onu_mng_platform {
 namespace {
+
+// What is left of control characters; as keys they would do something.
+constexpr const char* kKeys = "\t\r\n";
 
 // A line that is taken from a script may have anything in it; a line feed would make two requests of it.
 bool EndsLine(char c) {
@@ -24,6 +28,14 @@ std::string TakeLine(std::string* text) {
 }
 
 } // namespace
+
+CliStatus CliClient::Connect(const std::string& path, std::chrono::seconds patience) {
+    const CliStatus status = ConnectTo(path, &connection_);
+    const timeval limit{static_cast<time_t>(patience.count()), 0};
+    if (status == CliStatus::kOk)
+        setsockopt(connection_.get(), SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit);
+    return status;
+}
 
 std::optional<int> CliClient::Run(std::string_view line, const Print& print) {
     const auto result = Ask(kRunVerb, line, print);
@@ -41,6 +53,7 @@ Completion CliClient::Complete(std::string_view line) {
     Completion completion;
     if (!AskAside(kCompleteVerb, line, &text)) return completion;
     completion.insert = TakeLine(&text);
+    completion.insert.resize(std::min(completion.insert.find_first_of(kKeys), completion.insert.size()));
     while (!text.empty())
         completion.choices.push_back(TakeLine(&text));
     return completion;
@@ -84,12 +97,12 @@ bool CliClient::Send(std::string_view request) {
 std::optional<int> CliClient::ReceiveAnswer(const Print& print) {
     size_t end = received_.find(kEndOfAnswer);
     while (end == std::string::npos) {
-        if (!received_.empty()) print(received_);
+        PrintReceived(received_.size(), print);
         received_.clear();
         if (!Receive()) return std::nullopt;
         end = received_.find(kEndOfAnswer);
     }
-    if (end > 0) print(std::string_view(received_).substr(0, end));
+    PrintReceived(end, print);
     size_t line_end = received_.find('\n', end);
     while (line_end == std::string::npos) {
         if (!Receive()) return std::nullopt;
@@ -101,12 +114,19 @@ std::optional<int> CliClient::ReceiveAnswer(const Print& print) {
     return std::atoi(result.c_str());
 }
 
+void CliClient::PrintReceived(size_t size, const Print& print) {
+    std::string text = received_.substr(0, size);
+    guard_.Clean(&text);
+    if (!text.empty()) print(text);
+}
+
 bool CliClient::Receive() {
     char data[16384];
     ssize_t size = 0;
     do {
         size = recv(connection_.get(), data, sizeof data, 0);
     } while (size < 0 && errno == EINTR);
+    has_timed_out_ = size < 0 && errno == EAGAIN;
     if (size > 0) received_.append(data, static_cast<size_t>(size));
     return size > 0;
 }

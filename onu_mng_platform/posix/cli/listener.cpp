@@ -27,6 +27,14 @@ const sockaddr* Generic(const sockaddr_un& address) {
     return reinterpret_cast<const sockaddr*>(&address);
 }
 
+bool GetPeer(const Descriptor& connection, CliPeer* peer) {
+    ucred credentials{};
+    socklen_t size = sizeof credentials;
+    if (getsockopt(connection.get(), SOL_SOCKET, SO_PEERCRED, &credentials, &size) != 0) return false;
+    *peer = CliPeer{credentials.uid, credentials.pid};
+    return true;
+}
+
 bool IsSame(const struct stat& a, const struct stat& b) {
     return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
 }
@@ -71,7 +79,7 @@ CliStatus RemoveDeadSocket(const std::string& path) {
     if (!S_ISSOCK(there.st_mode)) return CliStatus::kOccupied;
     Descriptor probe;
     const CliStatus status = ConnectTo(path, &probe);
-    if (status == CliStatus::kOk) return CliStatus::kInUse;
+    if (status == CliStatus::kOk || status == CliStatus::kForeign) return CliStatus::kInUse;
     if (status == CliStatus::kSystem && errno == EAGAIN) return CliStatus::kInUse;
     if (status != CliStatus::kNoHost) return status;
     return unlink(path.c_str()) == 0 ? CliStatus::kOk : CliStatus::kSystem;
@@ -91,13 +99,15 @@ std::string TextOf(CliStatus status) {
         return "the path is no socket";
     case CliStatus::kNoHost:
         return "no host serves it";
+    case CliStatus::kForeign:
+        return "another user serves it";
     case CliStatus::kSystem:
         break;
     }
     return std::generic_category().message(errno);
 }
 
-bool CliPeer::MayConnect() const {
+bool CliPeer::IsTrusted() const {
     return uid == 0 || uid == geteuid();
 }
 
@@ -132,11 +142,7 @@ CliStatus CliListener::Bind() {
 
 Descriptor CliListener::Accept(CliPeer* peer) const {
     Descriptor connection(accept4(socket_.get(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
-    ucred credentials{};
-    socklen_t size = sizeof credentials;
-    if (!connection.IsOpen()) return connection;
-    if (getsockopt(connection.get(), SOL_SOCKET, SO_PEERCRED, &credentials, &size) != 0) return Descriptor();
-    *peer = CliPeer{credentials.uid, credentials.pid};
+    if (!connection.IsOpen() || !GetPeer(connection, peer)) return Descriptor();
     return connection;
 }
 
@@ -151,6 +157,9 @@ CliStatus ConnectTo(const std::string& path, Descriptor* connection) {
         const bool nobody = errno == ECONNREFUSED || errno == ENOENT;
         return nobody ? CliStatus::kNoHost : CliStatus::kSystem;
     }
+    CliPeer server{};
+    if (!GetPeer(socket, &server)) return CliStatus::kSystem;
+    if (!server.IsTrusted() && geteuid() != 0) return CliStatus::kForeign;
     *connection = std::move(socket);
     return CliStatus::kOk;
 }

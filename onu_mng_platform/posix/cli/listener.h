@@ -18,6 +18,7 @@ enum class CliStatus : unsigned char {
     kInUse,    ///< another process serves this path, or this server is started already
     kOccupied, ///< something else than a socket is at the path
     kNoHost,   ///< nobody serves this path
+    kForeign,  ///< a process of another user serves this path
     kSystem,   ///< a system call failed, errno tells why
 };
 
@@ -29,8 +30,8 @@ struct CliPeer {
     uid_t uid;
     pid_t pid;
 
-    /// Whether it is the host's own user or root.
-    bool MayConnect() const;
+    /// Whether it is this process's own user or root.
+    bool IsTrusted() const;
 };
 
 /// Owns the socket file: mode 0600 from the moment it exists, removed again by the destructor. Used by one
@@ -59,7 +60,8 @@ private:
     struct stat file_ {};
 };
 
-/// Connects to the server of a path, within 5 s; the descriptor is not open on failure.
+/// Connects to the server of a path, within 5 s; the descriptor is not open on failure. The server must be of
+/// the process's own user or of root; root connects to any.
 CliStatus ConnectTo(const std::string& path, Descriptor* connection);
 
 } // namespace onu_mng_platform

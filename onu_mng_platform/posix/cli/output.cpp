@@ -15,25 +15,15 @@ constexpr size_t kKeptCapacity = 16384;
 
 } // namespace
 
-bool TerminalGuard::Passes(unsigned char byte) {
-    if (expected_ > 0 && byte >= low_ && byte <= 0xBF) {
-        --expected_;
-        low_ = 0x80;
-        return true;
-    }
-    expected_ = 0;
-    low_ = 0x80;
-    if (byte < ' ' || byte == 0x7F) return byte == '\t' || byte == '\r' || byte == '\n';
-    if (byte >= 0xC2 && byte <= 0xF4) expected_ = byte < 0xE0 ? 1 : byte < 0xF0 ? 2 : 3;
-    if (byte == 0xC2 || byte == 0xE0) low_ = 0xA0;
-    if (byte == 0xF0) low_ = 0x90;
-    return byte < 0x80 || byte > 0x9F;
-}
-
 void CliOutput::PutEndOfAnswer(int result, bool is_last) {
     std::string end = kEndOfAnswer + std::to_string(result);
     if (is_last) end += kExit;
     Put(end += '\n', false);
+}
+
+void CliOutput::PutIfEmpty(std::string_view text) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    if (!is_broken_ && waiting_.empty() && !is_sending_) Append(text, true);
 }
 
 void CliOutput::Put(std::string_view text, bool clean) {
@@ -53,10 +43,7 @@ void CliOutput::Append(std::string_view text, bool clean) {
     } catch (const std::bad_alloc&) {
         is_broken_ = true;
     }
-    if (clean) {
-        for (size_t i = old_size; i < waiting_.size(); ++i)
-            if (!guard_.Passes(static_cast<unsigned char>(waiting_[i]))) waiting_[i] = '.';
-    }
+    if (clean) guard_.Clean(&waiting_, old_size);
     if (old_size == 0 && !is_sending_) wake_->Set();
 }
 
@@ -74,7 +61,7 @@ bool CliOutput::WaitForRoom(std::unique_lock<std::mutex>* lock) {
 void CliOutput::Send(int descriptor) {
     if (!Refill()) return;
     const ssize_t sent = write(descriptor, sending_.data() + sent_, sending_.size() - sent_);
-    if (sent > 0) return Note(static_cast<size_t>(sent));
+    if (sent >= 0) return Note(static_cast<size_t>(sent));
     if (errno != EAGAIN && errno != EINTR) Break();
 }
 

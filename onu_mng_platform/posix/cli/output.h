@@ -9,21 +9,9 @@
 #include <string_view>
 
 #include "onu_mng_platform/posix/cli/event.h"
+#include "onu_mng_platform/posix/cli/terminal_guard.h"
 
 namespace onu_mng_platform {
-
-/// Tells which bytes must not reach a terminal, because it may obey them: control characters but TAB, CR and
-/// LF, and those of the second set (U+0080 to U+009F), be they characters of UTF-8, such that are longer than
-/// need be, or bytes that belong to no character.
-class TerminalGuard {
-public:
-    /// Takes the next byte. @return false when it must not reach the terminal.
-    bool Passes(unsigned char byte);
-
-private:
-    unsigned char expected_ = 0; ///< bytes of the character that has begun
-    unsigned char low_ = 0x80;   ///< the least that the next of them may be
-};
 
 /// A bounded buffer. Commands put characters in, the server's task sends them. A reader who takes nothing for
 /// a while although the buffer is full breaks it, as does a reader who is gone and memory that is short.
@@ -39,11 +27,15 @@ public:
     };
 
     /// Sets `wake`, which outlives it, when there is something to send.
-    CliOutput(const Limits& limits, const CliEvent* wake) : limits_(limits), wake_(wake) {}
+    CliOutput(const Limits& limits, const CliEvent* wake, Charset charset = Charset::kUtf8)
+        : limits_(limits), wake_(wake), guard_(charset) {}
 
-    /// Appends text with its control characters (U+0080 to U+009F too) but TAB, CR and LF replaced by ".";
-    /// waits while the buffer is full. Once it is broken nothing is taken.
+    /// Appends text, cleaned by a TerminalGuard; waits while the buffer is full. Once it is broken nothing is
+    /// taken.
     void PutText(std::string_view text) { Put(text, true); }
+
+    /// Appends a last text if nothing else is waiting to be sent. Does not wait. Any task.
+    void PutIfEmpty(std::string_view text);
 
     /// Appends the end of an answer with its result, and whether it was the last.
     void PutEndOfAnswer(int result, bool is_last);

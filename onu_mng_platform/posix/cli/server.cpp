@@ -152,7 +152,7 @@ void CliServer::Loop::Accept() {
         if (errno != EAGAIN && errno != EINTR && errno != ECONNABORTED) accept_at_ = Clock::now() + kPause;
         return;
     }
-    if (!peer.MayConnect()) return Refuse(connection, peer, "permission denied");
+    if (!peer.IsTrusted()) return Refuse(connection, peer, "permission denied");
     if (sessions_.size() == options_.max_sessions) return Refuse(connection, peer, "too many sessions");
     try {
         Admit(std::move(connection), peer);
