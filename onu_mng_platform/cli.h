@@ -23,7 +23,7 @@ int vty_out(vty* terminal, const char* format, ...) ONU_MNG_PRINTF_FORMAT(2, 3);
 
 /* Makes a terminal of anything that takes characters. `write` is called from vty_out() and vty_execute(), in
  * their task, with the characters as they are; commands hold no lock there, so it may wait a moment for a slow
- * reader, but not without limit. Returns null for a null `write` or when memory is short. The caller owns the
+ * reader, but not without limit. It must not throw. Returns null for a null `write` or when memory is short. The caller owns the
  * terminal and ends it with vty_destroy(), which no command running on it may do; null is ignored. */
 vty* vty_create(void (*write)(void* context, const char* data, size_t size), void* context);
 void vty_destroy(vty* terminal);
@@ -36,7 +36,9 @@ typedef struct cmd_element cmd_element;
  * the order typed, abbreviated words in full, and a null pointer behind them; the words may be changed and
  * are valid during the call. Runs in the task of vty_execute() and holds up no other terminal: no lock of the
  * parser is held, and several tasks may be in the same handler at once.
- * Returns 0 for success; any other number is passed on to the caller of vty_execute(). */
+ * Returns 0 for success; any other number is passed on to the caller of vty_execute(). A handler in C++ that
+ * throws costs one line at level 13 and one error line on the terminal, "% Command failed: ...."; the end of
+ * the calling task passes through. */
 typedef int (*cmd_handler)(cmd_element* self, vty* terminal, int argc, char** argv);
 
 /* One command. The record is the library's, static, with the platform's fields zero; once installed, it and
@@ -76,8 +78,8 @@ int install_element(unsigned int node, cmd_element* command);
  * "| include RE", "| exclude RE", "| begin RE" (extended regular expressions) or "| count". Every node also
  * has "help", "list" and "exit". Blocks as long as the handler does.
  * Returns the handler's result; 0 for an empty line and for a comment, which starts with "!" or "#"; -1 after
- * one error message on the terminal for any other line, a line longer than 1023 characters included, and for
- * a null argument. */
+ * one error message on the terminal for any other line, a line longer than 1023 characters included, for a
+ * handler that throws, and for a null argument. */
 int vty_execute(vty* terminal, unsigned int node, const char* line);
 
 #ifdef __cplusplus

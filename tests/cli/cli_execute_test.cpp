@@ -2,16 +2,18 @@
 
 #include <algorithm>
 #include <atomic>
-#include <cstdio>
 #include <cstring>
 #include <new>
+#include <stdexcept>
 #include <thread>
 
 #include <gtest/gtest.h>
 
+#include "onu_mng_platform/bep.h"
 #include "onu_mng_platform/common/cli/terminal.h"
 #include "tests/support/captured_terminal.h"
 #include "tests/support/log_lines.h"
+#include "tests/support/temporary_directory.h"
 
 namespace {
 
@@ -106,14 +108,33 @@ TEST(CliExecuteTest, LinesHaveALimit) {
     EXPECT_EQ(terminal.Text(), "");
 }
 
-TEST(CliExecuteTest, ShortMemoryEndsTheCommandOnly) {
-    ASSERT_EQ(Install(26, "greedy", [](cmd_element*, vty*, int, char**) -> int { throw std::bad_alloc(); }),
-              0);
+int Throw(cmd_element*, vty*, int, char** argv) {
+    switch (*argv[0]) {
+    case 'm':
+        throw std::bad_alloc();
+    case 's':
+        throw std::runtime_error("no\x1b" + std::string(500, 'x'));
+    case 'e':
+        throw bep_TaskEnd();
+    default:
+        throw 42;
+    }
+}
+
+TEST(CliExecuteTest, AHandlerThatThrowsEndsTheCommandOnly) {
+    ASSERT_EQ(Install(26, "throw <what>", Throw), 0);
     CapturedTerminal terminal;
-    EXPECT_EQ(vty_execute(terminal, 26, "greedy | count"), -1);
-    EXPECT_EQ(terminal.Text(), "% Out of memory.\r\n");
-    EXPECT_EQ(vty_execute(terminal, 26, "list | include greedy"), 0);
-    EXPECT_EQ(terminal.Text(), "  greedy\r\n");
+    LogLines log;
+    for (const char* line : {"throw memory | count", "throw standard | exclude %", "throw 42 | include x"})
+        EXPECT_EQ(vty_execute(terminal, 26, line), -1);
+    const std::string what = "no " + std::string(197, 'x');
+    EXPECT_EQ(terminal.Text(), "% Out of memory.\r\n% Command failed: " + what +
+                                   ".\r\n% Command failed: unknown exception.\r\n");
+    const std::string logged = "13 command throw <what> failed: ";
+    EXPECT_EQ(log.Take(), (std::vector<std::string>{logged + what, logged + "unknown exception"}));
+    EXPECT_THROW(vty_execute(terminal, 26, "throw end | exclude x"), bep_TaskEnd);
+    EXPECT_EQ(vty_execute(terminal, 26, "list | include throw"), 0);
+    EXPECT_EQ(terminal.Text(), "  throw <what>\r\n");
 }
 
 TEST(CliTerminalTest, WritesTextOfAnyLength) {
@@ -143,9 +164,9 @@ TEST(CliExecuteTest, CommandsThatChangeSomethingAreLogged) {
     EXPECT_EQ(log.Take(), (std::vector<std::string>{"12 operator: set " + word.substr(0, 895),
                                                     "12 operator:" + word.substr(895)}));
     terminal->may_save = true;
-    const std::string path = testing::TempDir() + "cli_execute_test.saved";
+    const TemporaryDirectory directory;
+    const std::string path = directory.path + "/saved";
     EXPECT_EQ(vty_execute(terminal, 27, ("show it | sa " + path).c_str()), 0);
-    EXPECT_EQ(std::remove(path.c_str()), 0);
     EXPECT_EQ(log.Take(), std::vector<std::string>{"12 operator: show it | sa " + path});
 }
 

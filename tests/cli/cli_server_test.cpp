@@ -1,5 +1,6 @@
 // Operators over the socket: many at once, slow ones, dead ones, foreign ones.
 
+#include <clocale>
 #include <condition_variable>
 #include <cstdlib>
 #include <fstream>
@@ -10,6 +11,7 @@
 
 #include <fcntl.h>
 #include <poll.h>
+#include <pthread.h>
 #include <sys/file.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -52,6 +54,13 @@ int Rogue(cmd_element*, vty* terminal, int, char**) {
             "0\n\x1b[2Jb\x7f\tc\xc3\x9c\x9b\xc2\x9b\x9b\xe0\x80\x9b"
             "2J\xf0\x9f\x98\x80\r\n");
     return 0;
+}
+
+/// What ends more than its command.
+int Die(cmd_element*, vty*, int, char** argv) {
+    if (*argv[0] == 't') pthread_exit(nullptr);
+    if (*argv[0] == 'e') std::exit(3);
+    throw 42;
 }
 
 std::mutex mutex;
@@ -101,6 +110,7 @@ protected:
         ASSERT_EQ(Install(kNode, "show rows <0-1000000>", Rows), 0);
         ASSERT_EQ(Install(kNode, "show wait", Wait), 0);
         ASSERT_EQ(Install(kNode, "show rogue", Rogue), 0);
+        ASSERT_EQ(Install(kNode, "die [loudly|thread|exit]", Die), 0);
     }
     CliServerTest() {
         waiting = 0;
@@ -119,7 +129,7 @@ protected:
     Descriptor Connect(const std::string& text = "") const {
         Descriptor connection;
         EXPECT_EQ(ConnectTo(path, &connection), CliStatus::kOk);
-        Send(connection, text);
+        if (!text.empty()) Send(connection, text);
         return connection;
     }
 
@@ -178,7 +188,10 @@ TEST_F(CliServerTest, AnswersPrograms) {
     EXPECT_EQ(client.Describe("echo "), "  <word>\r\n");
     EXPECT_EQ(client.Complete("ec").insert, "ho ");
     EXPECT_EQ(client.Complete("show r").choices, (std::vector<std::string>{"rogue", "rows"}));
-    EXPECT_EQ(client.Ask("show rogue"), "a.0\n.[2Jb.\tc\xc3\x9c.\xc2..\xe0..2J\xf0\x9f\x98\x80\r\n");
+    EXPECT_EQ(client.Ask("show rogue"), "a.0\n.[2Jb.\tc\xc3..\xc2..\xe0..2J\xf0...\r\n");
+    EXPECT_STRNE(setlocale(LC_CTYPE, "C.UTF-8"), nullptr);
+    EXPECT_EQ(Program(path).Ask("show rogue"), "a.0\n.[2Jb.\tc\xc3\x9c.\xc2..\xe0..2J\xf0\x9f\x98\x80\r\n");
+    setlocale(LC_CTYPE, "C");
     Program left(path);
     EXPECT_EQ(client.Ask("exit"), "");
     EXPECT_FALSE(client.Prompt(&farewell).has_value());
@@ -259,6 +272,53 @@ TEST_F(CliServerTest, StopsUnderSessionsOfEveryKind) {
     EXPECT_EQ(OpenDescriptors(), before + 3);
 }
 
+TEST_F(CliServerTest, AHandlerThatThrowsOrEndsItsThreadEndsAtMostItsSession) {
+    CliServer::Options options;
+    options.max_sessions = 2;
+    ASSERT_EQ(Start(options), CliStatus::kOk);
+    Program client(path);
+    EXPECT_EQ(client.Ask("die loudly", -1), "% Command failed: unknown exception.\r\n");
+    for (int i = 0; i < 3; ++i)
+        EXPECT_EQ(Read(Connect("die thread\n")), "");
+    EXPECT_EQ(client.Ask("echo here"), "here\r\n");
+}
+
+TEST_F(CliServerTest, AHandlerMayEndTheProcess) {
+    EXPECT_EXIT(
+        {
+            static CliServer global;
+            global.Start(path, kNode, "olt# ");
+            Read(Connect("die exit\n"));
+            pause();
+        },
+        testing::ExitedWithCode(3), "");
+    EXPECT_NE(access(path.c_str(), F_OK), 0);
+}
+
+TEST_F(CliServerTest, TheEndOfASessionWaitsForNoCommand) {
+    const onu_mng_platform::CliEvent wake;
+    onu_mng_platform::CliOutput output({4, std::chrono::hours(1)}, &wake);
+    output.PutIfEmpty("full");
+    output.PutIfEmpty("not taken, and not waited for");
+    int pipe_ends[2];
+    ASSERT_EQ(pipe(pipe_ends), 0);
+    output.Send(pipe_ends[1]);
+    close(pipe_ends[1]);
+    char text[64];
+    EXPECT_EQ(read(pipe_ends[0], text, sizeof text), 4);
+    close(pipe_ends[0]);
+}
+
+TEST_F(CliServerTest, AClientGivesAHostUpThatHangs) {
+    onu_mng_platform::CliListener hung;
+    ASSERT_EQ(hung.Open(path), CliStatus::kOk);
+    CliClient client;
+    ASSERT_EQ(client.Connect(path, std::chrono::seconds(1)), CliStatus::kOk);
+    std::string farewell;
+    EXPECT_FALSE(client.Prompt(&farewell).has_value());
+    EXPECT_TRUE(client.HasTimedOut());
+}
+
 TEST_F(CliServerTest, LetsOnlySoManyIn) {
     CliServer::Options options;
     options.max_sessions = 2;
@@ -298,20 +358,31 @@ TEST_F(CliServerTest, RefusesStrangers) {
     if (geteuid() != 0) GTEST_SKIP() << "only root can become somebody else";
     ASSERT_EQ(Start(), CliStatus::kOk);
     chmod(directory.path.c_str(), 0755);
-    const auto as_stranger = [](const std::function<bool()>& check) {
+    const auto as_user = [](uid_t user, const std::function<bool()>& check) {
         const pid_t child = fork();
-        if (child == 0) _exit(setuid(65534) == 0 && check() ? 0 : 1);
+        if (child == 0) _exit(setuid(user) == 0 && check() ? 0 : 1);
         int status = 1;
         waitpid(child, &status, 0);
         return WIFEXITED(status) && WEXITSTATUS(status) == 0;
     };
-    EXPECT_TRUE(as_stranger([this] {
-        Descriptor connection;
-        return ConnectTo(path, &connection) == CliStatus::kSystem && errno == EACCES;
-    }));
+    Descriptor connection;
+    EXPECT_TRUE(as_user(
+        65534, [&] { return ConnectTo(path, &connection) == CliStatus::kSystem && errno == EACCES; }));
     chmod(path.c_str(), 0666);
-    EXPECT_TRUE(as_stranger([this] { return Read(Connect()) == "% Refused: permission denied.\r\n"; }));
+    EXPECT_TRUE(as_user(65534, [this] { return Read(Connect()) == "% Refused: permission denied.\r\n"; }));
     EXPECT_EQ(log.Take().front().substr(0, 21), "13 cli: uid 65534 pid");
+
+    // A stranger's socket, at which somebody else looks for a host.
+    server.Stop();
+    chmod(directory.path.c_str(), 0777);
+    ASSERT_EQ(seteuid(65534), 0);
+    onu_mng_platform::CliListener strange;
+    EXPECT_EQ(strange.Open(path), CliStatus::kOk);
+    ASSERT_EQ(seteuid(0), 0);
+    chmod(path.c_str(), 0666);
+    EXPECT_TRUE(as_user(65533, [&] { return ConnectTo(path, &connection) == CliStatus::kForeign; }));
+    EXPECT_TRUE(as_user(65534, [&] { return ConnectTo(path, &connection) == CliStatus::kOk; }));
+    EXPECT_EQ(ConnectTo(path, &connection), CliStatus::kOk) << "root";
 }
 
 TEST_F(CliServerTest, MeetsOthersThatStartAtItsOwnPathOnly) {

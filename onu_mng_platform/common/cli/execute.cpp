@@ -2,18 +2,22 @@
 
 #include <algorithm>
 #include <cstring>
+#include <exception>
 #include <new>
 
+#include "onu_mng_platform/bep.h"
 #include "onu_mng_platform/common/cli/answer.h"
 #include "onu_mng_platform/common/cli/filter.h"
-#include "onu_mng_platform/ulog.h"
+#include "onu_mng_platform/common/log/log.h"
 
 namespace onu_mng_platform {
 namespace {
 
 constexpr int kRefused = -1;
 constexpr int kCommandLevel = 12;
+constexpr int kErrorLevel = 13;
 constexpr size_t kLoggedPiece = 900; // characters, with a user in front within a line of the log
+constexpr size_t kMaxCause = 200;
 
 /// The words for a handler, in one block that it may change.
 class ArgumentBlock {
@@ -106,6 +110,35 @@ int Run(vty* terminal, const Command& command, ArgumentBlock* arguments, OutputF
     return command.record->handler(command.record, terminal, arguments->argc(), arguments->argv());
 }
 
+// The end of the calling task passes through.
+std::string CauseOfException() {
+    std::string cause = "unknown exception";
+    try {
+        throw;
+    } catch (const std::exception& exception) {
+        cause = exception.what();
+    } catch (...) {
+        bep_passTaskEnd();
+    }
+    cause.resize(std::min(cause.size(), kMaxCause));
+    std::replace_if(cause.begin(), cause.end(), IsControl, ' ');
+    return cause;
+}
+
+int RunGuarded(vty* terminal, const Command& command, ArgumentBlock* arguments, OutputFilter* filter) {
+    try {
+        const int result = Run(terminal, command, arguments, filter);
+        return filter == nullptr || filter->Finish() ? result : kRefused;
+    } catch (const std::bad_alloc&) {
+        throw;
+    } catch (...) {
+        const std::string cause = CauseOfException();
+        LogPort(kErrorLevel, "command %s failed: %s\r\n", command.record->syntax, cause.c_str());
+        AnswerError(terminal->output, "Command failed: " + cause);
+        return kRefused;
+    }
+}
+
 int Execute(vty* terminal, unsigned int node, const CommandLine& line) {
     if (line.IsEmpty()) return 0;
     const TerminalScope scope(terminal, node);
@@ -117,8 +150,7 @@ int Execute(vty* terminal, unsigned int node, const CommandLine& line) {
 
     ArgumentBlock arguments(match.Arguments());
     LogCommand(*terminal, *command, line);
-    const int result = Run(terminal, *command, &arguments, filter.get());
-    return filter == nullptr || filter->Finish() ? result : kRefused;
+    return RunGuarded(terminal, *command, &arguments, filter.get());
 }
 
 } // namespace

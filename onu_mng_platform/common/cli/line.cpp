@@ -3,13 +3,6 @@
 #include <algorithm>
 
 namespace onu_mng_platform {
-namespace {
-
-bool IsControl(char c) {
-    return static_cast<unsigned char>(c) < ' ' || c == '\x7f';
-}
-
-} // namespace
 
 CommandLine::CommandLine(std::string_view line) : text(line) {
     std::replace_if(text.begin(), text.end(), IsControl, ' ');

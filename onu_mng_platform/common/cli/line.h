@@ -12,6 +12,11 @@ namespace onu_mng_platform {
 /// The most characters of a line.
 constexpr size_t kMaxLine = 1023;
 
+/// Whether a terminal or the log may obey a character instead of showing it.
+constexpr bool IsControl(char c) {
+    return static_cast<unsigned char>(c) < ' ' || c == '\x7f';
+}
+
 /// One word of a line and where it starts.
 struct TypedWord {
     std::string_view text;

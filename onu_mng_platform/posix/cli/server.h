@@ -47,7 +47,7 @@ public:
     CliStatus Start(const std::string& path, unsigned int node, const std::string& prompt);
 
     /// Ends all sessions, waits for the commands that run, and removes the socket file. Nothing when not
-    /// started.
+    /// started. Not from a command; a command may call exit().
     void Stop();
 
 private:

@@ -10,6 +10,7 @@
 #include "onu_mng_platform/common/cli/line.h"
 #include "onu_mng_platform/common/cli/terminal.h"
 #include "onu_mng_platform/posix/cli/protocol.h"
+#include "onu_mng_platform/posix/cli/thread.h"
 
 namespace onu_mng_platform {
 namespace {
@@ -87,13 +88,16 @@ bool CliSession::TakeRequest() {
 }
 
 void CliSession::Run() {
+    const Finally end([this] {
+        is_running_ = false;
+        wake_->Set();
+    });
     try {
         Answer();
-    } catch (const std::bad_alloc&) {
+    } catch (...) { // memory is short, or a handler ends its thread
         output_.Break();
+        bep_passTaskEnd();
     }
-    is_running_ = false;
-    wake_->Set();
 }
 
 void CliSession::Answer() {
@@ -140,7 +144,7 @@ const char* CliSession::Ending() const {
 }
 
 void CliSession::Close(std::string_view farewell) {
-    if (output_.IsEmpty()) output_.PutText(farewell);
+    output_.PutIfEmpty(farewell); // a command that runs may be filling the buffer
     output_.Send(socket_.get());
     output_.Break();
     socket_.Close();

@@ -4,10 +4,14 @@
 
 #include <cerrno>
 #include <csignal>
+#include <exception>
 #include <system_error>
 #include <thread>
 
 #include <pthread.h>
+
+#include "onu_mng_platform/bep.h"
+#include "onu_mng_platform/common/log/log.h"
 
 namespace onu_mng_platform {
 
@@ -30,13 +34,42 @@ private:
     sigset_t before_{};
 };
 
-/// Starts a thread that leaves the process's signals to the host; `name` has at most 15 characters. @return a
-/// thread that is not joinable, with errno set, when none could be started. Throws std::bad_alloc.
+/// Does something at the end of a scope, however that is left: a handler may throw or end its thread.
+template <typename Action>
+class Finally {
+public:
+    explicit Finally(Action action) : action_(action) {}
+    ~Finally() { action_(); }
+    Finally(const Finally&) = delete;
+    Finally& operator=(const Finally&) = delete;
+
+private:
+    const Action action_;
+};
+
+/// Runs the body of a thread, which ends with it. An exception costs a log line; the end of a thread by
+/// pthread_exit() passes through.
+template <typename Body>
+void RunThread(const char* name, Body& body) {
+    constexpr int kErrorLevel = 13;
+    constexpr char kFormat[] = "thread %s has ended by an exception: %s\r\n";
+    try {
+        body();
+    } catch (const std::exception& exception) {
+        LogPort(kErrorLevel, kFormat, name, exception.what());
+    } catch (...) {
+        bep_passTaskEnd();
+        LogPort(kErrorLevel, kFormat, name, "unknown exception");
+    }
+}
+
+/// Starts a thread that leaves the process's signals to the host; `name`, a literal, has at most 15 characters.
+/// @return a thread that is not joinable, with errno set, when none could be started. Throws std::bad_alloc.
 template <typename Body>
 std::thread StartThread(const char* name, Body&& body) {
     const SignalShield shield; // inherited by the thread
     try {
-        std::thread thread(std::forward<Body>(body));
+        std::thread thread([name, body = std::forward<Body>(body)]() mutable { RunThread(name, body); });
         pthread_setname_np(thread.native_handle(), name);
         return thread;
     } catch (const std::system_error& error) {

@@ -26,15 +26,21 @@ public:
     /// for it. Throws std::bad_alloc.
     bool Submit(std::function<void()> job);
 
-    /// Drops the jobs that were not begun, waits for the others and ends the threads.
+    /// Drops the jobs that were not begun, waits for the others and ends the threads. Does not wait for the
+    /// job that calls it, by exit().
     void Stop();
+
+    /// Whether a job calls this.
+    bool IsOwnThread() const;
 
 private:
     void Work();
     void AddThread();
+    std::function<void()> Take();
+    void Forget(std::thread::id id);
 
     const size_t most_;
-    std::mutex mutex_;
+    mutable std::mutex mutex_;
     std::condition_variable work_;
     std::deque<std::function<void()>> jobs_;
     std::vector<std::thread> threads_;

@@ -114,6 +114,11 @@ public:
         return thread_.joinable() || Refuse(std::generic_category().message(errno));
     }
 
+    /// Whether a command or `on_exit` calls this.
+    bool IsOwnThread() const {
+        return std::this_thread::get_id() == thread_.get_id() || worker_.IsOwnThread();
+    }
+
     void Print(const std::string& text) {
         {
             const std::lock_guard<std::mutex> guard(text_lock_);
@@ -167,6 +172,7 @@ private:
 };
 
 void CliConsole::Loop::Run() {
+    const Finally end([this] { ended_.Set(); });
     Log("opened");
     bool is_cut = false;
     try {
@@ -179,7 +185,6 @@ void CliConsole::Loop::Run() {
     std::fflush(stdout);
     Log(is_cut ? "its terminal is gone" : "left");
     if (options_.on_exit && !is_cut && !IsStopped()) options_.on_exit();
-    ended_.Set();
 }
 
 /// Serves lines. @return whether that has ended because the terminal is gone.
@@ -218,15 +223,17 @@ std::optional<std::string> CliConsole::Loop::ReadLine(CliEditor* editor) {
 
 /// @return false after "exit".
 bool CliConsole::Loop::Execute(const std::string& line) {
-    CliOutput output({}, &wake_);
+    CliOutput output({}, &wake_, CharsetOfLocale());
     const Terminal terminal = MakeTerminal(PutInto, &output);
     terminal->user = user_;
     terminal->log_module = options_.log_module;
     std::atomic<bool> is_running{true};
     const bool has_begun = worker_.Submit([&] {
+        const Finally end([&] {
+            is_running = false;
+            wake_.Set();
+        });
         vty_execute(terminal.get(), node_, line.c_str());
-        is_running = false;
-        wake_.Set();
     });
     if (!has_begun) throw std::bad_alloc();
     Show(&output, is_running);
@@ -265,7 +272,10 @@ std::string CliConsole::Loop::Describe(const std::string& line) const {
 
 CliConsole::CliConsole() = default;
 
-CliConsole::~CliConsole() = default;
+// A command that calls exit() would wait for itself; the process ends in any case.
+CliConsole::~CliConsole() {
+    if (loop_ != nullptr && loop_->IsOwnThread()) (void)loop_.release();
+}
 
 bool CliConsole::Start(unsigned int node, const std::string& prompt, Options options) {
     if (loop_ != nullptr) return false;

@@ -39,7 +39,7 @@ public:
     bool Start(unsigned int node, const std::string& prompt, Options options);
 
     /// Ends the console, after the command that runs, and gives the terminal back as it was. Nothing when not
-    /// started. Not from `on_exit`.
+    /// started. Neither from `on_exit` nor from a command; these may call exit().
     void Stop();
 
     /// Prints text, lines that end in "\n", above the line that is being typed, or behind the output of the
