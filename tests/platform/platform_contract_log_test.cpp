@@ -9,7 +9,6 @@
 #include <cctype>
 #include <cstring>
 #include <ctime>
-#include <memory>
 #include <sstream>
 #include <string>
 #include <thread>
@@ -24,128 +23,101 @@
 
 namespace {
 
-/// Keeps the lines that pass the filter as it is.
-class Filtered {
-public:
-    Filtered() {
-        ulogSetSink([](void* self, unsigned int, int,
-                       const char* line) { static_cast<Filtered*>(self)->text += line; },
-                    this);
-    }
-    ~Filtered() { ulogSetSink(nullptr, nullptr); }
-    std::string Take() { return std::exchange(text, {}); }
+using Lines = std::vector<std::string>;
 
-private:
-    std::string text;
-};
-
-TEST(PlatformLog, WritesFromTheThresholdOn) {
-    RunOnPort([] {
-        Filtered log;
-        ulogPrintf(7, 9, "nine\r\n");
-        ulogPrintf(7, 10, "ten %d %s\r\n", 42, "x");
-        EXPECT_EQ(log.Take(), "ten 42 x\r\n");
-        ulogSetThreshold(12);
-        ulogPrintf(7, 11, "eleven\r\n");
-        ulogPrintf(7, 12, "twelve\r\n");
-        EXPECT_EQ(log.Take(), "twelve\r\n");
-        ulogSetThreshold(16);
-        ulogPrintf(7, 15, "fifteen\r\n");
-        EXPECT_EQ(log.Take(), "");
-        ulogSetThreshold(10);
-    });
+PORT_TEST(PlatformLog, WritesFromTheThresholdOn) {
+    LogLines log;
+    ulogSetThreshold(10);
+    ulogPrintf(7, 9, "nine\r\n");
+    ulogPrintf(7, 10, "%d %s\r\n", 42, "x");
+    ulogSetThreshold(12);
+    ulogPrintf(7, 11, "eleven\r\n");
+    ulogPrintf(7, 12, "twelve\r\n");
+    ulogSetThreshold(16);
+    ulogPrintf(7, 15, "fifteen\r\n");
+    EXPECT_EQ(log.Take(), Lines({"10 42 x", "12 twelve"}));
 }
 
-TEST(PlatformLog, OpensALevelForAModule) {
-    RunOnPort([] {
-        Filtered log;
-        EXPECT_EQ(ulogSetModIgnore(7, 4, 1), 0);
-        ulogPrintf(7, 4, "7/4\r\n");
-        ulogPrintf(7, 5, "7/5\r\n");
-        ulogPrintf(8, 4, "8/4\r\n");
-        EXPECT_EQ(log.Take(), "7/4\r\n");
-        EXPECT_EQ(ulogSetModIgnore(7, 4, 0), 0);
-        EXPECT_EQ(ulogSetModIgnore(7, 4, 0), 0);
-        ulogPrintf(7, 4, "7/4\r\n");
-        EXPECT_EQ(log.Take(), "");
+PORT_TEST(PlatformLog, OpensALevelForAModule) {
+    LogLines log;
+    ulogSetThreshold(10);
+    EXPECT_EQ(ulogSetModIgnore(7, 4, 1), 0);
+    ulogPrintf(7, 4, "7/4\r\n");
+    ulogPrintf(7, 5, "7/5\r\n");
+    ulogPrintf(8, 4, "8/4\r\n");
+    EXPECT_EQ(log.Take(), Lines{"4 7/4"});
+    EXPECT_EQ(ulogSetModIgnore(7, 4, 0), 0);
+    EXPECT_EQ(ulogSetModIgnore(7, 4, 0), 0);
+    ulogPrintf(7, 4, "7/4\r\n");
+    EXPECT_EQ(log.Take(), Lines{});
 
-        EXPECT_EQ(ulogSetModIgnore(7, -1, 1), -1);
-        EXPECT_EQ(ulogSetModIgnore(7, 16, 1), -1);
-        EXPECT_EQ(ulogSetModIgnore(7, 4, 2), -1);
-        for (unsigned int module = 0; module < 16; ++module)
-            EXPECT_EQ(ulogSetModIgnore(module, 3, 1), 0);
-        EXPECT_EQ(ulogSetModIgnore(16, 3, 1), -1);
-        EXPECT_EQ(ulogSetModIgnore(5, 4, 1), 0); // its second level
-        EXPECT_EQ(ulogSetModIgnore(5, 3, 0), 0);
-        EXPECT_EQ(ulogSetModIgnore(16, 3, 1), -1);
-        EXPECT_EQ(ulogSetModIgnore(5, 4, 0), 0);
-        EXPECT_EQ(ulogSetModIgnore(16, 3, 1), 0);
-        for (unsigned int module = 0; module <= 16; ++module)
-            EXPECT_EQ(ulogSetModIgnore(module, 3, 0), 0);
-    });
+    EXPECT_EQ(ulogSetModIgnore(7, -1, 1), -1);
+    EXPECT_EQ(ulogSetModIgnore(7, 16, 1), -1);
+    EXPECT_EQ(ulogSetModIgnore(7, 4, 2), -1);
+    for (unsigned int module = 0; module < 16; ++module)
+        EXPECT_EQ(ulogSetModIgnore(module, 3, 1), 0);
+    EXPECT_EQ(ulogSetModIgnore(16, 3, 1), -1);
+    EXPECT_EQ(ulogSetModIgnore(5, 4, 1), 0); // its second level
+    EXPECT_EQ(ulogSetModIgnore(5, 3, 0), 0);
+    EXPECT_EQ(ulogSetModIgnore(16, 3, 1), -1);
+    EXPECT_EQ(ulogSetModIgnore(5, 4, 0), 0);
+    EXPECT_EQ(ulogSetModIgnore(16, 3, 1), 0);
+    for (unsigned int module = 0; module <= 16; ++module)
+        EXPECT_EQ(ulogSetModIgnore(module, 3, 0), 0);
 }
 
-TEST(PlatformLog, CutsLongTextButEndsItsLine) {
-    RunOnPort([] {
-        Filtered log;
-        const std::string fitting(1021, 'f');
-        ulogPrintf(7, 13, "%s\r\n", fitting.c_str());
-        EXPECT_EQ(log.Take(), fitting + "\r\n");
-        ulogPrintf(7, 13, "%s\r\n", std::string(5000, 'l').c_str());
-        EXPECT_EQ(log.Take(), std::string(1021, 'l') + "\r\n");
-    });
+PORT_TEST(PlatformLog, CutsLongTextButEndsItsLine) {
+    LogLines log;
+    for (const size_t size : {1021u, 5000u})
+        ulogPrintf(7, 13, "%s\r\n", std::string(size, 'l').c_str());
+    EXPECT_EQ(log.Take(), Lines(2, "13 " + std::string(1021, 'l')));
 }
 
-TEST(PlatformLog, DropsLinesOfItsOwnSink) {
-    RunOnPort([] {
-        static std::string text;
-        ulogSetSink(
-            [](void*, unsigned int, int, const char* line) {
-                ulogPrintf(1, 15, "from the sink\r\n");
-                text += line;
-            },
-            nullptr);
-        ulogPrintf(7, 13, "one\r\n");
-        ulogPrintf(7, 13, "two\r\n");
-        ulogSetSink(nullptr, nullptr);
-        EXPECT_EQ(text, "one\r\ntwo\r\n");
-    });
+PORT_TEST(PlatformLog, DropsLinesOfItsOwnSink) {
+    static std::string text;
+    ulogSetSink(
+        [](void*, unsigned int, int, const char* line) {
+            ulogPrintf(1, 15, "from the sink\r\n");
+            text += line;
+        },
+        nullptr);
+    ulogPrintf(7, 13, "one\r\n");
+    ulogPrintf(7, 13, "two\r\n");
+    ulogSetSink(nullptr, nullptr);
+    EXPECT_EQ(text, "one\r\ntwo\r\n");
 }
 
-TEST(PlatformLog, LosesLinesThatNobodyReadsAndCountsThem) {
-    RunOnPort([] {
-        int ends[2];
-        ASSERT_EQ(pipe(ends), 0);
-        const int kept = dup(STDERR_FILENO);
-        dup2(ends[1], STDERR_FILENO);
-        close(ends[1]);
-        const std::string text(500, 'x');
-        for (int line = 0; line < 400; ++line) // far more than a pipe holds
-            ulogPrintf(7, 13, "%s\r\n", text.c_str());
-        fcntl(ends[0], F_SETFL, O_NONBLOCK);
-        std::string read_text;
-        char data[4096];
-        const auto read_all = [&] {
-            for (ssize_t size = 0; (size = read(ends[0], data, sizeof data)) > 0;)
-                read_text.append(data, static_cast<size_t>(size));
-        };
-        read_all();
-        ulogPrintf(7, 13, "read again\r\n");
-        read_all();
-        close(ends[0]);
-        ulogPrintf(7, 13, "to nobody\r\n");
-        dup2(kept, STDERR_FILENO);
-        close(kept);
-        testing::internal::CaptureStderr();
-        ulogPrintf(7, 13, "to somebody\r\n");
-        EXPECT_NE(testing::internal::GetCapturedStderr().find("13 0: 1 lines are lost here"),
-                  std::string::npos);
-        const long lines = std::count(read_text.begin(), read_text.end(), '\n');
-        EXPECT_GT(lines, 50);
-        const std::string lost = std::to_string(402 - lines) + " lines are lost here";
-        EXPECT_NE(read_text.find("read again\r\n"), std::string::npos);
-        EXPECT_NE(read_text.find(lost), std::string::npos) << read_text.substr(read_text.size() - 200);
-    });
+PORT_TEST(PlatformLog, LosesLinesThatNobodyReadsAndCountsThem) {
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
+    const int kept = dup(STDERR_FILENO);
+    dup2(ends[1], STDERR_FILENO);
+    close(ends[1]);
+    const std::string text(500, 'x');
+    for (int line = 0; line < 400; ++line) // far more than a pipe holds
+        ulogPrintf(7, 13, "%s\r\n", text.c_str());
+    fcntl(ends[0], F_SETFL, O_NONBLOCK);
+    std::string read_text;
+    char data[4096];
+    const auto read_all = [&] {
+        for (ssize_t size = 0; (size = read(ends[0], data, sizeof data)) > 0;)
+            read_text.append(data, static_cast<size_t>(size));
+    };
+    read_all();
+    ulogPrintf(7, 13, "read again\r\n");
+    read_all();
+    close(ends[0]);
+    ulogPrintf(7, 13, "to nobody\r\n");
+    dup2(kept, STDERR_FILENO);
+    close(kept);
+    testing::internal::CaptureStderr();
+    ulogPrintf(7, 13, "to somebody\r\n");
+    EXPECT_NE(testing::internal::GetCapturedStderr().find("13 0: 1 lines are lost here"), std::string::npos);
+    const long lines = std::count(read_text.begin(), read_text.end(), '\n');
+    EXPECT_GT(lines, 50);
+    const std::string lost = std::to_string(402 - lines) + " lines are lost here";
+    EXPECT_NE(read_text.find("read again\r\n"), std::string::npos);
+    EXPECT_NE(read_text.find(lost), std::string::npos) << read_text.substr(read_text.size() - 200);
 }
 
 /// Writes lines to a terminal to which somebody else writes as well, and which is read all the time.
@@ -199,30 +171,23 @@ TEST(PlatformLog, LosesNoLineOfATerminalThatIsRead) {
     EXPECT_EQ(seen, kLines);
 }
 
-TEST(PlatformLog, NeverMixesLines) {
-    RunOnPort([] {
-        testing::internal::CaptureStderr();
-        std::vector<std::unique_ptr<PortTask>> tasks;
-        for (int number = 0; number < 4; ++number) {
-            tasks.push_back(std::make_unique<PortTask>("logging", [number] {
-                for (int i = 0; i < 250; ++i) {
-                    ulogPrintf(7, 13, "%s\r\n", std::string(40, static_cast<char>('a' + number)).c_str());
-                }
-            }));
-        }
-        for (const auto& task : tasks)
-            task->WaitUntilDone();
-        std::istringstream text(testing::internal::GetCapturedStderr());
-        int lines = 0;
-        for (std::string line; std::getline(text, line); ++lines) {
-            const size_t end = line.size() - 41;
-            for (size_t i = 0; i < end; ++i) {
-                if (std::isdigit(line[i]) != 0) line[i] = '0';
-            }
-            ASSERT_EQ(line, "0000-00-00 00:00:00.000 00 0: " + std::string(40, line[end]) + "\r");
-        }
-        EXPECT_EQ(lines, 1000);
+PORT_TEST(PlatformLog, NeverMixesLines) {
+    testing::internal::CaptureStderr();
+    const PortTasks tasks(4, [](int number) {
+        for (int i = 0; i < 250; ++i)
+            ulogPrintf(7, 13, "%s\r\n", std::string(40, static_cast<char>('a' + number)).c_str());
     });
+    tasks.WaitUntilDone();
+    std::istringstream text(testing::internal::GetCapturedStderr());
+    int lines = 0;
+    for (std::string line; std::getline(text, line); ++lines) {
+        const size_t end = line.size() - 41;
+        for (size_t i = 0; i < end; ++i) {
+            if (std::isdigit(line[i]) != 0) line[i] = '0';
+        }
+        ASSERT_EQ(line, "0000-00-00 00:00:00.000 00 0: " + std::string(40, line[end]) + "\r");
+    }
+    EXPECT_EQ(lines, 1000);
 }
 
 TEST(PlatformTicks, AreAPositiveConstant) {
@@ -231,37 +196,29 @@ TEST(PlatformTicks, AreAPositiveConstant) {
     EXPECT_EQ(bep_sysClkRateGetEx(), ticks);
 }
 
-TEST(PlatformCalendar, TellsTheLocalTime) {
-    RunOnPort([] {
-        const char* const zone = std::getenv("TZ");
-        const std::string old_zone = zone == nullptr ? "" : zone;
-        setenv("TZ", "XYZ-5:30", 1); // five and a half hours ahead
-        tzset();
-        unsigned short year = 0;
-        unsigned char month = 0, day = 0, hour = 0, minute = 0, second = 0;
-        timespec before{}, after{};
-        clock_gettime(CLOCK_REALTIME, &before);
-        ASSERT_EQ(getDateTime(&year, &month, &day, &hour, &minute, &second), 0);
-        clock_gettime(CLOCK_REALTIME, &after);
-        std::tm date{};
-        date.tm_year = year - 1900;
-        date.tm_mon = month - 1;
-        date.tm_mday = day;
-        date.tm_hour = hour;
-        date.tm_min = minute;
-        date.tm_sec = second;
-        const time_t told = timegm(&date) - (5 * 60 + 30) * 60;
-        EXPECT_GE(told, before.tv_sec);
-        EXPECT_LE(told, after.tv_sec);
-        EXPECT_EQ(getDateTime(nullptr, &month, &day, &hour, &minute, &second), -1);
-        EXPECT_EQ(getDateTime(&year, &month, &day, &hour, &minute, nullptr), -1);
-        if (zone == nullptr) {
-            unsetenv("TZ");
-        } else {
-            setenv("TZ", old_zone.c_str(), 1);
-        }
-        tzset();
-    });
+PORT_TEST(PlatformCalendar, TellsTheLocalTime) {
+    setenv("TZ", "XYZ-5:30", 1); // five and a half hours ahead
+    tzset();
+    unsigned short year = 0;
+    unsigned char month = 0, day = 0, hour = 0, minute = 0, second = 0;
+    timespec before{}, after{};
+    clock_gettime(CLOCK_REALTIME, &before);
+    ASSERT_EQ(getDateTime(&year, &month, &day, &hour, &minute, &second), 0);
+    clock_gettime(CLOCK_REALTIME, &after);
+    std::tm date{};
+    date.tm_year = year - 1900;
+    date.tm_mon = month - 1;
+    date.tm_mday = day;
+    date.tm_hour = hour;
+    date.tm_min = minute;
+    date.tm_sec = second;
+    const time_t told = timegm(&date) - (5 * 60 + 30) * 60;
+    EXPECT_GE(told, before.tv_sec);
+    EXPECT_LE(told, after.tv_sec);
+    EXPECT_EQ(getDateTime(nullptr, &month, &day, &hour, &minute, &second), -1);
+    EXPECT_EQ(getDateTime(&year, &month, &day, &hour, &minute, nullptr), -1);
+    unsetenv("TZ");
+    tzset();
 }
 
 TEST(PlatformText, CopiesSetsAndComparesAndSurvivesNull) {

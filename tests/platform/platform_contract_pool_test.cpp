@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <cstring>
 #include <memory>
+#include <regex>
 #include <string>
 #include <vector>
 
@@ -21,32 +22,25 @@ namespace {
 
 constexpr unsigned int kSize = 256 * 1024;
 
-void ExpectStat(int pool, const mpu_stat& expected) {
-    const mpu_stat actual = StatOf(pool);
-    ASSERT_EQ(actual.size, expected.size);
-    ASSERT_EQ(actual.used, expected.used);
-    ASSERT_EQ(actual.peak, expected.peak);
-    ASSERT_EQ(actual.blocks, expected.blocks);
-    ASSERT_EQ(actual.allocs, expected.allocs);
-    ASSERT_EQ(actual.fails, expected.fails);
+/// The numbers of a pool, to compare.
+std::vector<size_t> Numbers(const mpu_stat& stat) {
+    return {stat.size, stat.used, stat.peak, stat.blocks, stat.allocs, stat.fails};
 }
 
-TEST(PlatformPool, RefusesWhatItCannotServe) {
-    RunOnPort([] {
-        EXPECT_EQ(mpuCreate("none", 0, 1, 0), -1);
-        EXPECT_EQ(mpuCreate("too large", UINT_MAX, 1, 0), -1);
-        const int pool = mpuCreate("refusing", kSize, 1, 0);
-        ASSERT_GE(pool, 0);
-        EXPECT_EQ(Take(-1, 16), nullptr);
-        EXPECT_EQ(Take(INT_MAX, 16), nullptr);
-        EXPECT_EQ(Take(pool, 0), nullptr);
-        EXPECT_EQ(Take(pool, kSize + 1), nullptr);
-        EXPECT_EQ(Take(pool, UINT_MAX), nullptr);
-        mpu_stat stat{};
-        EXPECT_EQ(mpuGetStat(pool, nullptr), -1);
-        EXPECT_EQ(mpuGetStat(-1, &stat), -1);
-        EXPECT_EQ(StatOf(pool).fails, 2u); // those of size 0 are none
-    });
+PORT_TEST(PlatformPool, RefusesWhatItCannotServe) {
+    EXPECT_EQ(mpuCreate("none", 0, 1, 0), -1);
+    EXPECT_EQ(mpuCreate("too large", UINT_MAX, 1, 0), -1);
+    const int pool = mpuCreate("refusing", kSize, 1, 0);
+    ASSERT_GE(pool, 0);
+    EXPECT_EQ(Take(-1, 16), nullptr);
+    EXPECT_EQ(Take(INT_MAX, 16), nullptr);
+    EXPECT_EQ(Take(pool, 0), nullptr);
+    EXPECT_EQ(Take(pool, kSize + 1), nullptr);
+    EXPECT_EQ(Take(pool, UINT_MAX), nullptr);
+    mpu_stat stat{};
+    EXPECT_EQ(mpuGetStat(pool, nullptr), -1);
+    EXPECT_EQ(mpuGetStat(-1, &stat), -1);
+    EXPECT_EQ(StatOf(pool).fails, 2u); // those of size 0 are none
 }
 
 /// Blocks that were taken and what the totals must be.
@@ -109,77 +103,71 @@ void RandomStep(Seeded& random, int pool, Model& model) {
         ASSERT_TRUE(block.IsIntact());
         ASSERT_EQ(mpuFree(block.address), 0);
     }
-    ExpectStat(pool, model.stat);
+    ASSERT_EQ(Numbers(StatOf(pool)), Numbers(model.stat));
 }
 
-TEST(PlatformPool, FollowsAModelThroughRandomOperations) {
-    RunOnPort([] {
-        Seeded random;
-        const int pool = mpuCreate("random", kSize, 1, 0);
-        Model model;
-        model.region = static_cast<const char*>(Take(pool, kSize));
-        ASSERT_EQ(mpuFree(const_cast<char*>(model.region)), 0);
-        model.stat = StatOf(pool);
-        for (int i = 0; i < 30000 && !testing::Test::HasFatalFailure(); ++i)
-            RandomStep(random, pool, model);
-        while (!model.blocks.empty())
-            ASSERT_EQ(mpuFree(model.Returned(0).address), 0);
-        ExpectStat(pool, model.stat);
-        // Nothing is lost and all is in one piece again.
-        void* const whole = Take(pool, kSize);
-        ASSERT_NE(whole, nullptr);
-        std::memset(whole, 0x5A, kSize);
-        EXPECT_EQ(mpuFree(whole), 0);
-    });
+PORT_TEST(PlatformPool, FollowsAModelThroughRandomOperations) {
+    Seeded random;
+    const int pool = mpuCreate("random", kSize, 1, 0);
+    Model model;
+    model.region = static_cast<const char*>(Take(pool, kSize));
+    ASSERT_EQ(mpuFree(const_cast<char*>(model.region)), 0);
+    model.stat = StatOf(pool);
+    for (int i = 0; i < 30000 && !testing::Test::HasFatalFailure(); ++i)
+        RandomStep(random, pool, model);
+    while (!model.blocks.empty())
+        ASSERT_EQ(mpuFree(model.Returned(0).address), 0);
+    ASSERT_EQ(Numbers(StatOf(pool)), Numbers(model.stat));
+    // Nothing is lost and all is in one piece again.
+    void* const whole = Take(pool, kSize);
+    ASSERT_NE(whole, nullptr);
+    std::memset(whole, 0x5A, kSize);
+    EXPECT_EQ(mpuFree(whole), 0);
 }
 
-TEST(PlatformPool, ReportsAndRefusesBadPointers) {
-    RunOnPort([] {
-        const int pool = mpuCreate("misused", kSize, 1, 0);
-        auto* const block = static_cast<char*>(Take(pool, 100));
-        void* const returned = Take(pool, 100);
-        void* const large_returned = Take(pool, 10000);
-        char on_stack[64];
-        const std::unique_ptr<char[]> on_heap(new char[64]);
-        EXPECT_EQ(mpuFree(returned), 0);
-        EXPECT_EQ(mpuFree(large_returned), 0);
-        const mpu_stat before = StatOf(pool);
+PORT_TEST(PlatformPool, ReportsAndRefusesBadPointers) {
+    const int pool = mpuCreate("misused", kSize, 1, 0);
+    auto* const block = static_cast<char*>(Take(pool, 100));
+    void* const returned = Take(pool, 100);
+    void* const large_returned = Take(pool, 10000);
+    char on_stack[64];
+    const std::unique_ptr<char[]> on_heap(new char[64]);
+    EXPECT_EQ(mpuFree(returned), 0);
+    EXPECT_EQ(mpuFree(large_returned), 0);
+    const mpu_stat before = StatOf(pool);
 
-        LogLines lines;
-        void* const bad[] = {nullptr,    on_stack,   on_heap.get(), block + 1,
-                             block + 16, block + 96, returned,      large_returned};
-        for (void* const pointer : bad) {
-            EXPECT_EQ(mpuFree(pointer), -1) << pointer;
-            const std::vector<std::string> logged = lines.Take();
-            ASSERT_EQ(logged.size(), 1u) << pointer;
-            EXPECT_EQ(logged[0].substr(0, 3), "13 ");
-            EXPECT_EQ(logged[0].find("0x"), std::string::npos) << "differs from run to run: " << logged[0];
-        }
-        ExpectStat(pool, before);
-        EXPECT_EQ(mpuFree(block), 0);
-    });
+    LogLines lines;
+    void* const bad[] = {nullptr,    on_stack,   on_heap.get(), block + 1,
+                         block + 16, block + 96, returned,      large_returned};
+    for (void* const pointer : bad) {
+        EXPECT_EQ(mpuFree(pointer), -1) << pointer;
+        const std::vector<std::string> logged = lines.Take();
+        ASSERT_EQ(logged.size(), 1u) << pointer;
+        EXPECT_EQ(logged[0].substr(0, 3), "13 ");
+        EXPECT_EQ(logged[0].find("0x"), std::string::npos) << "differs from run to run: " << logged[0];
+    }
+    ASSERT_EQ(Numbers(StatOf(pool)), Numbers(before));
+    EXPECT_EQ(mpuFree(block), 0);
 }
 
-TEST(PlatformPool, ServesALastRequestFromTheOneFreeRangeThatIsLongEnough) {
-    RunOnPort([] {
-        constexpr unsigned int kLong = 20400;
-        constexpr unsigned int kNearlyAsLong = 20000;
-        const int pool = mpuCreate("nearly full", 4 << 20, 1, 0);
-        // The long range is the first to come back, and so the last to be looked at.
-        std::vector<void*> ranges;
-        for (int i = 0; i < 80; ++i) {
-            ranges.push_back(Take(pool, i == 0 ? kLong : kNearlyAsLong));
-            ASSERT_NE(Take(pool, 9000), nullptr); // keeps its neighbours apart
+PORT_TEST(PlatformPool, ServesALastRequestFromTheOneFreeRangeThatIsLongEnough) {
+    constexpr unsigned int kLong = 20400;
+    constexpr unsigned int kNearlyAsLong = 20000;
+    const int pool = mpuCreate("nearly full", 4 << 20, 1, 0);
+    // The long range is the first to come back, and so the last to be looked at.
+    std::vector<void*> ranges;
+    for (int i = 0; i < 80; ++i) {
+        ranges.push_back(Take(pool, i == 0 ? kLong : kNearlyAsLong));
+        ASSERT_NE(Take(pool, 9000), nullptr); // keeps its neighbours apart
+    }
+    for (const unsigned int rest : {kNearlyAsLong, 9000u, 16u}) {
+        while (Take(pool, rest) != nullptr) {
         }
-        for (const unsigned int rest : {kNearlyAsLong, 9000u, 16u}) {
-            while (Take(pool, rest) != nullptr) {
-            }
-        }
-        for (void* const range : ranges)
-            mpuFree(range);
-        EXPECT_EQ(Take(pool, kLong), ranges[0]);
-        EXPECT_EQ(Take(pool, kLong), nullptr);
-    });
+    }
+    for (void* const range : ranges)
+        mpuFree(range);
+    EXPECT_EQ(Take(pool, kLong), ranges[0]);
+    EXPECT_EQ(Take(pool, kLong), nullptr);
 }
 
 TEST(PlatformPool, KeepsBlocksThatWereWrittenPastTheirEndOutOfUse) {
@@ -217,61 +205,35 @@ char g_same_file[] = "leak.cpp";
 
 int ShowAll(cmd_element*, vty*, int, char**) {
     const int pool = mpuCreate("viewed", kSize, 1, 0);
-    void* const first = mpuAlloc_(pool, 100, g_file, 7);
-    void* const second = mpuAlloc_(pool, 200, g_same_file, 7);
-    void* const third = mpuAlloc_(pool, 5000, "other.cpp", 8);
+    void* const blocks[] = {mpuAlloc_(pool, 100, g_file, 7), mpuAlloc_(pool, 200, g_same_file, 7),
+                            mpuAlloc_(pool, 5000, "other.cpp", 8)};
     mpuFree(Take(pool, 48));
     mpuShow();
     mpuShowd(pool);
     mpuShowDebug(pool);
     mpuShowd(-1);
     mpuShowDebug(INT_MAX);
-    for (void* const block : {first, second, third})
+    for (void* const block : blocks)
         mpuFree(block);
     return 0;
 }
 
-cmd_element g_show_all{"pool views", ShowAll, nullptr, 0, 0, nullptr};
+PORT_TEST(PlatformPool, ShowsItsViewsOnTheTerminalOfTheCommandElseOnStandardOutput) {
+    constexpr unsigned int kNode = 77;
+    CapturedTerminal terminal;
+    Install(kNode, "pool views", ShowAll);
+    ASSERT_EQ(vty_execute(terminal, kNode, "pool views"), 0);
+    const std::string shown = terminal.Text();
+    EXPECT_FALSE(std::regex_search(shown, std::regex("[^\r]\n"))) << shown;
+    const std::string view = std::regex_replace(shown, std::regex(" +"), " ");
+    for (const char* line : {" viewed 262144 5328 5376 3 0", " 2 320 leak.cpp:7\r", " 1 5008 other.cpp:8\r"})
+        EXPECT_NE(view.find(line), std::string::npos) << line << " in " << view;
+    EXPECT_LT(view.find("other.cpp:8"), view.find("leak.cpp:7")) << "most bytes first";
 
-/// Returns the words of the line that contains `text`, separated by one blank.
-std::string LineWith(const std::string& view, const std::string& text) {
-    const size_t at = view.find(text);
-    if (at == std::string::npos) return "no " + text;
-    const size_t begin = view.rfind('\n', at) + 1;
-    std::string words;
-    for (const char c : view.substr(begin, view.find('\r', at) - begin)) {
-        if (c != ' ' || (!words.empty() && words.back() != ' ')) words += c;
-    }
-    return words;
-}
-
-TEST(PlatformPool, ShowsItsViewsOnTheTerminalOfTheCommand) {
-    RunOnPort([] {
-        constexpr unsigned int kNode = 77;
-        CapturedTerminal terminal;
-        install_element(kNode, &g_show_all);
-        ASSERT_EQ(vty_execute(terminal, kNode, "pool views"), 0);
-        const std::string view = terminal.Text();
-        EXPECT_NE(LineWith(view, "viewed").find("viewed 262144 5328 5376 3 0"), std::string::npos) << view;
-        EXPECT_EQ(LineWith(view, "leak.cpp:7"), "2 320 leak.cpp:7") << view;
-        EXPECT_EQ(LineWith(view, "other.cpp:8"), "1 5008 other.cpp:8") << view;
-        EXPECT_LT(view.find("other.cpp:8"), view.find("leak.cpp:7")) << "most bytes first";
-        for (size_t at = view.find('\n'); at != std::string::npos; at = view.find('\n', at + 1)) {
-            EXPECT_EQ(view[at - 1], '\r');
-        }
-    });
-}
-
-TEST(PlatformPool, ShowsItsViewsOnStandardOutputOtherwise) {
-    RunOnPort([] {
-        const int pool = mpuCreate("printed", kSize, 1, 0);
-        testing::internal::CaptureStdout();
-        mpuShow();
-        mpuShowd(pool);
-        const std::string view = testing::internal::GetCapturedStdout();
-        EXPECT_NE(view.find("printed"), std::string::npos);
-        EXPECT_EQ(LineWith(view, "Up to bytes").substr(0, 11), "Up to bytes");
-    });
+    testing::internal::CaptureStdout();
+    ShowAll(nullptr, nullptr, 0, nullptr);
+    EXPECT_NE(testing::internal::GetCapturedStdout().find("other.cpp:8"), std::string::npos);
+    EXPECT_EQ(terminal.Text(), "");
 }
 
 } // namespace

@@ -15,43 +15,35 @@
 
 namespace {
 
-TEST(PlatformQueue, RefusesWhatItCannotCreate) {
-    RunOnPort([] {
-        EXPECT_EQ(NewQueue(0, 8), 0u);
-        EXPECT_EQ(NewQueue(8, 0), 0u);
-        EXPECT_EQ(NewQueue(-1, 8), 0u);
-        EXPECT_EQ(NewQueue(8, -1), 0u);
-        EXPECT_EQ(NewQueue(INT_MAX, INT_MAX), 0u);
-        const uint32_t queue = NewQueue(1, 1);
-        EXPECT_NE(queue, 0u);
-        EXPECT_EQ(bep_msgQDeleteEx(queue), 0);
-    });
+PORT_TEST(PlatformQueue, RefusesWhatItCannotCreate) {
+    for (const auto& [messages, size] : {std::pair(0, 8), {8, 0}, {-1, 8}, {8, -1}, {INT_MAX, INT_MAX}})
+        EXPECT_EQ(NewQueue(messages, size), 0u) << messages << " of " << size;
+    const PortQueue queue(1, 1);
+    EXPECT_NE(queue, 0u);
+    EXPECT_EQ(bep_msgQDeleteEx(queue), 0);
 }
 
-TEST(PlatformQueue, RefusesBadMessagesAndCutsLongOnes) {
-    RunOnPort([] {
-        const uint32_t queue = NewQueue(2, 4);
-        char byte = 0;
-        EXPECT_EQ(Send(queue, ""), -1);
-        EXPECT_EQ(Send(queue, "12345"), -1);
-        EXPECT_EQ(bep_msgQSendEx(queue, nullptr, 1, 0, 1, __FILE__, __LINE__), -1);
-        EXPECT_EQ(bep_msgQReceiveEx(queue, nullptr, 1, 0, __FILE__, __LINE__), -1);
-        EXPECT_EQ(bep_msgQReceiveEx(queue, &byte, 0, 0, __FILE__, __LINE__), -1);
-        EXPECT_EQ(bep_msgQNumMsgsEx(queue), 0);
+PORT_TEST(PlatformQueue, RefusesBadMessagesAndCutsLongOnes) {
+    const PortQueue queue(2, 4);
+    char byte = 0;
+    EXPECT_EQ(Send(queue, ""), -1);
+    EXPECT_EQ(Send(queue, "12345"), -1);
+    EXPECT_EQ(bep_msgQSendEx(queue, nullptr, 1, 0, 1, __FILE__, __LINE__), -1);
+    EXPECT_EQ(bep_msgQReceiveEx(queue, nullptr, 1, 0, __FILE__, __LINE__), -1);
+    EXPECT_EQ(bep_msgQReceiveEx(queue, &byte, 0, 0, __FILE__, __LINE__), -1);
+    EXPECT_EQ(bep_msgQNumMsgsEx(queue), 0);
 
-        EXPECT_EQ(Send(queue, "1234"), 0);
-        EXPECT_EQ(Send(queue, "ab"), 0);
-        EXPECT_EQ(Receive(queue, 0, 3), "123"); // the rest of it is gone
-        EXPECT_EQ(Receive(queue), "ab");
-        EXPECT_EQ(Receive(queue), std::nullopt);
-        bep_msgQDeleteEx(queue);
-    });
+    EXPECT_EQ(Send(queue, "1234"), 0);
+    EXPECT_EQ(Send(queue, "ab"), 0);
+    EXPECT_EQ(Receive(queue, 0, 3), "123"); // the rest of it is gone
+    EXPECT_EQ(Receive(queue), "ab");
+    EXPECT_EQ(Receive(queue), std::nullopt);
 }
 
 struct ModelQueue {
-    uint32_t id = 0;
-    size_t capacity = 0;
-    size_t message_size = 0;
+    uint32_t id;
+    size_t capacity;
+    size_t message_size;
     std::deque<std::string> messages;
 };
 
@@ -75,99 +67,87 @@ void Step(Seeded& random, ModelQueue& queue, bool exists) {
     ASSERT_EQ(bep_msgQNumMsgsEx(queue.id), exists ? static_cast<int>(queue.messages.size()) : 0);
 }
 
-TEST(PlatformQueue, FollowsAModelThroughRandomOperations) {
-    RunOnPort([] {
-        Seeded random;
-        std::vector<ModelQueue> alive;
-        std::vector<ModelQueue> deleted;
-        for (int i = 0; i < 20000 && !testing::Test::HasFatalFailure(); ++i) {
-            const unsigned int what = random.Below(100);
-            if (alive.empty() || what == 0) {
-                ModelQueue queue;
-                queue.capacity = 1 + random.Below(8);
-                queue.message_size = 1 + random.Below(9);
-                queue.id = NewQueue(static_cast<int>(queue.capacity), static_cast<int>(queue.message_size));
-                ASSERT_NE(queue.id, 0u);
-                alive.push_back(queue);
-            } else if (what == 1) {
-                const size_t which = random.Below(static_cast<unsigned int>(alive.size()));
-                ASSERT_EQ(bep_msgQDeleteEx(alive[which].id), 0);
-                ASSERT_EQ(bep_msgQDeleteEx(alive[which].id), -1);
-                deleted.push_back(alive[which]);
-                alive.erase(alive.begin() + static_cast<std::ptrdiff_t>(which));
-            } else if (what == 2 && !deleted.empty()) {
-                Step(random, deleted[random.Below(static_cast<unsigned int>(deleted.size()))], false);
-            } else {
-                Step(random, alive[random.Below(static_cast<unsigned int>(alive.size()))], true);
-            }
+PORT_TEST(PlatformQueue, FollowsAModelThroughRandomOperations) {
+    Seeded random;
+    std::vector<ModelQueue> alive;
+    std::vector<ModelQueue> deleted;
+    const auto any_of = [&random](std::vector<ModelQueue>& queues) {
+        return queues.begin() + random.Below(static_cast<unsigned int>(queues.size()));
+    };
+    for (int i = 0; i < 20000 && !testing::Test::HasFatalFailure(); ++i) {
+        const unsigned int what = random.Below(100);
+        if (alive.empty() || what == 0) {
+            const unsigned int capacity = 1 + random.Below(8), size = 1 + random.Below(9);
+            alive.push_back(
+                {NewQueue(static_cast<int>(capacity), static_cast<int>(size)), capacity, size, {}});
+            ASSERT_NE(alive.back().id, 0u);
+        } else if (what == 1) {
+            const auto which = any_of(alive);
+            ASSERT_EQ(bep_msgQDeleteEx(which->id), 0);
+            ASSERT_EQ(bep_msgQDeleteEx(which->id), -1);
+            deleted.push_back(*which);
+            alive.erase(which);
+        } else if (what == 2 && !deleted.empty()) {
+            Step(random, *any_of(deleted), false);
+        } else {
+            Step(random, *any_of(alive), true);
         }
-        for (const ModelQueue& queue : alive)
-            bep_msgQDeleteEx(queue.id);
-    });
+    }
+    for (const ModelQueue& queue : alive)
+        bep_msgQDeleteEx(queue.id);
 }
 
-TEST(PlatformQueue, WaitsAsLongAsAskedButNoLess) {
-    RunOnPort([] {
-        const uint32_t queue = NewQueue(1, 1);
-        const int ticks = bep_sysClkRateGetEx() / 20;
-        double start = Now();
-        EXPECT_EQ(Receive(queue, ticks), std::nullopt);
-        EXPECT_GE(Now() - start, 0.05);
+PORT_TEST(PlatformQueue, WaitsAsLongAsAskedButNoLess) {
+    const PortQueue queue(1, 1);
+    const int ticks = bep_sysClkRateGetEx() / 20;
+    double start = Now();
+    EXPECT_EQ(Receive(queue, ticks), std::nullopt);
+    EXPECT_GE(Now() - start, 0.05);
 
-        EXPECT_EQ(Send(queue, "x", ticks), 0);
-        start = Now();
-        EXPECT_EQ(Send(queue, "y", ticks), -1);
-        EXPECT_GE(Now() - start, 0.05);
-        EXPECT_EQ(bep_msgQNumMsgsEx(queue), 1);
-        bep_msgQDeleteEx(queue);
-    });
+    EXPECT_EQ(Send(queue, "x", ticks), 0);
+    start = Now();
+    EXPECT_EQ(Send(queue, "y", ticks), -1);
+    EXPECT_GE(Now() - start, 0.05);
+    EXPECT_EQ(bep_msgQNumMsgsEx(queue), 1);
 }
 
-TEST(PlatformQueue, WakesWhoWaits) {
-    RunOnPort([] {
-        const uint32_t queue = NewQueue(1, 8);
-        std::optional<std::string> received;
-        PortTask receiver("receiver", [&] { received = Receive(queue, -1); });
-        LetOthersSettle();
-        EXPECT_EQ(Send(queue, "one"), 0);
-        receiver.WaitUntilDone();
-        EXPECT_EQ(received, "one");
+PORT_TEST(PlatformQueue, WakesWhoWaits) {
+    const PortQueue queue(1, 8);
+    std::optional<std::string> received;
+    PortTask receiver("receiver", [&] { received = Receive(queue, -1); });
+    LetOthersSettle();
+    EXPECT_EQ(Send(queue, "one"), 0);
+    receiver.WaitUntilDone();
+    EXPECT_EQ(received, "one");
 
-        EXPECT_EQ(Send(queue, "two"), 0);
-        int sent = 1;
-        PortTask sender("sender", [&] { sent = Send(queue, "three", -1); });
-        LetOthersSettle();
-        EXPECT_EQ(bep_msgQNumMsgsEx(queue), 1);
-        EXPECT_EQ(Receive(queue), "two");
-        sender.WaitUntilDone();
-        EXPECT_EQ(sent, 0);
-        EXPECT_EQ(Receive(queue), "three");
-        bep_msgQDeleteEx(queue);
-    });
+    EXPECT_EQ(Send(queue, "two"), 0);
+    int sent = 1;
+    PortTask sender("sender", [&] { sent = Send(queue, "three", -1); });
+    LetOthersSettle();
+    EXPECT_EQ(bep_msgQNumMsgsEx(queue), 1);
+    EXPECT_EQ(Receive(queue), "two");
+    sender.WaitUntilDone();
+    EXPECT_EQ(sent, 0);
+    EXPECT_EQ(Receive(queue), "three");
 }
 
 // A receiver that is deleted or times out just when a message comes for it must not leave the message lying
 // while another receiver waits.
-TEST(PlatformQueue, LosesNoMessageWithADeletedReceiver) {
-    RunOnPort([] {
-        for (int round = 0; round < 100; ++round) {
-            const uint32_t queue = NewQueue(4, 8);
-            std::optional<std::string> first;
-            std::optional<std::string> second;
-            PortTask doomed("doomed", [&] { first = Receive(queue, -1); });
-            if (round % 2 == 0) LetOthersSettle();
-            PortTask patient("patient", [&] { second = Receive(queue, -1); });
-            PortTask sender("sender", [&] { EXPECT_EQ(Send(queue, "x"), 0); });
-            doomed.Delete();
-            if (first.has_value()) {
-                EXPECT_EQ(Send(queue, "y"), 0);
-            }
-            patient.WaitUntilDone();
-            ASSERT_EQ(second, first.has_value() ? "y" : "x");
-            sender.WaitUntilDone();
-            bep_msgQDeleteEx(queue);
-        }
-    });
+PORT_TEST(PlatformQueue, LosesNoMessageWithADeletedReceiver) {
+    for (int round = 0; round < 100; ++round) {
+        const PortQueue queue(4, 8);
+        std::optional<std::string> first;
+        std::optional<std::string> second;
+        PortTask doomed("doomed", [&] { first = Receive(queue, -1); });
+        if (round % 2 == 0) LetOthersSettle();
+        PortTask patient("patient", [&] { second = Receive(queue, -1); });
+        PortTask sender("sender", [&] { EXPECT_EQ(Send(queue, "x"), 0); });
+        doomed.Delete();
+        if (first.has_value()) Send(queue, "y");
+        patient.WaitUntilDone();
+        ASSERT_EQ(second, first.has_value() ? "y" : "x");
+        sender.WaitUntilDone();
+    }
 }
 
 constexpr uint32_t kStreams = 4;
@@ -192,28 +172,17 @@ void ReceiveStreams(uint32_t queue, uint32_t* count) {
     }
 }
 
-TEST(PlatformQueue, KeepsTheOrderOfEachSenderAndLosesNothing) {
-    RunOnPort([] {
-        const uint32_t queue = NewQueue(3, sizeof(Parcel));
-        uint32_t counts[2] = {};
-        PortTask receiver1("receiver1", [&] { ReceiveStreams(queue, &counts[0]); });
-        PortTask receiver2("receiver2", [&] { ReceiveStreams(queue, &counts[1]); });
-        {
-            PortTask sender1("sender1", [&] { SendStream(queue, 0); });
-            PortTask sender2("sender2", [&] { SendStream(queue, 1); });
-            PortTask sender3("sender3", [&] { SendStream(queue, 2); });
-            PortTask sender4("sender4", [&] { SendStream(queue, 3); });
-            for (PortTask* sender : {&sender1, &sender2, &sender3, &sender4})
-                sender->WaitUntilDone();
-        }
-        for (int i = 0; i < 2; ++i)
-            EXPECT_TRUE(SendThing(queue, Parcel{kStreams, 0}));
-        receiver1.WaitUntilDone();
-        receiver2.WaitUntilDone();
-        EXPECT_EQ(counts[0] + counts[1], kStreams * kPerStream);
-        EXPECT_EQ(bep_msgQNumMsgsEx(queue), 0);
-        bep_msgQDeleteEx(queue);
-    });
+PORT_TEST(PlatformQueue, KeepsTheOrderOfEachSenderAndLosesNothing) {
+    const PortQueue queue(3, sizeof(Parcel));
+    uint32_t counts[2] = {};
+    const PortTasks receivers(2, [&](int number) { ReceiveStreams(queue, &counts[number]); });
+    const PortTasks senders(kStreams, [&](int number) { SendStream(queue, static_cast<uint32_t>(number)); });
+    senders.WaitUntilDone();
+    for (int i = 0; i < 2; ++i)
+        EXPECT_TRUE(SendThing(queue, Parcel{kStreams, 0}));
+    receivers.WaitUntilDone();
+    EXPECT_EQ(counts[0] + counts[1], kStreams * kPerStream);
+    EXPECT_EQ(bep_msgQNumMsgsEx(queue), 0);
 }
 
 } // namespace

@@ -7,7 +7,6 @@
 #include <atomic>
 #include <cstdlib>
 #include <ctime>
-#include <memory>
 #include <vector>
 
 #include "onu_mng_platform/bep.h"
@@ -20,75 +19,57 @@
 
 namespace {
 
-TEST(PosixPort, HasRoomForAFullSystem) {
-    RunOnPort([] {
-        std::vector<uint32_t> semaphores(100000);
-        std::vector<uint32_t> queues(4096);
-        for (uint32_t& each : semaphores)
-            each = NewSemaphore(true);
-        for (uint32_t& each : queues)
-            each = NewQueue(16, 8);
-        std::vector<std::unique_ptr<PortTask>> tasks;
-        std::atomic<int> running{0};
-        for (int i = 0; i < 500; ++i) {
-            tasks.push_back(std::make_unique<PortTask>("one of many", [&] {
-                ++running;
-                Receive(queues[0], -1);
-            }));
-        }
-        LetOthersSettle();
-        EXPECT_EQ(running, 500);
-        tasks.clear();
-        for (const uint32_t each : semaphores) {
-            ASSERT_EQ(TakeSemaphore(each, 0), 0);
-            ASSERT_EQ(bep_semDeleteEx(each), 0);
-        }
-        for (const uint32_t each : queues)
-            ASSERT_EQ(bep_msgQDeleteEx(each), 0);
-    });
+PORT_TEST(PosixPort, HasRoomForAFullSystem) {
+    std::vector<uint32_t> semaphores(100000);
+    std::vector<uint32_t> queues(4096);
+    for (uint32_t& each : semaphores)
+        each = NewSemaphore(true);
+    for (uint32_t& each : queues)
+        each = NewQueue(16, 8);
+    std::atomic<int> running{0};
+    PortTasks tasks(500, [&](int) { ++running, Receive(queues[0], -1); });
+    LetOthersSettle();
+    EXPECT_EQ(running, 500);
+    tasks.Delete();
+    for (const uint32_t each : semaphores) {
+        ASSERT_EQ(TakeSemaphore(each, 0), 0);
+        ASSERT_EQ(bep_semDeleteEx(each), 0);
+    }
+    for (const uint32_t each : queues)
+        ASSERT_EQ(bep_msgQDeleteEx(each), 0);
 }
 
 // More threads than there are stocks: the others work without one.
-TEST(PosixPool, ServesMoreThreadsThanItKeepsStocksFor) {
-    RunOnPort([] {
-        const int pool = mpuCreate("crowded", 1 << 20, 1, 0);
-        const uint32_t gate = NewSemaphore(false);
-        std::vector<std::unique_ptr<PortTask>> tasks;
-        for (int i = 0; i < 300; ++i) {
-            tasks.push_back(std::make_unique<PortTask>("crowd", [&] {
-                void* blocks[40];
-                for (void*& block : blocks)
-                    block = Take(pool, 48);
-                TakeSemaphore(gate, -1);
-                GiveSemaphore(gate);
-                for (void* const block : blocks) {
-                    EXPECT_EQ(mpuFree(block), 0);
-                }
-            }));
-        }
-        LetOthersSettle();
-        EXPECT_EQ(StatOf(pool).used, 300u * 40 * 48);
+PORT_TEST(PosixPool, ServesMoreThreadsThanItKeepsStocksFor) {
+    const int pool = mpuCreate("crowded", 1 << 20, 1, 0);
+    const PortSemaphore gate(false);
+    PortTasks tasks(300, [&](int) {
+        void* blocks[40];
+        for (void*& block : blocks)
+            block = Take(pool, 48);
+        TakeSemaphore(gate, -1);
         GiveSemaphore(gate);
-        for (const auto& task : tasks)
-            task->WaitUntilDone();
-        tasks.clear();
-        EXPECT_EQ(StatOf(pool).used, 0u);
-        EXPECT_EQ(StatOf(pool).peak, 300u * 40 * 48);
-        EXPECT_NE(Take(pool, 1 << 20), nullptr);
-        bep_semDeleteEx(gate);
+        for (void* const block : blocks)
+            ASSERT_EQ(mpuFree(block), 0);
     });
+    LetOthersSettle();
+    EXPECT_EQ(StatOf(pool).used, 300u * 40 * 48);
+    GiveSemaphore(gate);
+    tasks.WaitUntilDone();
+    tasks.Delete();
+    EXPECT_EQ(StatOf(pool).used, 0u);
+    EXPECT_EQ(StatOf(pool).peak, 300u * 40 * 48);
+    EXPECT_NE(Take(pool, 1 << 20), nullptr);
 }
 
-TEST(PosixPool, HasItsMemoryFromTheStart) {
-    RunOnPort([] {
-        constexpr unsigned int kBytes = 1 << 20;
-        auto* const block = static_cast<char*>(Take(mpuCreate("resident", kBytes, 1, 0), kBytes));
-        const auto page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
-        const size_t past = reinterpret_cast<uintptr_t>(block) % page;
-        std::vector<unsigned char> resident((past + kBytes + page - 1) / page);
-        ASSERT_EQ(mincore(block - past, past + kBytes, resident.data()), 0);
-        EXPECT_EQ(std::count(resident.begin(), resident.end(), 0), 0);
-    });
+PORT_TEST(PosixPool, HasItsMemoryFromTheStart) {
+    constexpr unsigned int kBytes = 1 << 20;
+    auto* const block = static_cast<char*>(Take(mpuCreate("resident", kBytes, 1, 0), kBytes));
+    const auto page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
+    const size_t past = reinterpret_cast<uintptr_t>(block) % page;
+    std::vector<unsigned char> resident((past + kBytes + page - 1) / page);
+    ASSERT_EQ(mincore(block - past, past + kBytes, resident.data()), 0);
+    EXPECT_EQ(std::count(resident.begin(), resident.end(), 0), 0);
 }
 
 /// Uses the port when the process has all but ended, as the library's singletons do.

@@ -30,19 +30,11 @@
 
 namespace {
 
-/// Starts a task with the smallest stack that a service asks for.
-uint32_t Spawn(const char* name, unsigned int priority, bep_task_entry entry, void* argument) {
-    return bep_taskSpawnEx(name, priority, 8, 32768, entry, reinterpret_cast<intptr_t>(argument), 0, 0, 0, 0,
-                           0, 0, 0, 0, 0);
-}
-
-TEST(PosixTask, HasTheNameItWasGivenAsFarAsTheSystemKeepsIt) {
-    RunOnPort([] {
-        char name[16] = {};
-        PortTask task("OmciUpgExcDetect", [&] { pthread_getname_np(pthread_self(), name, sizeof(name)); });
-        task.WaitUntilDone();
-        EXPECT_STREQ(name, "OmciUpgExcDetec");
-    });
+PORT_TEST(PosixTask, HasTheNameItWasGivenAsFarAsTheSystemKeepsIt) {
+    char name[16] = {};
+    PortTask task("OmciUpgExcDetect", [&] { pthread_getname_np(pthread_self(), name, sizeof(name)); });
+    task.WaitUntilDone();
+    EXPECT_STREQ(name, "OmciUpgExcDetec");
 }
 
 struct Stack {
@@ -65,16 +57,15 @@ void UseTheStack(intptr_t argument, intptr_t, intptr_t, intptr_t, intptr_t, intp
     stack.sum = asked_for[0] + asked_for[sizeof(asked_for) - 1];
 }
 
-TEST(PosixTask, HasTheWholeStackItAskedForAndAGuardPage) {
-    RunOnPort([] {
-        Stack stack;
-        const uint32_t task = Spawn("stack", 100, UseTheStack, &stack);
-        LetOthersSettle();
-        bep_taskDeleteEx(task);
-        EXPECT_GE(stack.size, 32768u);
-        EXPECT_GE(stack.guard, 4096u);
-        EXPECT_EQ(stack.sum, 2);
-    });
+PORT_TEST(PosixTask, HasTheWholeStackItAskedForAndAGuardPage) {
+    Stack stack;
+    const uint32_t task = bep_taskSpawnEx("stack", 100, 8, 32768, UseTheStack,
+                                          reinterpret_cast<intptr_t>(&stack), 0, 0, 0, 0, 0, 0, 0, 0, 0);
+    LetOthersSettle();
+    bep_taskDeleteEx(task);
+    EXPECT_GE(stack.size, 32768u);
+    EXPECT_GE(stack.guard, 4096u);
+    EXPECT_EQ(stack.sum, 2);
 }
 
 TEST(PosixTask, RunsAtThePriorityItAskedFor) {
@@ -119,23 +110,21 @@ TEST(PosixTask, SaysOnceThatItHasNoRightToItsPriorityAndGoesOn) {
     EXPECT_EXIT(RunWithoutRights(), testing::ExitedWithCode(0), "");
 }
 
-TEST(PosixTask, EndsAloneWhenAnExceptionLeavesIt) {
-    RunOnPort([] {
-        LogLines lines;
-        const auto run = [&](void (*body)()) {
-            PortTask task("failing", body);
-            LetOthersSettle();
-            EXPECT_EQ(task.Delete(), 0);
-            return lines.Take();
-        };
-        using Lines = std::vector<std::string>;
-        EXPECT_EQ(run([] { throw std::runtime_error("out of luck"); }),
-                  Lines{"15 Task failing has ended by an exception: out of luck"});
-        EXPECT_EQ(run([] { throw 42; }),
-                  Lines{"15 Task failing has ended by an exception that is no std::exception"});
-        EXPECT_EQ(run([] { pthread_exit(nullptr); }), Lines{});
-        EXPECT_EQ(run([] { Sleep(1000000); }), Lines{});
-    });
+PORT_TEST(PosixTask, EndsAloneWhenAnExceptionLeavesIt) {
+    LogLines lines;
+    const auto run = [&](void (*body)()) {
+        PortTask task("failing", body);
+        LetOthersSettle();
+        EXPECT_EQ(task.Delete(), 0);
+        return lines.Take();
+    };
+    using Lines = std::vector<std::string>;
+    EXPECT_EQ(run([] { throw std::runtime_error("out of luck"); }),
+              Lines{"15 Task failing has ended by an exception: out of luck"});
+    EXPECT_EQ(run([] { throw 42; }),
+              Lines{"15 Task failing has ended by an exception that is no std::exception"});
+    EXPECT_EQ(run([] { pthread_exit(nullptr); }), Lines{});
+    EXPECT_EQ(run([] { Sleep(1000000); }), Lines{});
 }
 
 /// Waits in its destructor.
@@ -144,18 +133,15 @@ struct LateWaiter {
     uint32_t queue = 0;
 };
 
-TEST(PosixTask, IsNotEndedAnyMoreWhenItsThreadsObjectsGo) {
-    RunOnPort([] {
-        const uint32_t queue = NewQueue(1, 1);
-        PortTask task("late", [&] {
-            static thread_local LateWaiter waiter;
-            waiter.queue = queue;
-            Sleep(1000000);
-        });
-        LetOthersSettle();
-        EXPECT_EQ(task.Delete(), 0);
-        bep_msgQDeleteEx(queue);
+PORT_TEST(PosixTask, IsNotEndedAnyMoreWhenItsThreadsObjectsGo) {
+    const PortQueue queue(1, 1);
+    PortTask task("late", [&] {
+        static thread_local LateWaiter waiter;
+        waiter.queue = queue;
+        Sleep(1000000);
     });
+    LetOthersSettle();
+    EXPECT_EQ(task.Delete(), 0);
 }
 
 /// Returns the priority at which the system runs a thread now; a smaller number is a higher one.
@@ -231,25 +217,23 @@ TEST(PosixFutex, WaitsWithoutTheCallForWideTimesAndNeverSpins) {
 
 // An id that somebody still holds must not mean an object of another owner while a system runs.
 TEST(PosixIds, StayStaleForLong) {
-    const uint32_t first_semaphore = NewSemaphore(true);
-    const uint32_t first_queue = NewQueue(1, 1);
+    const PortSemaphore first_semaphore(true);
+    const PortQueue first_queue(1, 1);
     bep_semDeleteEx(first_semaphore);
     bep_msgQDeleteEx(first_queue);
     for (int creation = 0; creation < 1000000; ++creation) {
-        const uint32_t semaphore = NewSemaphore(true);
-        const uint32_t queue = NewQueue(1, 1);
+        const PortSemaphore semaphore(true);
+        const PortQueue queue(1, 1);
         ASSERT_NE(semaphore, first_semaphore) << creation;
         ASSERT_NE(queue, first_queue) << creation;
-        bep_semDeleteEx(semaphore);
-        bep_msgQDeleteEx(queue);
     }
 }
 
 // Threads that the port did not start may use it as well; they cannot be ended, so that nothing keeps them
 // for ever.
 TEST(PosixThread, WaitsLikeATaskButNotForWhatIsGone) {
-    const uint32_t queue = NewQueue(1, 1);
-    const uint32_t semaphore = NewSemaphore(false);
+    const PortQueue queue(1, 1);
+    const PortSemaphore semaphore(false);
     std::optional<std::string> received[3] = {"none", "none", "none"};
     std::vector<int> results;
     std::thread thread([&] {

@@ -13,6 +13,32 @@ inline uint32_t NewQueue(int max_msgs, int msg_size) {
     return bep_msgQCreateEx(max_msgs, msg_size, 0, __FILE__, __LINE__);
 }
 
+inline uint32_t NewSemaphore(bool available) {
+    return bep_semBCreateEx(2, available ? 1 : 0, __FILE__, __LINE__);
+}
+
+/// A queue or semaphore for the time of a test.
+template <int (*Delete)(uint32_t)>
+class PortObject {
+public:
+    explicit PortObject(uint32_t object) : id(object) {}
+    ~PortObject() { Delete(id); }
+    PortObject(const PortObject&) = delete;
+    PortObject& operator=(const PortObject&) = delete;
+    operator uint32_t() const { return id; }
+
+private:
+    const uint32_t id;
+};
+
+struct PortQueue : PortObject<bep_msgQDeleteEx> {
+    PortQueue(int max_msgs, int msg_size) : PortObject(NewQueue(max_msgs, msg_size)) {}
+};
+
+struct PortSemaphore : PortObject<bep_semDeleteEx> {
+    explicit PortSemaphore(bool available) : PortObject(NewSemaphore(available)) {}
+};
+
 inline int Send(uint32_t queue, const std::string& text, int ticks = 0) {
     return bep_msgQSendEx(queue, text.data(), static_cast<unsigned int>(text.size()), ticks, 1, __FILE__,
                           __LINE__);
@@ -38,9 +64,6 @@ bool ReceiveThing(uint32_t queue, Message* message, int ticks = -1) {
                              __LINE__) == static_cast<int>(sizeof(*message));
 }
 
-inline uint32_t NewSemaphore(bool available) {
-    return bep_semBCreateEx(2, available ? 1 : 0, __FILE__, __LINE__);
-}
 inline int TakeSemaphore(uint32_t semaphore, int ticks = -1) {
     return bep_semTakeEx(semaphore, ticks, __FILE__, __LINE__);
 }

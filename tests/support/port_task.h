@@ -4,7 +4,9 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <utility>
+#include <vector>
 
 #include "onu_mng_platform/bep.h"
 
@@ -46,6 +48,24 @@ private:
     const uint32_t done;
     bool deleted = false;
     const uint32_t id; // last: the task begins here
+};
+
+/// Several tasks that run a function, each with its number.
+class PortTasks {
+public:
+    PortTasks(int count, const std::function<void(int number)>& body) {
+        for (int number = 0; number < count; ++number)
+            tasks.push_back(std::make_unique<PortTask>("one of many", [body, number] { body(number); }));
+    }
+
+    void WaitUntilDone() const {
+        for (const auto& task : tasks)
+            task->WaitUntilDone();
+    }
+    void Delete() { tasks.clear(); }
+
+private:
+    std::vector<std::unique_ptr<PortTask>> tasks;
 };
 
 #endif
