@@ -33,12 +33,19 @@ RetryPolicy RetryOf(const HostOptions& options) {
     return {options.attempts, TicksOf(kFirstPauseSeconds, options), TicksOf(kLongestPauseSeconds, options)};
 }
 
+std::vector<WireTap*> TapsOf(Capture& capture, WireTap* other) {
+    std::vector<WireTap*> taps = {&capture};
+    if (other != nullptr) taps.push_back(other);
+    return taps;
+}
+
 } // namespace
 
 Host::Host(const HostOptions& host_options)
     : options(host_options), table(options.pons, options.onus), channels(table.Size()),
       fiber(table, now,
-            {options.ports, options.queue, TicksOf(kSilentSeconds, options), options.seed, options.tap}),
+            {options.ports, options.queue, TicksOf(kSilentSeconds, options), options.seed,
+             TapsOf(capture, options.tap)}),
       ticker(options.tick_ms, now, fiber, {kMibUploadModule, kProvisioningModule, kNotificationModule}) {}
 
 Host::~Host() {

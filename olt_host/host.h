@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "olt_host/capture/capture.h"
 #include "olt_host/onu/fiber.h"
 #include "olt_host/services/omci_channel.h"
 #include "olt_host/services/onu_table.h"
@@ -26,7 +27,7 @@ struct HostOptions {
     unsigned int attempts = 1; ///< bring-ups of an ONU; 0: until it is in sync
     unsigned int audit_s = 0;  ///< between two audits of an ONU in sync; 0: none
     std::uint64_t seed = 1;    ///< of the impairments
-    WireTap* tap = nullptr;    ///< may be null; outlives the host
+    WireTap* tap = nullptr;    ///< beside the capture; may be null; outlives the host
 };
 
 /// Owns all of it. Its destruction ends the host's tasks and then the services; meanwhile no other task sends
@@ -44,6 +45,7 @@ public:
 
     OnuTable& Table() { return table; }
     Fiber& Line() { return fiber; }
+    Capture& Wire() { return capture; }
     const std::vector<OmciService*>& Services() const { return rack.Services(); }
     /// The host's time since its start.
     std::chrono::milliseconds Elapsed() const { return std::chrono::milliseconds(now * options.tick_ms); }
@@ -58,6 +60,7 @@ private:
     WorkFlags told{};
     OnuTable table;
     std::vector<OmciChannel> channels; ///< by the index of the table
+    Capture capture;
     Fiber fiber;
     Ticker ticker;
     ServiceRack rack; ///< the services use what stands above

@@ -1,5 +1,6 @@
 #include <chrono>
 #include <clocale>
+#include <csignal>
 #include <iostream>
 #include <new>
 #include <sstream>
@@ -99,10 +100,17 @@ bool Serve(const Options& options, Host& host, EndSignals& signals, Operators& o
 }
 
 int BringUp(const Options& options) {
+    // Lost readers and limits on the size of files are errors of the writer's.
+    for (const int number : {SIGPIPE, SIGXFSZ})
+        std::signal(number, SIG_IGN);
     EndSignals signals;
     Host host(options.host);
     if (options.verbose > 1) TraceAll();
     SetFaults(options, host.Line(), host.Table());
+    if (!options.pcap.empty()) {
+        if (const std::string failed = host.Wire().Begin(options.pcap, {}); !failed.empty())
+            return Fail(failed);
+    }
     if (const std::string failed = host.Start(); !failed.empty()) return Fail(failed);
     const HostCommands commands(host, ServiceRack::kCliNode);
     ulogSetModIgnore(Operators::kLogModule, Operators::kLogLevel, 1);
@@ -112,6 +120,9 @@ int BringUp(const Options& options) {
             return Fail(failed);
     }
     const bool are_in_sync = Serve(options, host, signals, operators);
+    operators.CloseConsole();
+    if (const std::string capture = host.Wire().End(); !capture.empty())
+        ulogPrintf(Operators::kLogModule, Operators::kLogLevel, "capture %s\r\n", capture.c_str());
     signals.LetThrough(); // a second one need not wait until all that the first one ends has ended
     return are_in_sync ? 0 : 1;
 }

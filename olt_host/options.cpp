@@ -103,11 +103,14 @@ void AddWork(CLI::App& app, Options& options) {
     CLI::Option* replay =
         app.add_option(
                "--replay", options.replay,
-               "read frames from FILE and give the services the ONU's: one frame a line, hexadecimal, "
-               "48 bytes or 44 or 40; a tab or # begins a comment")
+               "read frames from FILE and give the services the ONU's: a capture (pcap, pcapng), or one "
+               "frame a line, hexadecimal, 48 bytes or 44 or 40; a tab or # begins a comment")
             ->option_text("FILE");
     app.add_flag("--check-mic", options.check_mic, "in the replay, refuse 48-byte frames with a wrong MIC")
         ->needs(replay);
+    app.add_option("--pcap", options.pcap, "write what goes over the PONs to FILE, for protocol analysers")
+        ->excludes(replay)
+        ->option_text("FILE");
     app.add_option("--cli-socket", options.cli_socket,
                    "serve operators at PATH (" + DefaultSocketPath() +
                        ", where olt_cli looks for it) until \"exit\" on the console or a signal")

@@ -27,6 +27,7 @@ struct Options {
     unsigned int limit_s = 300;
     std::string replay; ///< the file; empty: bring ONUs up
     bool check_mic = false;
+    std::string pcap;       ///< the file for a capture; empty: none
     std::string cli_socket; ///< for operators; empty: none
     int verbose = 0;
 };

@@ -47,7 +47,8 @@ bool Fiber::Open() {
 }
 
 void Fiber::Send(OnuKey onu, const OmciFrame& frame) {
-    if (setup.tap != nullptr) setup.tap->OnSend(onu, frame);
+    for (WireTap* tap : setup.taps)
+        tap->OnSend(onu, frame);
     Parcel parcel{onu, frame};
     if (queue.SendMsg(reinterpret_cast<char*>(&parcel), sizeof parcel, kNoWait) != ONU_MNG_OK)
         ++counters.overrun;
@@ -137,7 +138,8 @@ void Fiber::Deliver(OnuKey onu, const OmciFrame& frame) {
         ++counters.malformed;
         return;
     }
-    if (setup.tap != nullptr) setup.tap->OnReceive(onu, received);
+    for (WireTap* tap : setup.taps)
+        tap->OnReceive(onu, received);
     ++counters.up;
     if (onu_mng_module_send_msg(kFiberModule, kMsgFrame, onu.pon_no, onu.onu_id, received.At(1),
                                 OmciFrame::kSizeWithoutTrailer) != ONU_MNG_OK)

@@ -10,6 +10,7 @@
 
 #include "olt_host/omci/frame.h"
 #include "olt_host/onu/simulated_onu.h"
+#include "olt_host/onu/wire_tap.h"
 #include "olt_host/services/omci_channel.h"
 #include "olt_host/services/onu_table.h"
 #include "onu_mng_lib/onu_mng_common/msg_queue.h"
@@ -44,16 +45,6 @@ struct FiberCounters {
     std::atomic<unsigned long> refused{0};   ///< no service took it, or its queue was full
 };
 
-/// Sees what the OLT sends and receives.
-class WireTap {
-public:
-    virtual ~WireTap() = default;
-    /// The OLT sends a frame, which may still be lost. In the sender's task.
-    virtual void OnSend(OnuKey, const OmciFrame&) {}
-    /// A frame with a right MIC reaches the OLT. In the fiber's task.
-    virtual void OnReceive(OnuKey, const OmciFrame&) {}
-};
-
 /// Carries frames between the services and simulated ONUs, in a task of its own.
 ///
 /// Stands for the PON driver and everything behind it: what arrives at the OLT with a right MIC is sent to
@@ -65,7 +56,7 @@ public:
         unsigned int queue_length; ///< frames on their way to the ONUs
         Tick silent_ticks;         ///< that an ONU is silent after a restart
         std::uint64_t seed;
-        WireTap* tap = nullptr; ///< may be null; outlives the fiber
+        std::vector<WireTap*> taps; ///< they outlive the fiber
     };
 
     /// ONUs for the numbers in a table. Table and time outlive the fiber.

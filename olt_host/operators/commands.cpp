@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cstdlib>
+#include <cstring>
 
 #include "olt_host/host.h"
 #include "olt_host/operators/report.h"
@@ -69,6 +70,22 @@ int ShowServices(vty* terminal, Host& host, int, char**) {
     return 0;
 }
 
+/// Words in square brackets come before their numbers, in any order.
+int StartCapture(vty* terminal, Host& host, int argc, char** argv) {
+    Capture::Filter filter;
+    for (int word = 1; word + 1 < argc; word += 2)
+        (std::strcmp(argv[word], "pon") == 0 ? filter.pon_no : filter.onu_id) = NumberOf(argv[word + 1]);
+    const std::string failed = host.Wire().Begin(argv[0], filter);
+    return failed.empty() ? 0 : Refuse(terminal, "No capture: " + failed + '.');
+}
+
+int StopCapture(vty* terminal, Host& host, int, char**) {
+    const std::string capture = host.Wire().End();
+    if (capture.empty()) return Refuse(terminal, "There is no capture.");
+    Put(terminal, capture);
+    return 0;
+}
+
 /// A handler that shows the host, if there is one.
 template <int (*Show)(vty*, Host&, int, char**)>
 int OnHost(cmd_element*, vty* terminal, int argc, char** argv) {
@@ -98,6 +115,19 @@ cmd_element commands[] = {
      "services of this host.\r\n"
      "statistics - frames, procedures and queues\r\n",
      0, 0, "olt_host_show_service_statistics"},
+    {"capture start <file> {[pon] <1-64>}*1 {[onu] <1-128>}*1", OnHost<StartCapture>,
+     "frames on the PONs.\r\n"
+     "start - writes them to a file from now on\r\n"
+     "file - a new one or an earlier capture, on the host\r\n"
+     "pon - of one PON\r\n"
+     "number of the PON\r\n"
+     "onu - of the ONUs with one number\r\n"
+     "number of the ONU\r\n",
+     0, 0, "olt_host_capture_start"},
+    {"capture stop", OnHost<StopCapture>,
+     "frames on the PONs.\r\n"
+     "stop - closes the file\r\n",
+     0, 0, "olt_host_capture_stop"},
 };
 
 } // namespace

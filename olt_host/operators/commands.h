@@ -11,6 +11,8 @@ class Host;
 ///     show onu {pon <0-255>}*1
 ///     show onu detail pon <0-255> onu <0-255> {[mib]}*1
 ///     show service statistics
+///     capture start <file> {[pon] <1-64>}*1 {[onu] <1-128>}*1
+///     capture stop
 ///
 /// Commands stay installed for as long as the process; without a host they say that there is none. One at a
 /// time; no command runs while it is destroyed.

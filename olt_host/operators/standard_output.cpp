@@ -1,7 +1,6 @@
 #include "olt_host/operators/standard_output.h"
 
 #include <cerrno>
-#include <csignal>
 #include <iostream>
 
 #include <poll.h>
@@ -18,7 +17,6 @@ constexpr int kPatienceMs = 2000;
 
 StandardOutput::StandardOutput(EndSignals& end_signals)
     : signals(end_signals), replaced(std::cout.rdbuf(this)), buffer() {
-    std::signal(SIGPIPE, SIG_IGN);
     setp(buffer.data(), buffer.data() + buffer.size());
 }
 

@@ -9,7 +9,7 @@
 
 namespace olt_host {
 
-/// While it lives, std::cout writes through it. SIGPIPE is ignored from then on: a reader that is gone has
+/// While it lives, std::cout writes through it, in a process that ignores SIGPIPE: a reader that is gone has
 /// seen enough, and the rest is dropped. A reader that takes nothing is waited for until an end signal has
 /// come, and 2 seconds more. Then, and when output cannot be written, std::cout goes bad.
 ///

@@ -2,31 +2,49 @@
 #ifndef OLT_HOST_REPLAY_FRAME_FILE_H
 #define OLT_HOST_REPLAY_FRAME_FILE_H
 
-#include <istream>
+#include <memory>
 #include <string>
 
 namespace olt_host {
 
-/// One frame a line in hexadecimal digits; blanks around it, and what follows a tab or a #, are not part of
-/// it. Empty lines are passed over.
+/// The frames of a file, one after the other:
+///
+/// - text: one frame a line in hexadecimal digits; blanks around it, and what follows a tab or a #, are not
+///   part of it, and empty lines are passed over;
+/// - a capture in the pcap or pcapng format: OMCI in Ethernet frames of type 0x88B5, with or without VLAN tags.
 class FrameFile {
 public:
-    explicit FrameFile(std::istream& from) : in(from) {}
+    virtual ~FrameFile() = default;
 
-    /// Goes to the next frame. @return false when there is none, or the file cannot be read on.
-    bool Next();
+    /// Opens a file of any of these kinds, told apart by their first bytes. Throws std::bad_alloc.
+    /// @return null when it cannot be read, with the reason in `fault`.
+    static std::unique_ptr<FrameFile> Open(const std::string& path, std::string& fault);
 
-    /// The number of its line, from 1.
-    unsigned int Line() const { return line; }
-    bool IsHexadecimal() const { return is_hexadecimal; }
-    /// Its bytes; none when it is not hexadecimal.
+    /// Goes to the next frame. @return false when there is none, or the file cannot be read on (`Fault`).
+    virtual bool Next() = 0;
+
+    /// What `Number` counts: "lines" or "frames".
+    virtual const char* Unit() const = 0;
+    /// The number of the frame's line, or of its Ethernet frame, from 1.
+    unsigned int Number() const { return number; }
+
+    enum class Kind { kOmci, kNotHexadecimal, kNotOmci };
+    Kind FrameKind() const { return kind; }
+    /// Its bytes, which may be no OMCI frame nevertheless; none unless it is of the kind kOmci.
     const std::string& Bytes() const { return bytes; }
+    /// Tells the frames of one ONU from those of others; empty in text.
+    const std::string& Conversation() const { return conversation; }
+    /// Why the file could not be read to its end; empty when it was.
+    const std::string& Fault() const { return fault; }
 
-private:
-    std::istream& in;
-    unsigned int line = 0;
-    bool is_hexadecimal = false;
+protected:
+    FrameFile() = default;
+
+    unsigned int number = 0;
+    Kind kind = Kind::kOmci;
     std::string bytes;
+    std::string conversation;
+    std::string fault;
 };
 
 } // namespace olt_host

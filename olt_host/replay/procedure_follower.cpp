@@ -1,6 +1,27 @@
 #include "olt_host/replay/procedure_follower.h"
 
+#include <algorithm>
+
 namespace olt_host {
+
+namespace {
+
+template <typename Run>
+void Merge(std::vector<Run>& runs, const std::vector<Run>& others) {
+    const auto middle = runs.insert(runs.end(), others.begin(), others.end());
+    std::inplace_merge(runs.begin(), middle, runs.end(),
+                       [](const Run& a, const Run& b) { return a.first_line < b.first_line; });
+}
+
+} // namespace
+
+void ProcedureTotals::Add(const ProcedureTotals& other) {
+    Merge(bring_ups, other.bring_ups);
+    Merge(uploads, other.uploads);
+    answered += other.answered;
+    unanswered += other.unanswered;
+    unasked += other.unasked;
+}
 
 void ProcedureFollower::Observe(const OmciFrame& frame, unsigned int line) {
     if (frame.Kind() == FrameKind::kRequest) ObserveRequest(frame, line);
@@ -22,7 +43,7 @@ void ProcedureFollower::ObserveRequest(const OmciFrame& frame, unsigned int line
     const Request request{frame.Type(), frame.Me(), is_open};
     const auto [place, is_new] = pending.insert({frame.Tid(), request});
     if (is_new || (place->second.type == request.type && place->second.me == request.me)) return;
-    ++unanswered; // another one took over its transaction
+    ++totals.unanswered; // another one took over its transaction
     place->second = request;
 }
 
@@ -47,11 +68,11 @@ void ProcedureFollower::ObserveAnswer(const OmciFrame& frame, unsigned int line)
     const auto request = pending.find(frame.Tid());
     if (request != pending.end() && request->second.type == frame.Type() &&
         request->second.me == frame.Me()) {
-        ++answered;
+        ++totals.answered;
         if (request->second.in_bring_up && is_open) ++current.answers;
         pending.erase(request);
     } else {
-        ++unasked;
+        ++totals.unasked;
     }
     const bool is_row = frame.Type() == OmciType::kMibUploadNext;
     const bool goes_on = is_row && frame.Tid() == static_cast<std::uint16_t>(run.last_tid + 1);
@@ -67,20 +88,21 @@ void ProcedureFollower::ObserveAnswer(const OmciFrame& frame, unsigned int line)
 }
 
 void ProcedureFollower::EndBringUp() {
-    if (is_open && current.last_tid != current.first_tid) bring_ups.push_back(current);
+    if (is_open && current.last_tid != current.first_tid) totals.bring_ups.push_back(current);
     is_open = false;
 }
 
 void ProcedureFollower::EndUpload() {
-    if (run.rows > 1) uploads.push_back(run);
+    if (run.rows > 1) totals.uploads.push_back(run);
     run = UploadRun();
 }
 
-void ProcedureFollower::Finish() {
+const ProcedureTotals& ProcedureFollower::Finish() {
     EndBringUp();
     EndUpload();
-    unanswered += static_cast<unsigned int>(pending.size());
+    totals.unanswered += static_cast<unsigned int>(pending.size());
     pending.clear();
+    return totals;
 }
 
 } // namespace olt_host

@@ -33,20 +33,24 @@ struct UploadRun {
     unsigned int announced = 0; ///< rows that the MIB upload answer before it promised; 0: there was none
 };
 
-/// Fed with frames in the order in which they were recorded; works on what is there, with requests or answers
-/// missing.
+struct ProcedureTotals {
+    /// Adds those of another ONU, in the order in which they began.
+    void Add(const ProcedureTotals& other);
+
+    std::vector<BringUp> bring_ups;
+    std::vector<UploadRun> uploads; ///< those of more than one row
+    unsigned int answered = 0;      ///< requests with their answer
+    unsigned int unanswered = 0;    ///< requests that want an answer, without
+    unsigned int unasked = 0;       ///< answers without a request
+};
+
+/// Fed with the frames of one ONU in the order in which they were recorded; works on what is there, with
+/// requests or answers missing.
 class ProcedureFollower {
 public:
     void Observe(const OmciFrame& frame, unsigned int line);
-    /// No more frames come.
-    void Finish();
-
-    const std::vector<BringUp>& BringUps() const { return bring_ups; }
-    /// Those of more than one row.
-    const std::vector<UploadRun>& Uploads() const { return uploads; }
-    unsigned int Answered() const { return answered; }     ///< requests with their answer
-    unsigned int Unanswered() const { return unanswered; } ///< requests that want an answer, without
-    unsigned int Unasked() const { return unasked; }       ///< answers without a request
+    /// No more frames come. @return what they were.
+    const ProcedureTotals& Finish();
 
 private:
     struct Request {
@@ -66,11 +70,7 @@ private:
     BringUp current;
     UploadRun run;
     std::map<std::uint16_t, Request> pending;
-    std::vector<BringUp> bring_ups;
-    std::vector<UploadRun> uploads;
-    unsigned int answered = 0;
-    unsigned int unanswered = 0;
-    unsigned int unasked = 0;
+    ProcedureTotals totals;
 };
 
 } // namespace olt_host

@@ -1,9 +1,7 @@
 #include "olt_host/replay/replay.h"
 
 #include <atomic>
-#include <cerrno>
-#include <cstring>
-#include <fstream>
+#include <map>
 #include <memory>
 
 #include "olt_host/omci/text.h"
@@ -54,13 +52,13 @@ public:
 
     bool Start();
     void Play(FrameFile& file);
-    void Print() const { PrintReplay(out, path, counts, follower, rack.Services()); }
+    void Print(const char* unit) const { PrintReplay(out, path, unit, counts, procedures, rack.Services()); }
     bool LostFrames() const { return counts.lost > 0; }
 
 private:
     void Take(const FrameFile& file);
     void Report(unsigned int line, const char* fault);
-    void Play(OmciFrame& frame, unsigned int line);
+    void Play(OmciFrame& frame, const FrameFile& file);
     void Send(OmciFrame& frame);
     void Drain();
 
@@ -73,8 +71,9 @@ private:
     NoLink link;
     OnuTable table{1, 1};
     std::vector<OmciChannel> channels{1};
-    ServiceRack rack; // the services use what stands above
-    ProcedureFollower follower;
+    ServiceRack rack;                                   // the services use what stands above
+    std::map<std::string, ProcedureFollower> followers; ///< by conversation
+    ProcedureTotals procedures;
     ReplayCounts counts;
 };
 
@@ -93,24 +92,29 @@ void Player::Play(FrameFile& file) {
     while (file.Next())
         Take(file);
     Drain();
-    follower.Finish();
+    for (auto& [conversation, follower] : followers)
+        procedures.Add(follower.Finish());
 }
 
 void Player::Take(const FrameFile& file) {
-    if (!file.IsHexadecimal()) {
+    if (file.FrameKind() == FrameFile::Kind::kNotOmci) {
+        ++counts.not_omci;
+        return;
+    }
+    if (file.FrameKind() == FrameFile::Kind::kNotHexadecimal) {
         ++counts.not_hexadecimal;
-        return Report(file.Line(), "not hexadecimal");
+        return Report(file.Number(), "not hexadecimal");
     }
     OmciFrame frame;
     const FrameRules rules{false, options.check_mic};
     const FrameFault fault = OmciFrame::Parse(file.Bytes().data(), file.Bytes().size(), rules, frame);
     ++counts.faults[static_cast<unsigned int>(fault)];
     if (fault == FrameFault::kNone) {
-        Play(frame, file.Line());
+        Play(frame, file);
     } else if (fault != FrameFault::kExtended) {
-        Report(file.Line(), FaultName(fault));
+        Report(file.Number(), FaultName(fault));
     } else if (options.verbose) {
-        out << file.Line() << ": extended format\n";
+        out << file.Number() << ": extended format\n";
     }
 }
 
@@ -118,10 +122,10 @@ void Player::Report(unsigned int line, const char* fault) {
     err << path << ':' << line << ": " << fault << '\n';
 }
 
-void Player::Play(OmciFrame& frame, unsigned int line) {
+void Player::Play(OmciFrame& frame, const FrameFile& file) {
     ++counts.types[static_cast<unsigned int>(frame.Kind())][static_cast<unsigned int>(frame.Type())];
-    if (options.verbose) out << line << ": " << Describe(frame) << '\n';
-    follower.Observe(frame, line);
+    if (options.verbose) out << file.Number() << ": " << Describe(frame) << '\n';
+    followers[file.Conversation()].Observe(frame, file.Number());
     if (frame.Kind() != FrameKind::kRequest) Send(frame);
 }
 
@@ -138,7 +142,7 @@ void Player::Drain() {
         if (!service->Drain(kPatienceSeconds)) ++counts.lost;
 }
 
-int Unreadable(const std::string& path, const char* why, std::ostream& err) {
+int Unreadable(const std::string& path, const std::string& why, std::ostream& err) {
     err << "olt_host: " << path << ": " << why << '\n';
     return kUnreadableStatus;
 }
@@ -146,17 +150,17 @@ int Unreadable(const std::string& path, const char* why, std::ostream& err) {
 } // namespace
 
 int Replay(const std::string& path, const ReplayOptions& options, std::ostream& out, std::ostream& err) {
-    std::ifstream in(path);
-    if (!in) return Unreadable(path, std::strerror(errno), err);
+    std::string fault;
+    const auto file = FrameFile::Open(path, fault);
+    if (file == nullptr) return Unreadable(path, fault, err);
     Player player(path, options, out, err);
     if (!player.Start()) {
         err << "olt_host: the services could not be started\n";
         return 1;
     }
-    FrameFile file(in);
-    player.Play(file);
-    if (in.bad()) return Unreadable(path, "cannot be read to its end", err);
-    player.Print();
+    player.Play(*file);
+    player.Print(file->Unit());
+    if (!file->Fault().empty()) return Unreadable(path, file->Fault(), err);
     return player.LostFrames() ? 1 : 0;
 }
 

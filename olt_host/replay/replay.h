@@ -14,7 +14,8 @@ struct ReplayOptions {
 
 /// Reads the frames of a file (`FrameFile`), sends each answer and notification to the services through the
 /// library, follows the procedures that the frames belong to, and prints what it counted on `out`. A line
-/// that is no frame is reported on `err`, counted and passed over.
+/// that is no frame is reported on `err`, counted and passed over; where a file cannot be read on, what was
+/// read counts.
 ///
 /// The services send nothing and begin nothing. As with a `Host`, no other may exist in the process.
 /// @return 0; 1 when the services could not be started or lost a frame; 2 when the file cannot be read.

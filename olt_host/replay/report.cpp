@@ -19,8 +19,8 @@ std::string Tid(std::uint16_t tid) {
     return text;
 }
 
-std::string Lines(unsigned int first, unsigned int last) {
-    return "lines " + std::to_string(first) + " to " + std::to_string(last);
+std::string Range(unsigned int first, unsigned int last) {
+    return ' ' + std::to_string(first) + " to " + std::to_string(last);
 }
 
 void PrintTypes(std::ostream& out, const ReplayCounts& counts) {
@@ -34,6 +34,7 @@ void PrintTypes(std::ostream& out, const ReplayCounts& counts) {
     }
     const unsigned int extended = counts.faults[static_cast<unsigned int>(FrameFault::kExtended)];
     if (extended > 0) Count(out, extended, "extended format, not looked into");
+    if (counts.not_omci > 0) Count(out, counts.not_omci, "not OMCI, not looked into");
 }
 
 void PrintServices(std::ostream& out, const ReplayCounts& counts, const std::vector<OmciService*>& services) {
@@ -46,7 +47,7 @@ void PrintServices(std::ostream& out, const ReplayCounts& counts, const std::vec
     if (counts.lost > 0) Count(out, counts.lost, "lost");
 }
 
-void PrintFaults(std::ostream& out, const ReplayCounts& counts) {
+void PrintFaults(std::ostream& out, const std::string& unit, const ReplayCounts& counts) {
     out << "malformed\n";
     unsigned int malformed = counts.not_hexadecimal;
     if (malformed > 0) Count(out, malformed, "not hexadecimal");
@@ -57,12 +58,12 @@ void PrintFaults(std::ostream& out, const ReplayCounts& counts) {
         Count(out, counts.faults[fault], FaultName(reason));
         malformed += counts.faults[fault];
     }
-    if (malformed == 0) Count(out, 0, "lines");
+    if (malformed == 0) Count(out, 0, unit);
 }
 
-void PrintBringUp(std::ostream& out, const BringUp& bring_up) {
+void PrintBringUp(std::ostream& out, const std::string& unit, const BringUp& bring_up) {
     const unsigned int requests = std::accumulate(bring_up.requests.begin(), bring_up.requests.end(), 0u);
-    out << "bring-up, " << Lines(bring_up.first_line, bring_up.last_line) << ", transactions "
+    out << "bring-up, " << unit << Range(bring_up.first_line, bring_up.last_line) << ", transactions "
         << Tid(bring_up.first_tid) << " to " << Tid(bring_up.last_tid) << '\n';
     for (unsigned int type = 0; type < kOmciTypes; ++type) {
         if (bring_up.requests[type] > 0)
@@ -76,8 +77,8 @@ void PrintBringUp(std::ostream& out, const BringUp& bring_up) {
     Count(out, bring_up.absent, "transactions that the file does not hold");
 }
 
-void PrintUpload(std::ostream& out, const UploadRun& upload) {
-    out << "MIB upload by its answers, " << Lines(upload.first_line, upload.last_line) << '\n';
+void PrintUpload(std::ostream& out, const std::string& unit, const UploadRun& upload) {
+    out << "MIB upload by its answers, " << unit << Range(upload.first_line, upload.last_line) << '\n';
     Count(out, upload.rows, "rows");
     if (upload.announced > 0) {
         Count(out, upload.announced, "announced");
@@ -88,22 +89,23 @@ void PrintUpload(std::ostream& out, const UploadRun& upload) {
 
 } // namespace
 
-void PrintReplay(std::ostream& out, const std::string& path, const ReplayCounts& counts,
-                 const ProcedureFollower& follower, const std::vector<OmciService*>& services) {
+void PrintReplay(std::ostream& out, const std::string& path, const std::string& unit,
+                 const ReplayCounts& counts, const ProcedureTotals& procedures,
+                 const std::vector<OmciService*>& services) {
     out << path << ": " << counts.faults[static_cast<unsigned int>(FrameFault::kNone)] << " frames\n";
     PrintTypes(out, counts);
     PrintServices(out, counts, services);
-    PrintFaults(out, counts);
+    PrintFaults(out, unit, counts);
     out << "procedures\n";
-    Count(out, follower.BringUps().size(), "bring-ups followed to their last request");
-    Count(out, follower.Uploads().size(), "MIB uploads followed by their answers");
-    Count(out, follower.Answered(), "requests with their answer");
-    Count(out, follower.Unanswered(), "requests without an answer");
-    Count(out, follower.Unasked(), "answers without a request");
-    for (const BringUp& bring_up : follower.BringUps())
-        PrintBringUp(out, bring_up);
-    for (const UploadRun& upload : follower.Uploads())
-        PrintUpload(out, upload);
+    Count(out, procedures.bring_ups.size(), "bring-ups followed to their last request");
+    Count(out, procedures.uploads.size(), "MIB uploads followed by their answers");
+    Count(out, procedures.answered, "requests with their answer");
+    Count(out, procedures.unanswered, "requests without an answer");
+    Count(out, procedures.unasked, "answers without a request");
+    for (const BringUp& bring_up : procedures.bring_ups)
+        PrintBringUp(out, unit, bring_up);
+    for (const UploadRun& upload : procedures.uploads)
+        PrintUpload(out, unit, upload);
 }
 
 } // namespace olt_host

@@ -17,13 +17,15 @@ struct ReplayCounts {
     std::array<std::array<unsigned int, kOmciTypes>, 3> types{}; ///< frames by `FrameKind` and type
     std::array<unsigned int, kFrameFaults> faults{};             ///< lines by `FrameFault`
     unsigned int not_hexadecimal = 0;
-    unsigned int sent = 0; ///< answers and notifications sent to the services
-    unsigned int lost = 0; ///< of these, refused by the library; services that did not come to an end
+    unsigned int not_omci = 0; ///< Ethernet frames of other types
+    unsigned int sent = 0;     ///< answers and notifications sent to the services
+    unsigned int lost = 0;     ///< of these, refused by the library; services that did not come to an end
 };
 
-/// Frames by type and by the service that took them, malformed lines by reason, procedures.
-void PrintReplay(std::ostream& out, const std::string& path, const ReplayCounts& counts,
-                 const ProcedureFollower& follower, const std::vector<OmciService*>& services);
+/// `unit` is what frames of the file are counted in: "lines". Frames by type and by the service that took them, malformed lines by reason, procedures.
+void PrintReplay(std::ostream& out, const std::string& path, const std::string& unit,
+                 const ReplayCounts& counts, const ProcedureTotals& procedures,
+                 const std::vector<OmciService*>& services);
 
 } // namespace olt_host
 

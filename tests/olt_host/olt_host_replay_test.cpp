@@ -4,6 +4,7 @@
 #include <fstream>
 #include <sstream>
 #include <string>
+#include <vector>
 
 #include "olt_host/replay/replay.h"
 #include "tests/support/omci_frames.h"
@@ -136,6 +137,41 @@ TEST_F(OltHostReplay, TellsMalformedLinesApart) {
     outcome = Run(text, {true, false});
     EXPECT_NE(outcome.err.find("FILE:11: wrong MIC\n"), std::string::npos);
     EXPECT_EQ(outcome.err.find("FILE:6"), std::string::npos) << "it has none";
+}
+
+/// A capture with microseconds in the little-endian pcap format; `link` 1 is Ethernet.
+std::string Capture(char link, const std::vector<std::string>& frames) {
+    const auto number = [](std::size_t n) { return std::string({static_cast<char>(n), 0, 0, 0}); };
+    std::string file = Bytes("d4c3b2a1020004000000000000000000ffff0000") + number(link);
+    for (const std::string& hex : frames)
+        file += number(0) + number(0) + number(hex.size() / 2) + number(hex.size() / 2) + Bytes(hex);
+    return file;
+}
+
+TEST_F(OltHostReplay, ReadsCaptures) {
+    const std::string request = "020000000101"
+                                "02000000010088b580014f0a00020000" +
+                                std::string(80, '0');
+    const std::string tagged = "020000000100"
+                               "0200000001018100000188a8000288b580012f0a00020000" +
+                               std::string(76, '0'); // 40 bytes, padded to 46
+    const std::string arp = "ffffffffffff0200000001010806" + std::string(92, '0');
+    const std::string frames = Capture(1, {request, arp, tagged, request.substr(0, 60)});
+    Outcome outcome = Run(frames);
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.err, "FILE:4: wrong size\n");
+    for (const char* part : {"FILE: 2 frames\n", "       1  not OMCI, not looked into\n",
+                             "       1  requests with their answer\n"})
+        EXPECT_NE(outcome.out.find(part), std::string::npos) << outcome.out;
+
+    outcome = Run(frames + frames.substr(24, 50)); // the host was killed
+    EXPECT_EQ(outcome.status, 2);
+    EXPECT_NE(outcome.err.find("olt_host: FILE: truncated"), std::string::npos) << outcome.err;
+    EXPECT_EQ(outcome.out.find("FILE: 2 frames\n"), 0u) << "what was read counts";
+
+    outcome = Run(Capture(101, {request}));
+    EXPECT_EQ(outcome.status, 2);
+    EXPECT_EQ(outcome.out + outcome.err, "olt_host: FILE: its link type is RAW, not Ethernet\n");
 }
 
 TEST_F(OltHostReplay, EndsWithoutAFileToRead) {

@@ -257,31 +257,6 @@ TEST(SimOltHost, KeepsOneInFlightPastATermination) {
     });
 }
 
-// Notifications that are lost show by the next one that is not.
-TEST(SimOltHost, AsksForAlarmsAfterAGap) {
-    OnBoard(1, [](Simulation& board) {
-        HostOptions options = Options(8);
-        options.ports = 16;
-        options.queue = 64;
-        options.audit_s = 0;
-        Host host(options);
-        ASSERT_EQ(host.Start(), "");
-        ASSERT_TRUE(host.Table().WaitSettled(60s));
-        Impairments& line = host.Line().impairments;
-        line.link_ticks = 2;
-        line.loss_percent = 100;
-        board.Sleep(30s);
-        line.loss_percent = 0;
-        const auto has_heard = [](const OnuStatus& status) { return status.alarms > 0; };
-        for (unsigned int index = 0; index < host.Table().Size(); ++index) {
-            while (!has_heard(host.Table().Read(index)))
-                board.Sleep(500ms);
-        }
-        line.Clear();
-        WaitForTruth(board, host, 10s);
-    });
-}
-
 class SilentLink : public OmciLink {
 public:
     void Send(OnuKey, const OmciFrame&) override { ++frames; }

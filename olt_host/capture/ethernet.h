@@ -1,0 +1,34 @@
+/// OMCI frames in Ethernet frames, as protocol analysers take them.
+#ifndef OLT_HOST_CAPTURE_ETHERNET_H
+#define OLT_HOST_CAPTURE_ETHERNET_H
+
+#include <array>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "olt_host/omci/frame.h"
+#include "olt_host/onu/onu_key.h"
+
+namespace olt_host {
+
+enum class Direction : std::uint8_t { kDown, kUp };
+
+/// Destination, source, type 0x88B5, the OMCI frame.
+using EthernetFrame = std::array<char, 14 + OmciFrame::kSize>;
+
+/// ONU 3/7 has the address 02:00:00:00:03:07, the OLT's end of its PON 02:00:00:00:03:00. Such addresses are
+/// locally administered. PON and ONU are at most 255.
+EthernetFrame WrapOmci(OnuKey onu, Direction direction, const OmciFrame& frame);
+
+/// What an Ethernet frame with or without VLAN tags carries of OMCI.
+struct WrappedOmci {
+    std::string_view bytes; ///< as `OmciFrame::Parse` takes them, without the padding of short frames
+    std::string addresses;  ///< of both ends, the same in both directions
+};
+/// @return nothing for a frame of another type. Throws std::bad_alloc.
+std::optional<WrappedOmci> UnwrapOmci(std::string_view ethernet);
+
+} // namespace olt_host
+
+#endif
