@@ -1,12 +1,11 @@
 /// Clock on virtual time.
 
 #include <chrono>
-#include <functional>
 #include <gtest/gtest.h>
 #include <thread>
 
 #include "onu_mng_lib/onu_mng_common/clock.h"
-#include "onu_mng_platform/sim/simulation.h"
+#include "tests/support/on_board.h"
 
 namespace {
 
@@ -15,16 +14,14 @@ using namespace std::chrono_literals;
 
 constexpr auto kDay = 24h;
 
-void RunOnBoard(const std::function<void(Simulation&)>& body) {
+SimOptions ForYears() {
     SimOptions options;
     options.limit = 1000 * kDay;
-    Simulation board(options);
-    const SimResult& result = board.Run([&] { body(board); });
-    EXPECT_TRUE(result.Ok()) << result.report;
+    return options;
 }
 
 TEST(Clock, CountsWholeUnitsAndStampsAgain) {
-    RunOnBoard([](Simulation& board) {
+    OnBoard(ForYears(), [](Simulation& board) {
         const struct {
             SimTime start, span; // the start decides whether nanoseconds are borrowed from a second
             ClockPrecision precision;
@@ -49,7 +46,7 @@ TEST(Clock, CountsWholeUnitsAndStampsAgain) {
 }
 
 TEST(Clock, IsNeverBeforeItselfAndLastsBeyond2106) {
-    RunOnBoard([](Simulation& board) {
+    OnBoard(ForYears(), [](Simulation& board) {
         Clock clock;
         for (const SimTime back : {SimTime(1ns), SimTime(400ms), SimTime(50 * kDay)}) {
             const Clock future;
@@ -66,7 +63,7 @@ TEST(Clock, IsNeverBeforeItselfAndLastsBeyond2106) {
 }
 
 TEST(Clock, DelaysAndTellsTheCurrentDateAndTime) {
-    RunOnBoard([](Simulation& board) {
+    OnBoard(ForYears(), [](Simulation& board) {
         const Clock stamped_before;
         board.Sleep(31 * kDay + 2h + 3min + 4s);
         EXPECT_EQ(Clock::Delay(1056), 0);

@@ -1,24 +1,15 @@
 /// Variant, its string toolkit and Clock when memory is short: nothing is lost but what the contracts give
 /// up.
 
-#include <functional>
-#include <gtest/gtest.h>
-
 #include "onu_mng_lib/onu_mng_common/clock.h"
-#include "onu_mng_platform/sim/simulation.h"
+#include "tests/support/on_board.h"
 #include "tests/support/variants.h"
 
 namespace {
 
 using namespace onu_mng_platform;
 
-void RunOnBoard(const std::function<void(Simulation&)>& body) {
-    ASSERT_TRUE(InitPool());
-    Simulation board(1);
-    const SimResult& result = board.Run([&] { body(board); });
-    EXPECT_TRUE(result.Ok()) << result.report;
-    EXPECT_EQ(board.Holdings().blocks, 0);
-}
+class VariantFaults : public VariantTest {};
 
 void WithoutABlock(Simulation& board) {
     const Variant in = Buffer({"\x09\0\0\0\x03xyz", 8});
@@ -50,47 +41,33 @@ void WithoutABlock(Simulation& board) {
     EXPECT_EQ(in.GetPos(), 5U); // not behind the value that was not taken
 }
 
-TEST(VariantFaults, WithoutABlockAVariantIsEmptyOrAsItWas) {
-    RunOnBoard(WithoutABlock);
+TEST_F(VariantFaults, WithoutABlockAVariantIsEmptyOrAsItWas) {
+    OnBoard({}, WithoutABlock);
 }
 
-/// Lets the first, the second, ... allocation of `act` fail until all have had their turn.
-void WithEachNewFailing(Simulation& board, const std::function<void()>& act,
-                        const std::function<void(bool failed)>& check) {
-    bool failed = true;
-    for (unsigned int nth = 1; failed; ++nth) {
-        const unsigned int before = board.Failed();
-        board.FailNth(SimFault::kNew, nth);
-        act();
-        board.FailNone();
-        failed = board.Failed() != before;
-        check(failed);
-    }
-}
-
-TEST(VariantFaults, WithoutMemoryTextsStayAsTheyWereOrEmpty) {
-    RunOnBoard([](Simulation& board) {
+TEST_F(VariantFaults, WithoutMemoryTextsStayAsTheyWereOrEmpty) {
+    OnBoard({}, [](Simulation& board) {
         const std::string old = "the text that was there before",
                           piece = "a piece, too long to need no memory";
         std::string text = old;
-        WithEachNewFailing(
-            board, [&] { VariantUtil::Assign(text, "%s", piece.c_str()); },
-            [&](bool failed) { EXPECT_EQ(text, failed ? old : piece); });
-        text.shrink_to_fit();
-        WithEachNewFailing(
-            board, [&] { VariantUtil::Append(text, "%s", piece.c_str()); },
-            [&](bool failed) { EXPECT_EQ(text, failed ? piece : piece + piece); });
         std::vector<std::string> pieces = {old};
-        WithEachNewFailing(
+        const Variant bytes = Buffer("0123456789");
+        const struct {
+            std::function<void()> act;
+            std::string done, failed;
+        } cases[] = {{[&] { VariantUtil::Assign(text, "%s", piece.c_str()); }, piece, old},
+                     {[&] { VariantUtil::Append(text, "%s", piece.c_str()); }, old + piece, old},
+                     {[&] { text = bytes.ToString(); }, "0x30313233343536373839", ""},
+                     {[&] { text = Clock().ToString(); }, "2026/01/01 00:00:00:0000", ""}};
+        for (const auto& c : cases) {
+            WithoutMemory(board, c.act, [&](bool failed) {
+                EXPECT_EQ(text, failed ? c.failed : c.done);
+                text = std::string(old.data(), old.size());
+            });
+        }
+        WithoutMemory(
             board, [&] { VariantUtil::Split(piece, pieces, ","); },
             [&](bool failed) { EXPECT_EQ(pieces.size(), failed ? 1U : 3U); });
-        const Variant bytes = Buffer("0123456789");
-        WithEachNewFailing(
-            board, [&] { text = bytes.ToString(); },
-            [&](bool failed) { EXPECT_EQ(text.size(), failed ? 0U : 22U); });
-        WithEachNewFailing(
-            board, [&] { text = Clock().ToString(); },
-            [&](bool failed) { EXPECT_EQ(text.size(), failed ? 0U : 24U); });
     });
 }
 
