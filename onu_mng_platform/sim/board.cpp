@@ -28,15 +28,17 @@ void SetCurrentTask(Task* task) {
     current_task = task;
 }
 
-void Queue::Put(const char* data, std::size_t size) {
+void Queue::Put(const char* data, std::size_t size, std::uint64_t number) {
     const std::size_t last = (first + count++) % capacity;
     lengths[last] = size;
+    numbers[last] = number;
     std::memcpy(&bytes[last * message_size], data, size);
 }
 
-std::size_t Queue::Get(char* data, std::size_t room) {
+std::size_t Queue::Get(char* data, std::size_t room, std::uint64_t& number) {
     const std::size_t size = std::min(room, lengths[first]);
     std::memcpy(data, &bytes[first * message_size], size);
+    number = numbers[first];
     first = (first + 1) % capacity;
     --count;
     return size;
@@ -72,23 +74,26 @@ Board& Board::Instance() {
 std::uint32_t Board::Add(std::shared_ptr<Object> object) {
     entries.push_back({object->kind, object});
     object->id = static_cast<std::uint32_t>(entries.size());
+    present.insert(object->id);
     return object->id;
 }
 
 void Board::Remove(Object& object) {
     object.deleted = true;
+    present.erase(object.id);
     entries[object.id - 1].object.reset();
 }
 
 void Board::RemoveTasks() {
-    for (Entry& entry : entries)
-        if (entry.kind == ObjectKind::kTask && entry.object != nullptr) Remove(*entry.object);
+    const std::set<std::uint32_t> before = present;
+    for (const std::uint32_t id : before)
+        if (const auto task = Find<Task>(id)) Remove(*task);
 }
 
 SimHoldings Board::Holdings() const {
     SimHoldings holdings{};
-    for (const Entry& entry : entries) {
-        if (entry.object == nullptr) continue;
+    for (const std::uint32_t id : present) {
+        const Entry& entry = entries[id - 1];
         holdings.queues += entry.kind == ObjectKind::kQueue;
         if (entry.kind == ObjectKind::kTask)
             holdings.tasks += !static_cast<const Task&>(*entry.object).is_host;

@@ -8,6 +8,7 @@
 #include <functional>
 #include <memory>
 #include <pthread.h>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -40,16 +41,17 @@ struct Queue : Object {
     static constexpr ObjectKind kKind = ObjectKind::kQueue;
     Queue(std::size_t max_msgs, std::size_t msg_size)
         : Object(kKind), capacity(max_msgs), message_size(msg_size), bytes(max_msgs * msg_size),
-          lengths(max_msgs) {}
+          lengths(max_msgs), numbers(max_msgs) {}
 
-    void Put(const char* data, std::size_t size);
+    void Put(const char* data, std::size_t size, std::uint64_t number);
     /// Copies at most `room` bytes of the oldest message; returns how many.
-    std::size_t Get(char* data, std::size_t room);
+    std::size_t Get(char* data, std::size_t room, std::uint64_t& number);
 
     const std::size_t capacity;
     const std::size_t message_size;
     std::vector<char> bytes; ///< a ring of `capacity` messages
     std::vector<std::size_t> lengths;
+    std::vector<std::uint64_t> numbers; ///< by which a record knows a message again
     std::size_t first = 0;
     std::size_t count = 0;
 };
@@ -92,12 +94,18 @@ bool IsMet(const Wait& wait);
 
 class SimRun;
 
+struct TaskCalls;
+struct RecordedCall;
+
 struct Task : Object {
     static constexpr ObjectKind kKind = ObjectKind::kTask;
     Task() : Object(kKind) {}
 
     SimRun* run = nullptr;
     std::string name;
+    std::int64_t number = 0;      ///< in reports, as `Board::Number`
+    TaskCalls* calls = nullptr;   ///< its last calls, in the record
+    RecordedCall* call = nullptr; ///< the call that it is in
     unsigned int priority = 0;
     bool is_host = false; ///< the run waits for its end
     std::function<void()> entry;
@@ -160,6 +168,7 @@ private:
         std::shared_ptr<Object> object;
     };
     std::vector<Entry> entries;
+    std::set<std::uint32_t> present; ///< ids of the objects that are on the board
     std::uint32_t last_old_id = 0;
 };
 

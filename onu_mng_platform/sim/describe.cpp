@@ -37,11 +37,15 @@ std::string Awaited(const Wait& wait) {
     }
 }
 
+std::string CallInProgress(const Task& task) {
+    return task.call != nullptr ? std::string(", in ") + task.call->name->name + SiteText(task.call->site)
+                                : "";
+}
+
 std::string Line(const Task& task) {
     const Wait& wait = task.wait;
-    const std::string name =
-        "task " + task.name + "(" + std::to_string(Board::Instance().Number(task.id)) + ")";
-    if (wait.kind == WaitKind::kNothing) return name + " runs";
+    const std::string name = "task " + TaskText(*task.calls);
+    if (wait.kind == WaitKind::kNothing) return name + " runs" + CallInProgress(task);
     const std::string until =
         wait.deadline == kNever ? " without limit" : " until " + TimeText(wait.deadline);
     const std::string taker =
@@ -51,6 +55,13 @@ std::string Line(const Task& task) {
 }
 
 } // namespace
+
+std::string DecisionLine(const Decision& decision, SimTime time, const Task& chosen, const Task* running) {
+    std::string line = "decision " + DecisionsText({decision}) + " at " + TimeText(time) + ": " +
+                       TaskText(*chosen.calls) + " goes on";
+    if (running != nullptr) line += " before " + TaskText(*running->calls) + CallInProgress(*running);
+    return line;
+}
 
 std::vector<std::string> Scheduler::Describe() const {
     std::vector<std::string> lines;

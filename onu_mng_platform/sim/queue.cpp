@@ -39,7 +39,7 @@ int bep_msgQSendEx(uint32_t queue_id, const char* buf, unsigned int len, int tic
     if (queue == nullptr || buf == nullptr || len == 0 || len > queue->message_size) return call.Result(-1);
     if (call.IsToFail(SimFault::kQueueSend, ticks)) return call.Result(-1);
     if (!call.WaitFor(WaitKind::kSend, queue, ticks)) return call.Result(-1);
-    queue->Put(buf, len);
+    queue->Put(buf, len, call.Sends());
     return call.Result(0);
 }
 
@@ -54,7 +54,7 @@ int bep_msgQReceiveEx(uint32_t queue_id, char* buf, unsigned int len, int ticks,
     if (queue == nullptr || buf == nullptr || len == 0) return call.Result(-1);
     if (call.IsToFail(SimFault::kQueueReceive, ticks)) return call.Result(-1);
     if (!call.WaitFor(WaitKind::kReceive, queue, ticks)) return call.Result(-1);
-    return call.Result(static_cast<int>(queue->Get(buf, len)));
+    return call.Result(static_cast<int>(queue->Get(buf, len, call.Receives())));
 }
 
 int bep_msgQNumMsgsEx(uint32_t queue_id) {

@@ -5,6 +5,7 @@
 
 #include "onu_mng_platform/common/log/log.h"
 #include "onu_mng_platform/sim/seam_call.h"
+#include "onu_mng_platform/sim/timeline.h"
 
 namespace onu_mng_platform {
 
@@ -27,6 +28,7 @@ void Collect(void* context, unsigned int module, int level, const char* text) {
     const Task* task = CurrentTask();
     run.record.AddText(text);
     run.log.push_back({run.scheduler.Now(), task != nullptr ? task->name : "", module, level, text});
+    if (task != nullptr && task->call != nullptr) task->call->log_line = run.log.size();
 }
 
 timespec BoardCalendar() {
@@ -45,7 +47,7 @@ timespec ToTimespec(SimTime time) {
 
 SimRun::SimRun(const SimOptions& run_options)
     : options(run_options), scheduler(run_options), faults(run_options.seed),
-      record(run_options.keep_record) {
+      record(run_options.keep_record || !TimelineFolder().empty()) {
     result.seed = run_options.seed;
 }
 
@@ -62,7 +64,8 @@ std::shared_ptr<Task> SimRun::Spawn(const char* name, unsigned int priority, std
     task->is_host = is_host;
     task->entry = std::move(entry);
     if (!scheduler.Start(task, stack_size)) return nullptr;
-    record.NameTask(Board::Instance().Add(task), task->name);
+    task->number = Board::Instance().Number(Board::Instance().Add(task));
+    task->calls = record.AddTask(*task);
     return task;
 }
 
@@ -92,8 +95,14 @@ void SimRun::End() {
     result.calls = scheduler.Calls();
     result.switches = scheduler.switches;
     result.fingerprint = record.Fingerprint();
-    result.report =
-        scheduler.report + "seed " + std::to_string(options.seed) + ", ended at " + TimeText(result.time);
+    result.report = result.Ok() ? Origin() : Explain();
+    WriteTimelineOfRun(record, log);
+}
+
+std::string SimRun::Origin() const {
+    return (options.decisions ? "decisions \"" + *options.decisions + "\""
+                              : "seed " + std::to_string(options.seed)) +
+           ", ended at " + TimeText(result.time);
 }
 
 const SimResult& SimRun::Run(const std::function<void()>& body) {
@@ -107,6 +116,9 @@ const SimResult& SimRun::Run(const std::function<void()>& body) {
         scheduler.Stop(SimOutcome::kNotStarted, "the body could not be started: no thread");
     } else {
         scheduler.RunAll();
+        if (!scheduler.schedule.FollowsDecisions())
+            scheduler.Stop(SimOutcome::kNotRepeated, "the decisions do not fit this run");
+        if (scheduler.outcome != SimOutcome::kQuiet) record.KeepLastCalls();
         scheduler.EndAll();
     }
     End();

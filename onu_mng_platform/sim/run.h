@@ -26,6 +26,8 @@ public:
     explicit SimRun(const SimOptions& run_options);
 
     const SimResult& Run(const std::function<void()>& body);
+    /// See `Simulation::Explain`.
+    std::string Explain() const;
 
     /// Since 1970.
     SimTime Calendar() const;
@@ -41,6 +43,7 @@ public:
     Blocks blocks;
     std::vector<SimLogLine> log;
     std::vector<std::pair<unsigned int, int>> opened_levels; ///< module and level
+    std::uint64_t messages = 0;                              ///< that were sent
     SimTime calendar_step{0};
     SimHoldings before{};
     SimResult result;
@@ -48,6 +51,7 @@ public:
 private:
     void Begin();
     void End();
+    std::string Origin() const;
 
     std::optional<std::string> zone_before; ///< TZ in the environment
 };

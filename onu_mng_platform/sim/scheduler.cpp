@@ -1,24 +1,12 @@
 #include "onu_mng_platform/sim/scheduler.h"
 
 #include <algorithm>
+#include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
 
 namespace onu_mng_platform {
-
-namespace {
-
-/// Swarm testing: how often tasks are switched differs from seed to seed, since some interleavings show only
-/// when tasks run long and others only when they hardly run.
-unsigned int SwitchOneIn(const SimOptions& options, Random& random) {
-    constexpr unsigned int kChoices[] = {1, 2, 4, 16, 64};
-    if (options.by_priority) return 1;
-    const unsigned int drawn = kChoices[random.Below(std::size(kChoices))];
-    return options.switch_one_in != 0 ? options.switch_one_in : drawn;
-}
-
-} // namespace
 
 void Die(const std::string& what) {
     std::fprintf(stderr, "simulated board: %s\n", what.c_str());
@@ -26,17 +14,16 @@ void Die(const std::string& what) {
 }
 
 Scheduler::Scheduler(const SimOptions& run_options)
-    : options(run_options), random(run_options.seed), switch_one_in(SwitchOneIn(run_options, random)),
-      limit(run_options.limit) {}
+    : schedule(run_options), options(run_options), limit(run_options.limit) {}
 
 void Scheduler::Pass(Task& self) {
     calls.store(Calls() + 1, std::memory_order_relaxed);
     if (++calls_now > options.calls_per_instant) {
         Stop(SimOutcome::kSpinning, "spinning: " + std::to_string(calls_now) + " calls without time passing");
-    } else if (self.static_depth != 0 || random.Below(switch_one_in) != 0) {
+    } else if (self.static_depth != 0 || !schedule.MayPreempt()) {
         return;
     }
-    Task* next = Choose();
+    Task* next = Choose(&self);
     if (next == &self) return;
     HandOver(next != nullptr ? next->baton : owner, self.baton);
 }
@@ -70,26 +57,24 @@ SimTime Scheduler::Deadline(int ticks) const {
     return After(std::chrono::nanoseconds(std::chrono::seconds(1)) * ticks / kTicksPerSecond);
 }
 
-Task* Scheduler::Choose() {
+Task* Scheduler::Choose(const Task* running) {
     for (;;) {
         if (stopping || (ending && live.empty())) return nullptr;
         CollectReady();
         if (ready.empty()) CollectSettled();
-        if (!ready.empty()) return Draw();
+        if (options.by_priority) KeepHighestPriority();
+        if (!ready.empty()) return schedule.Choose(ready, running, now);
         if (!Advance()) return nullptr;
     }
 }
 
-Task* Scheduler::Draw() {
-    if (options.by_priority) {
-        unsigned int highest = ready.front()->priority;
-        for (const Task* task : ready)
-            highest = std::min(highest, task->priority);
-        ready.erase(std::remove_if(ready.begin(), ready.end(),
-                                   [highest](const Task* task) { return task->priority != highest; }),
-                    ready.end());
-    }
-    return ready[random.Below(ready.size())];
+void Scheduler::KeepHighestPriority() {
+    unsigned int highest = UINT_MAX;
+    for (const Task* task : ready)
+        highest = std::min(highest, task->priority);
+    ready.erase(std::remove_if(ready.begin(), ready.end(),
+                               [highest](const Task* task) { return task->priority != highest; }),
+                ready.end());
 }
 
 void Scheduler::CollectReady() {

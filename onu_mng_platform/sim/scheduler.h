@@ -12,7 +12,7 @@
 #include "onu_mng_platform/bep.h"
 #include "onu_mng_platform/sim/baton.h"
 #include "onu_mng_platform/sim/board.h"
-#include "onu_mng_platform/sim/random.h"
+#include "onu_mng_platform/sim/schedule.h"
 #include "onu_mng_platform/sim/simulation.h"
 
 namespace onu_mng_platform {
@@ -54,6 +54,7 @@ public:
     /// The time a span from now, at most `kNever`.
     SimTime After(SimTime span) const;
 
+    Schedule schedule;
     std::vector<std::string> may_idle;
     std::string report;
     SimOutcome outcome = SimOutcome::kQuiet;
@@ -70,9 +71,9 @@ private:
     void LeaveBehind();
     void WatchTasks();
 
-    /// The next task; null when the run is over.
-    Task* Choose();
-    Task* Draw();
+    /// The next task; null when the run is over. `running` could go on.
+    Task* Choose(const Task* running = nullptr);
+    void KeepHighestPriority();
     void CollectReady();
     void CollectSettled();
     bool Advance();
@@ -84,8 +85,6 @@ private:
     SimTime NextDeadline() const;
 
     const SimOptions options;
-    Random random;
-    const unsigned int switch_one_in;
     SimTime now{0};
     SimTime limit;
     std::uint64_t calls_now = 0; ///< without time passing

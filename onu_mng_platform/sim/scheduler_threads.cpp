@@ -117,6 +117,7 @@ void Scheduler::RunAll() {
 }
 
 void Scheduler::EndAll() {
+    schedule.EndChoices();
     ending = true;
     stopping = false;
     calls_now = 0;

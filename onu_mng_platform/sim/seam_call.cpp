@@ -15,18 +15,24 @@ SeamCall::SeamCall(const CallName& name, CallSite site)
     if (run == nullptr) return;
     call.name = &name;
     call.site = site;
-    call.task = task->id;
+    call.caller = task->calls;
+    task->call = &call;
     run->scheduler.Pass(*task);
+    call.began = run->scheduler.Now();
+    call.first_step = run->record.Step();
 }
 
 SeamCall::~SeamCall() {
     if (run == nullptr) return;
-    call.time = run->scheduler.Now();
+    task->call = nullptr;
+    call.ended = run->scheduler.Now();
+    call.last_step = run->record.Step();
     run->record.Add(call);
 }
 
 bool SeamCall::IsToFail(SimFault kind, int ticks) {
     if (run == nullptr || !run->faults.Take(kind)) return false;
+    call.was_failed = true;
     if (ticks != 0) WaitFor(WaitKind::kTime, nullptr, 1);
     return true;
 }
@@ -46,14 +52,29 @@ bool SeamCall::WaitUntil(WaitKind kind, std::shared_ptr<Object> object, SimTime 
     return run != nullptr ? run->scheduler.WaitFor(*task, std::move(wait)) : IsMet(wait);
 }
 
+std::uint64_t SeamCall::Sends() {
+    return run != nullptr ? call.sent = ++run->messages : 0;
+}
+
 void SeamCall::EndPoint() {
     if (run != nullptr) run->scheduler.EndPoint(*task);
 }
 
 bool NewIsToFail() noexcept {
+    static constexpr CallName kNew{"operator new", nullptr, nullptr, nullptr};
     const Task* task = CurrentTask();
-    return task != nullptr && !task->ended && task->board_depth == 0 &&
-           task->run->faults.Take(SimFault::kNew);
+    if (!IsProgram(task) || !task->run->faults.Take(SimFault::kNew)) return false;
+    const BoardWork work;
+    Record& record = task->run->record;
+    RecordedCall call;
+    call.name = &kNew;
+    call.caller = task->calls;
+    call.began = call.ended = task->run->scheduler.Now();
+    call.first_step = record.Step();
+    call.last_step = record.Step();
+    call.was_failed = call.has_result = true;
+    record.Add(call);
+    return true;
 }
 
 } // namespace onu_mng_platform

@@ -66,6 +66,10 @@ public:
         call.has_result = true;
         return value;
     }
+    /// A new number for the message that the call sends; the place for that of the one it receives.
+    std::uint64_t Sends();
+    std::uint64_t& Receives() { return call.received; }
+
     /// Of a call that creates an object: its id, 0 for none.
     std::uint32_t Created(std::uint32_t id) {
         call.object = id;

@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <thread>
 
+#include "onu_mng_platform/sim/explore.h"
 #include "onu_mng_platform/sim/run.h"
 #include "onu_mng_platform/sim/seam_call.h"
+#include "onu_mng_platform/sim/timeline.h"
 
 namespace onu_mng_platform {
 
@@ -44,6 +46,22 @@ const SimResult& Simulation::Run(const std::function<void()>& body) {
 }
 const SimResult& Simulation::Result() const {
     return run->result;
+}
+
+SimExploration Simulation::Explore(const SimExploreOptions& options,
+                                   const std::function<bool(Simulation&)>& scenario) {
+    Explorer explorer(options, scenario);
+    return options.decisions ? explorer.Replay() : explorer.Run();
+}
+
+void Simulation::Explored(const std::function<void()>& part) {
+    struct Open {
+        explicit Open(Schedule& opened) : schedule(opened) { schedule.BeginChoices(); }
+        ~Open() { schedule.EndChoices(); }
+        Schedule& schedule;
+    };
+    const Open open(run->scheduler.schedule);
+    part();
 }
 
 bool Simulation::Spawn(const char* name, std::function<void()> body, unsigned int priority) {
@@ -114,6 +132,13 @@ std::vector<std::string> Simulation::Record() const {
 }
 std::vector<std::string> Simulation::Tasks() const {
     return run->scheduler.Describe();
+}
+
+std::string Simulation::Explain() const {
+    return run->Explain();
+}
+bool Simulation::WriteTimeline(const std::string& path) const {
+    return onu_mng_platform::WriteTimeline(path, run->record, run->log);
 }
 
 SimHoldings Simulation::Holdings() const {

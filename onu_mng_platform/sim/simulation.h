@@ -22,6 +22,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -45,18 +46,22 @@ struct SimOptions {
     unsigned int switch_one_in = 0;
     /// Only tasks of the highest priority among the ready ones run, as on a board with one processor.
     bool by_priority = false;
-    /// Keeps a line of every call (`Record`).
+    /// Keeps every call, for `Record` and `WriteTimeline`.
     bool keep_record = false;
+    /// A schedule that `Simulation::Explore` named ("7:1 19:2"): the run follows it in place of the seed. With
+    /// no decision in it a task goes on as long as it can, and after it the one that was started first.
+    std::optional<std::string> decisions;
 };
 
 enum class SimOutcome {
-    kQuiet,      ///< the body and the host tasks have ended and nothing is left to run
-    kDeadlock,   ///< tasks that must go on wait without limit, and nobody is left to end it
-    kOverLimit,  ///< the same at `SimOptions::limit`, while others still had deadlines
-    kSpinning,   ///< `SimOptions::calls_per_instant` was reached
-    kEscaped,    ///< an exception left the entry of a task
-    kNotEnded,   ///< a task could not be ended at the end of the run; its thread stays behind
-    kNotStarted, ///< the body could not be started, or a run was going on already
+    kQuiet,       ///< the body and the host tasks have ended and nothing is left to run
+    kDeadlock,    ///< tasks that must go on wait without limit, and nobody is left to end it
+    kOverLimit,   ///< the same at `SimOptions::limit`, while others still had deadlines
+    kSpinning,    ///< `SimOptions::calls_per_instant` was reached
+    kEscaped,     ///< an exception left the entry of a task
+    kNotRepeated, ///< `SimOptions::decisions` do not fit the run
+    kNotEnded,    ///< a task could not be ended at the end of the run; its thread stays behind
+    kNotStarted,  ///< the body could not be started, or a run was going on already
 };
 
 struct SimResult {
@@ -66,10 +71,35 @@ struct SimResult {
     std::uint64_t calls = 0;       ///< calls of the platform
     std::uint64_t switches = 0;    ///< of these, handed over to another task
     std::uint64_t fingerprint = 0; ///< of every call and log line: equal for equal runs
-    /// What went wrong, every task with what it waits for, and the seed.
+    /// The seed; of a run that failed all of `Simulation::Explain`.
     std::string report;
 
     bool Ok() const { return outcome == SimOutcome::kQuiet; }
+};
+
+struct SimExploreOptions {
+    /// A schedule takes the turn from tasks that could go on at most so often.
+    unsigned int preemptions = 2;
+    /// Of every run.
+    SimOptions run;
+    /// Each schedule runs in a process of its own, for scenarios that need the program's singletons untouched.
+    /// Otherwise some hundred follow one another in a process, after one run that is not counted.
+    bool fresh_process = false;
+    /// The search ends, incomplete, after so many schedules.
+    std::uint64_t most_schedules = 10'000'000;
+    /// Only this schedule runs, in the calling process.
+    std::optional<std::string> decisions;
+};
+
+struct SimExploration {
+    bool is_complete = false; ///< no schedule is left, and none failed
+    bool has_failed = false;
+    std::uint64_t schedules = 0;               ///< that were run and did not fail
+    std::vector<std::uint64_t> by_preemptions; ///< the same by their number of preemptions
+    std::uint64_t most_choices = 0;            ///< in one schedule
+    /// The schedule that failed: none with fewer preemptions does.
+    std::string decisions;
+    std::string report;
 };
 
 /// A line that the log wrote.
@@ -127,6 +157,23 @@ public:
     const SimResult& Run(const std::function<void()>& body);
     const SimResult& Result() const;
 
+    /// Runs a scenario under every schedule that has at most `SimExploreOptions::preemptions`, each once, up to
+    /// the first that fails.
+    ///
+    /// A preemption takes the turn, at a call of the platform, from a task that could go on. When a task waits or
+    /// ends, every ready task in turn is the next one; that is no preemption. The schedules run by their number
+    /// of preemptions, so the one that fails has the fewest.
+    ///
+    /// The scenario calls `Run` once, whose body calls `Explored`, and returns whether all held. It does the same whenever it is called and
+    /// leaves the process as it found it, the first run aside. It is called in copies of this process, which has
+    /// one thread: what it writes to variables stays there.
+    static SimExploration Explore(const SimExploreOptions& options,
+                                  const std::function<bool(Simulation&)>& scenario);
+    /// Runs the part of the body that an exploration is about, with all that other tasks do meanwhile. Before
+    /// and after it, where the library is brought up and down, the exploration makes no choices: a task goes on
+    /// as long as it can, and after it the one that was started first. Under a seed it is a call like any other.
+    void Explored(const std::function<void()>& part);
+
     /// Starts a further host task: the run does not end before it. Returns false when it could not be
     /// started.
     bool Spawn(const char* name, std::function<void()> body, unsigned int priority = 100);
@@ -161,9 +208,20 @@ public:
     std::vector<std::string> Record() const;
     /// One line for each task that has not ended: its name and what it waits for.
     std::vector<std::string> Tasks() const;
+    /// What went wrong, the decisions or the seed, the last 30 calls of each task and the last 50 lines of the log.
+    std::string Explain() const;
+    /// Writes the run as trace events (JSON), which the common trace viewers open: a track for each task, calls as
+    /// slices, messages as arrows, faults and lines of the log as marks. Calls that take no virtual time are drawn
+    /// one microsecond long, one after the other. Needs `SimOptions::keep_record`. Returns false when the file
+    /// cannot be written.
+    ///
+    /// With ONU_MNG_TIMELINE=FOLDER in the environment every run keeps its record and writes a file there.
+    bool WriteTimeline(const std::string& path) const;
     SimHoldings Holdings() const;
 
 private:
+    friend class Explorer;
+
     std::unique_ptr<class SimRun> run;
 };
 

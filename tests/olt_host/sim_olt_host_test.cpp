@@ -137,9 +137,8 @@ void WaitForTruth(Simulation& board, Host& host, SimTime limit) {
     }
 }
 
-/// Runs `body` under a seed; nothing of the library or the host is left behind.
-void OnBoard(std::uint64_t seed, const std::function<void(Simulation&)>& body) {
-    Simulation board(seed);
+/// Runs `body`; nothing of the library or the host is left behind.
+void OnBoard(Simulation& board, const std::function<void(Simulation&)>& body) {
     board.Run([&] {
         body(board);
         StateContextManager::GetInstance()->EndSupervision();
@@ -153,8 +152,9 @@ void OnBoard(std::uint64_t seed, const std::function<void(Simulation&)>& body) {
 
 /// Faults of PONs and of the platform for a minute, then none: after another minute at most every ONU is in
 /// sync.
-void BringUpThroughFaults(std::uint64_t seed, unsigned int onus) {
-    OnBoard(seed, [&](Simulation& board) {
+void BringUpThroughFaults(Simulation& on, unsigned int onus) {
+    OnBoard(on, [&](Simulation& board) {
+        const std::uint64_t seed = board.Result().seed;
         std::mt19937_64 random(seed);
         OneInFlight watch(board);
         HostOptions options = Options(onus);
@@ -178,13 +178,13 @@ void BringUpThroughFaults(std::uint64_t seed, unsigned int onus) {
 }
 
 TEST(SimOltHost, Brings16OnusUpThroughFaults) {
-    sim_scenario::ForEachSeed([](std::uint64_t seed) { BringUpThroughFaults(seed, 16); });
+    sim_scenario::ForEachSeed([](Simulation& board) { BringUpThroughFaults(board, 16); });
 }
 
 // One seed in ten: a run takes as much longer.
 TEST(SimOltHost, Brings64OnusUpThroughFaults) {
-    sim_scenario::ForEachSeed([](std::uint64_t seed) {
-        if (seed % 10 == 0) BringUpThroughFaults(seed, 64);
+    sim_scenario::ForEachSeed([](Simulation& board) {
+        if (board.Result().seed % 10 == 0) BringUpThroughFaults(board, 64);
     });
 }
 
@@ -222,8 +222,8 @@ SimTime GiveUpMute(Simulation& board, Host& host, const Sent& sent) {
 
 // The supervision marks the context at its first round, and the next tick takes it to FAIL.
 TEST(SimOltHost, GivesAMuteOnuUp) {
-    sim_scenario::ForEachSeed([](std::uint64_t seed) {
-        OnBoard(seed, [](Simulation& board) {
+    sim_scenario::ForEachSeed([](Simulation& on) {
+        OnBoard(on, [](Simulation& board) {
             HostOptions options = Options(4);
             options.window = 4;
             options.queue = 16;
@@ -239,7 +239,8 @@ TEST(SimOltHost, GivesAMuteOnuUp) {
 
 // An operator ends a procedure whose request has just gone out: the next one waits until no answer can come.
 TEST(SimOltHost, KeepsOneInFlightPastATermination) {
-    OnBoard(1, [](Simulation& board) {
+    Simulation on(1);
+    OnBoard(on, [](Simulation& board) {
         OneInFlight watch(board);
         HostOptions options = Options(4);
         options.queue = 64;
@@ -266,7 +267,8 @@ public:
 // A context that is handed nothing any more: the seventh request of the supervision takes it to FAIL in the
 // supervision's own task.
 TEST(SimOltHost, FreesAContextThatNobodyTends) {
-    OnBoard(1, [](Simulation& board) {
+    Simulation on(1);
+    OnBoard(on, [](Simulation& board) {
         ServiceRack rack;
         ASSERT_TRUE(rack.Initialise(1, 1, 5));
         OnuTable table(1, 1);

@@ -228,8 +228,8 @@ TEST(FailureSweep, OfAMessageStorm) {
 }
 
 TEST(FailureShare, OfAMessageStorm) {
-    sim_scenario::ForEachSeed([](std::uint64_t seed) {
-        Simulation board(seed);
+    sim_scenario::ForEachSeed([](Simulation& board) {
+        const std::uint64_t seed = board.Result().seed;
         board.Run([&] {
             Storm(board, [&] {
                 for (const SimFault kind :

@@ -16,8 +16,7 @@ Simulation* current_board = nullptr;
 
 // Under some schedules, each in a process of its own: pools, of which there are few, live as long as that.
 void RunOnPort(const std::function<void()>& body) {
-    const auto run = [&body](std::uint64_t seed) {
-        Simulation board(seed);
+    const auto run = [&body](Simulation& board) {
         current_board = &board;
         board.Run([&body] {
             ulogSetSink(nullptr, nullptr); // the log as a program finds it

@@ -3,6 +3,8 @@
 #ifndef ONU_MNG_TESTS_SUPPORT_SIM_HOST_H
 #define ONU_MNG_TESTS_SUPPORT_SIM_HOST_H
 
+#include <gtest/gtest.h>
+
 #include <functional>
 #include <utility>
 
@@ -13,6 +15,7 @@
 #include "onu_mng_lib/onu_mng_module_cplus_interface.h"
 #include "onu_mng_lib/onu_mng_system.h"
 #include "onu_mng_lib/onu_mng_system_reg_interface.h"
+#include "onu_mng_platform/sim/simulation.h"
 
 /// Brings the library up in the body of a run, and down at its end: the library has no such operation, since
 /// on an OLT nothing is stopped, so supervision and modules are ended one by one.
@@ -46,6 +49,22 @@ public:
 
     const unsigned int status; ///< of onu_mng_system_init()
 };
+
+/// Runs `body` with the library up, takes it down and expects that nothing is left.
+inline void RunHost(onu_mng_platform::Simulation& board, const std::function<void()>& body) {
+    board.Run([&] {
+        {
+            const SimHost host;
+            EXPECT_EQ(ONU_MNG_OK, host.status);
+            body();
+        }
+        EXPECT_EQ(0, board.Holdings().tasks) << "of the library";
+        EXPECT_EQ(0, board.Holdings().queues);
+    });
+    EXPECT_TRUE(board.Result().Ok()) << board.Result().report;
+    EXPECT_EQ(0, board.Holdings().blocks);
+    EXPECT_EQ(0, board.Holdings().locks_taken);
+}
 
 /// Claims one message type and hands each message to a function.
 class SimModule : public ServiceModule {

@@ -1,5 +1,5 @@
-/// Scenarios on the simulated board, each in a process of its own, so that every one finds the library's
-/// singletons untouched and a seed means the same run wherever it stands in a sweep.
+/// Scenarios on the simulated board under many schedules. A scenario is a function of a board, whose `Run` it
+/// calls once.
 #ifndef ONU_MNG_TESTS_SUPPORT_SIM_SCENARIO_H
 #define ONU_MNG_TESTS_SUPPORT_SIM_SCENARIO_H
 
@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <functional>
 #include <iostream>
+#include <string>
 
 #include "onu_mng_platform/sim/fresh_process.h"
 #include "onu_mng_platform/sim/simulation.h"
@@ -22,11 +23,16 @@
 
 namespace sim_scenario {
 
+using onu_mng_platform::Simulation;
+using Scenario = std::function<void(Simulation&)>;
+
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) ||                                         \
     ONU_MNG_HAS_FEATURE(address_sanitizer) || ONU_MNG_HAS_FEATURE(thread_sanitizer)
 constexpr std::uint64_t kDefaultSeeds = 100; ///< a copy of a process takes long there
+constexpr unsigned int kPreemptions = 1;
 #else
 constexpr std::uint64_t kDefaultSeeds = 1000;
+constexpr unsigned int kPreemptions = 2;
 #endif
 
 inline std::uint64_t FromEnvironment(const char* name, std::uint64_t otherwise) {
@@ -36,6 +42,13 @@ inline std::uint64_t FromEnvironment(const char* name, std::uint64_t otherwise) 
 
 inline int Failures() {
     return testing::UnitTest::GetInstance()->current_test_info()->result()->total_part_count();
+}
+
+/// The command that runs the current test alone under a variable.
+inline std::string Command(const std::string& variable) {
+    const testing::TestInfo& test = *testing::UnitTest::GetInstance()->current_test_info();
+    return variable + " " + testing::internal::GetArgvs()[0] + " --gtest_filter=" + test.test_suite_name() +
+           "." + test.name();
 }
 
 /// Runs `scenario` in a fresh process. Returns whether none of its expectations failed; what failed is
@@ -49,19 +62,44 @@ inline bool Passes(const std::function<void()>& scenario) {
 }
 
 /// Runs `scenario` under ONU_MNG_SEEDS seeds, or one in `share` of them and at least one, or under
-/// ONU_MNG_SEED alone, up to the first that fails; that one's command line is printed.
-inline void ForEachSeed(const std::function<void(std::uint64_t seed)>& scenario, std::uint64_t share = 1) {
+/// ONU_MNG_SEED alone, up to the first that fails. Each run has a process of its own, so that every one finds
+/// the library's singletons untouched and a seed means the same run wherever it stands.
+inline void ForEachSeed(const Scenario& scenario, std::uint64_t share = 1) {
     const std::uint64_t only = FromEnvironment("ONU_MNG_SEED", 0);
     const std::uint64_t seeds =
         std::max<std::uint64_t>(1, FromEnvironment("ONU_MNG_SEEDS", kDefaultSeeds) / share);
     const std::uint64_t last = only != 0 ? only : seeds;
     for (std::uint64_t seed = only != 0 ? only : 1; seed <= last; ++seed) {
-        if (Passes([&] { scenario(seed); })) continue;
-        const testing::TestInfo& test = *testing::UnitTest::GetInstance()->current_test_info();
-        FAIL() << "failed under a seed; replay it with\n  ONU_MNG_SEED=" << seed << " "
-               << testing::internal::GetArgvs()[0] << " --gtest_filter=" << test.test_suite_name() << "."
-               << test.name();
+        if (Passes([&] {
+                const int before = Failures();
+                Simulation board(seed);
+                scenario(board);
+                if (Failures() != before && board.Result().Ok()) std::cout << board.Explain() << "\n";
+            }))
+            continue;
+        FAIL() << "failed under a seed; replay it with\n  "
+               << Command("ONU_MNG_SEED=" + std::to_string(seed));
     }
+}
+
+/// Runs `scenario` under every schedule with at most `preemptions`, or under ONU_MNG_DECISIONS alone.
+inline void ForEachSchedule(const Scenario& scenario, unsigned int preemptions = kPreemptions) {
+    onu_mng_platform::SimExploreOptions options;
+    options.preemptions = preemptions;
+    if (const char* decisions = std::getenv("ONU_MNG_DECISIONS")) options.decisions = decisions;
+    const int before = Failures();
+    const auto found = Simulation::Explore(options, [&](Simulation& board) {
+        scenario(board);
+        return Failures() == before;
+    });
+    std::cout << found.schedules << " schedules (";
+    for (std::size_t count = 0; count < found.by_preemptions.size(); ++count)
+        std::cout << (count != 0 ? ", " : "") << found.by_preemptions[count] << " with " << count;
+    std::cout << " preemptions), at most " << found.most_choices << " choices in one\n";
+    if (found.has_failed)
+        FAIL() << found.report << "\nreplay it with\n  "
+               << Command("ONU_MNG_DECISIONS=\"" + found.decisions + "\"");
+    EXPECT_TRUE(found.is_complete || options.decisions);
 }
 
 } // namespace sim_scenario
