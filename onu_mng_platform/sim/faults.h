@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cstdint>
+#include <numeric>
 
 #include "onu_mng_platform/sim/random.h"
 #include "onu_mng_platform/sim/simulation.h"
@@ -16,35 +17,45 @@ public:
     /// them.
     explicit Faults(std::uint64_t seed) : random(~seed) {}
 
-    void FailNth(SimFault kind, unsigned int nth) { Of(kind) = {nth, nth, 0}; }
-    void FailFrom(SimFault kind, unsigned int nth) { Of(kind) = {nth, UINT64_MAX, 0}; }
-    void FailShare(SimFault kind, unsigned int one_in) { Of(kind) = {1, UINT64_MAX, one_in}; }
+    void FailNth(SimFault kind, unsigned int nth, unsigned int then) { Of(kind) = {nth, nth, then}; }
+    void FailFrom(SimFault kind, unsigned int nth) { Of(kind) = {nth, UINT64_MAX}; }
+    void FailShare(SimFault kind, unsigned int one_in) { Of(kind) = {1, UINT64_MAX, 0, one_in}; }
     void FailNone() { plans = {}; }
 
     /// Counts a call; whether it is to fail. Does not allocate.
     bool Take(SimFault kind) {
-        Plan& plan = Of(kind);
-        ++plan.calls;
-        if (plan.calls < plan.first || plan.calls > plan.last) return false;
-        if (plan.one_in > 1 && random.Below(plan.one_in) != 0) return false;
-        ++failed;
+        const bool by_kind = Hits(Of(kind));
+        if (!Hits(Of(SimFault::kAny)) && !by_kind) return false;
+        ++failed[static_cast<std::size_t>(kind)];
         return true;
     }
 
-    unsigned int Failed() const { return failed; }
+    /// Of a kind; of `kAny`: all.
+    unsigned int Failed(SimFault kind) const {
+        if (kind != SimFault::kAny) return failed[static_cast<std::size_t>(kind)];
+        return std::accumulate(failed.begin(), failed.end(), 0u);
+    }
 
 private:
     struct Plan {
         std::uint64_t first = UINT64_MAX;
         std::uint64_t last = 0;
+        std::uint64_t then = 0;
         unsigned int one_in = 0;
         std::uint64_t calls = 0;
     };
     Plan& Of(SimFault kind) { return plans[static_cast<std::size_t>(kind)]; }
 
+    bool Hits(Plan& plan) {
+        ++plan.calls;
+        if (plan.calls == plan.then) return true;
+        if (plan.calls < plan.first || plan.calls > plan.last) return false;
+        return plan.one_in <= 1 || random.Below(plan.one_in) == 0;
+    }
+
     std::array<Plan, kSimFaults> plans{};
+    std::array<unsigned int, kSimFaults> failed{};
     Random random;
-    unsigned int failed = 0;
 };
 
 } // namespace onu_mng_platform

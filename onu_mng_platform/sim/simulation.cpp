@@ -26,9 +26,9 @@ SimOptions WithSeed(std::uint64_t seed) {
 } // namespace
 
 const char* SimFaultName(SimFault fault) {
-    constexpr const char* kNames[kSimFaults] = {"queue create",     "queue send",     "queue receive",
-                                                "semaphore create", "semaphore take", "task spawn",
-                                                "pool create",      "pool alloc",     "operator new"};
+    constexpr const char* kNames[kSimFaults] = {
+        "queue create", "queue send",  "queue receive", "semaphore create", "semaphore take",
+        "task spawn",   "pool create", "pool alloc",    "operator new",     "any call"};
     return kNames[static_cast<std::size_t>(fault)];
 }
 
@@ -102,8 +102,8 @@ void Simulation::MayIdle(const char* task) {
     run->scheduler.may_idle.emplace_back(task);
 }
 
-void Simulation::FailNth(SimFault kind, unsigned int nth) {
-    run->faults.FailNth(kind, nth);
+void Simulation::FailNth(SimFault kind, unsigned int nth, unsigned int then) {
+    run->faults.FailNth(kind, nth, then);
 }
 void Simulation::FailFrom(SimFault kind, unsigned int nth) {
     run->faults.FailFrom(kind, nth);
@@ -114,8 +114,8 @@ void Simulation::FailShare(SimFault kind, unsigned int one_in) {
 void Simulation::FailNone() {
     run->faults.FailNone();
 }
-unsigned int Simulation::Failed() const {
-    return run->faults.Failed();
+unsigned int Simulation::Failed(SimFault kind) const {
+    return run->faults.Failed(kind);
 }
 
 const std::vector<SimLogLine>& Simulation::Log() const {

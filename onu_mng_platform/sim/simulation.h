@@ -133,8 +133,9 @@ enum class SimFault {
     kPoolCreate,
     kPoolAlloc,
     kNew, ///< `operator new`, in programs that link onu_mng::platform_sim_new
+    kAny, ///< all kinds, counted together
 };
-constexpr std::size_t kSimFaults = 9;
+constexpr std::size_t kSimFaults = 10;
 const char* SimFaultName(SimFault fault);
 
 /// One run. `Run` is called once, from a thread that is no task; the other operations from tasks of the run
@@ -189,16 +190,17 @@ public:
     /// Lets tasks of this name wait for a semaphore, or for room in a queue, without limit in quiet.
     void MayIdle(const char* task);
 
-    /// From now on the `nth` call of the kind fails (1: the next); `FailFrom`: and every later one;
-    /// `FailShare`: one in so many, chosen from the seed. Each replaces what was said before about the kind.
+    /// From now on the `nth` call of the kind fails (1: the next), and the one at `then`, which is later;
+    /// `FailFrom`: the `nth` and every later one; `FailShare`: one in so many, chosen from the seed. Each
+    /// replaces what was said before about the kind.
     ///
     /// A call told to fail that was ready to wait takes one tick, so that a loop around it lets time go on.
-    void FailNth(SimFault kind, unsigned int nth);
+    void FailNth(SimFault kind, unsigned int nth, unsigned int then = 0);
     void FailFrom(SimFault kind, unsigned int nth);
     void FailShare(SimFault kind, unsigned int one_in);
     void FailNone();
-    /// The calls that were made to fail in this run.
-    unsigned int Failed() const;
+    /// The calls of a kind that were made to fail in this run.
+    unsigned int Failed(SimFault kind = SimFault::kAny) const;
 
     /// The lines the log has written so far; the run collects them instead of the log's ordinary sink.
     const std::vector<SimLogLine>& Log() const;
