@@ -88,7 +88,9 @@ struct Key {
 
 struct KeyHash {
     std::size_t operator()(const Key& key) const {
-        return std::hash<std::uint64_t>()((key.numbers ^ key.sn) * 0x9E3779B97F4A7C15u);
+        constexpr std::uint64_t kFactor = 0x9E3779B97F4A7C15;
+        const std::uint64_t product = (key.numbers ^ key.sn) * kFactor;
+        return static_cast<std::size_t>((product ^ product >> 32) * kFactor >> 32);
     }
     // What TBB calls the two.
     std::size_t hash(const Key& key) const { return (*this)(key); }

@@ -51,31 +51,34 @@ OnuMngLog::OnuMngLog() {
 
 bool OnuMngLog::MatchOnu(unsigned short pon, unsigned short onu, const unsigned char* sn, OnuLogPara*& para) {
     if (!trace_switch) return false;
-    para = FindGoverning(pon, onu, sn);
+    const auto entry = FindGoverning(pon, onu, sn);
+    para = entry == tracer_map.end() ? nullptr : &entry->second;
     return para != nullptr;
 }
 
-OnuLogPara* OnuMngLog::FindGoverning(unsigned short pon, unsigned short onu, const unsigned char* sn) {
+/// The end of `tracer_map` when there is none.
+OnuMngLog::TracerMap::iterator OnuMngLog::FindGoverning(unsigned short pon, unsigned short onu,
+                                                        const unsigned char* sn) {
     // A key with a serial number is found whatever its ONU id, so that one look-up serves (pon, 0xFFFF, sn)
     // too.
     const KeyView keys[] = {{pon, onu, sn}, {pon, onu, nullptr}, {pon, kAny, nullptr}, {kAny, kAny, nullptr}};
     for (const KeyView* key = sn == nullptr ? keys + 1 : keys; key != std::end(keys); ++key) {
         const auto entry = tracer_map.find(*key);
-        if (entry != tracer_map.end()) return &entry->second;
+        if (entry != tracer_map.end()) return entry;
     }
-    return first_with_sn.empty() ? nullptr : FindByNumbers(pon, onu);
+    return first_with_sn.empty() ? tracer_map.end() : FindByNumbers(pon, onu);
 }
 
 /// The first entry in key order whose numbers are the ONU's, its PON's or the wildcards. Only entries with a
 /// serial number are left when the look-ups by key have found nothing.
-OnuLogPara* OnuMngLog::FindByNumbers(unsigned short pon, unsigned short onu) {
+OnuMngLog::TracerMap::iterator OnuMngLog::FindByNumbers(unsigned short pon, unsigned short onu) {
     auto first = tracer_map.end();
     for (const std::uint32_t numbers : {Numbers(pon, onu), Numbers(pon, kAny), Numbers(kAny, kAny)}) {
         const auto found = first_with_sn.find(numbers);
         if (found == first_with_sn.end()) continue;
         if (first == tracer_map.end() || found->second->first < first->first) first = found->second;
     }
-    return first == tracer_map.end() ? nullptr : &first->second;
+    return first;
 }
 
 void OnuMngLog::AddOnuTracer(unsigned short pon, unsigned short onu, const unsigned char* sn, int level) {
@@ -94,16 +97,17 @@ void OnuMngLog::AddOnuTracer(unsigned short pon, unsigned short onu, const unsig
 /// False when memory is short; the registry is then as it was.
 bool OnuMngLog::Insert(unsigned short pon, unsigned short onu, const unsigned char* sn, int level) {
     try {
-        OnuLogPara* para = nullptr;
-        if (!MatchOnu(pon, onu, sn, para)) return InsertEntry(pon, onu, sn, level);
-        para->debug_levels.insert(level);
+        const auto entry = trace_switch ? FindGoverning(pon, onu, sn) : tracer_map.end();
+        if (entry == tracer_map.end()) return InsertEntry(pon, onu, sn, level);
+        entry->second.debug_levels.insert(level);
+        Publish(entry);
         return true;
     } catch (const std::bad_alloc&) {
         return false;
     }
 }
 
-/// Makes the nodes of both maps aside, where they may fail, and moves them over, which cannot.
+/// Makes room and the nodes of both maps aside, where they may fail, and moves them over, which cannot.
 bool OnuMngLog::InsertEntry(unsigned short pon, unsigned short onu, const unsigned char* sn, int level) {
     if (tracer_map.find(KeyView{pon, onu, sn}) != tracer_map.end()) {
         if (level >= 0 && level < kLogLevels) stray_levels.set(static_cast<std::size_t>(level));
@@ -116,14 +120,26 @@ bool OnuMngLog::InsertEntry(unsigned short pon, unsigned short onu, const unsign
     entry->second.debug_levels.insert(level);
     SnIndex numbers;
     if (sn != nullptr) numbers.emplace(Numbers(pon, onu), entry);
+    index.Reserve(sn != nullptr);
     tracer_map.merge(tracer);
-    if (sn == nullptr) return true;
-    const auto place = first_with_sn.find(Numbers(pon, onu));
-    if (place == first_with_sn.end())
-        first_with_sn.merge(numbers);
-    else if (entry->first < place->second->first)
-        place->second = entry;
+    if (sn != nullptr) {
+        const auto place = first_with_sn.find(Numbers(pon, onu));
+        if (place == first_with_sn.end())
+            first_with_sn.merge(numbers);
+        else if (entry->first < place->second->first)
+            place->second = entry;
+    }
+    Publish(entry);
     return true;
+}
+
+/// Takes the levels of an entry over into the index.
+void OnuMngLog::Publish(TracerMap::iterator entry) {
+    const OnuNo& key = entry->first;
+    const bool governs_numbers =
+        !key.HasSn() || (first_with_sn.find(Numbers(key.pon_no, key.onu_id))->second == entry &&
+                         tracer_map.find(KeyView{key.pon_no, key.onu_id, nullptr}) == tracer_map.end());
+    index.Set({key.pon_no, key.onu_id, key.GetSn(), governs_numbers}, entry->second.debug_levels);
 }
 
 void OnuMngLog::ClearOnuTracer() {
@@ -135,12 +151,14 @@ void OnuMngLog::ClearOnuTracer() {
     for (int level = 0; level < kLogLevels; ++level)
         if (stray_levels.test(static_cast<std::size_t>(level))) ulogSetModIgnore(log_module, level, 0);
     stray_levels.reset();
+    index.Clear();
     first_with_sn.clear();
     tracer_map.clear();
 }
 
 bool OnuMngLog::IsTraceOnu(unsigned short pon, unsigned short onu, const unsigned char* sn, int level) {
     if (!trace_switch.load(std::memory_order_acquire)) return false;
+    if (const std::optional<bool> traced = index.IsTraced(pon, onu, sn, level, trace_switch)) return *traced;
     LockGuard guard(lock);
     OnuLogPara* para = nullptr;
     return MatchOnu(pon, onu, sn, para) && para->debug_levels.count(level) != 0;

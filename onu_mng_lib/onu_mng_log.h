@@ -9,6 +9,7 @@
 #include <set>
 
 #include "onu_mng_lib/onu_mng_common/sem_lock.h"
+#include "onu_mng_lib/onu_mng_log_index.h"
 #include "onu_mng_lib/onu_mng_obj.h"
 
 /// What is traced for one key.
@@ -23,7 +24,8 @@ struct OnuLogPara {
 /// serial number: that serial number on that PON), its numbers, its PON, all; failing these, in key order,
 /// the first entry with a serial number whose numbers are the ONU's, its PON's wildcard, or all.
 ///
-/// One instance for the process; any task. Looking up takes the lock and never allocates.
+/// One instance for the process; any task. `IsTraceOnu` never allocates, and takes the lock only while the
+/// registry changes and in the rare cases that `TraceIndex` names.
 class OnuMngLog {
 public:
     static OnuMngLog* GetInstance();
@@ -42,7 +44,7 @@ public:
     ///         is off.
     bool MatchOnu(unsigned short pon, unsigned short onu, const unsigned char* sn, OnuLogPara*& para);
 
-    /// Whether the ONU is traced at `level`; false without taking the lock while tracing is off.
+    /// Whether the ONU is traced at `level`. Does not block, but for the short change of another task.
     bool IsTraceOnu(unsigned short pon, unsigned short onu, const unsigned char* sn, int level);
 
     /// Prints the registry as a report to the terminal `vty`, or to standard output when it is null. The rows
@@ -73,10 +75,11 @@ private:
     OnuMngLog();
     ~OnuMngLog() = default;
 
-    OnuLogPara* FindGoverning(unsigned short pon, unsigned short onu, const unsigned char* sn);
-    OnuLogPara* FindByNumbers(unsigned short pon, unsigned short onu);
+    TracerMap::iterator FindGoverning(unsigned short pon, unsigned short onu, const unsigned char* sn);
+    TracerMap::iterator FindByNumbers(unsigned short pon, unsigned short onu);
     bool Insert(unsigned short pon, unsigned short onu, const unsigned char* sn, int level);
     bool InsertEntry(unsigned short pon, unsigned short onu, const unsigned char* sn, int level);
+    void Publish(TracerMap::iterator entry);
 
     TracerMap tracer_map;
     /// The numbers of entries with a serial number, with the first such entry in key order: what a look-up
@@ -85,7 +88,8 @@ private:
     /// Levels that were opened for an entry that was there already while tracing was off, and so are in none:
     /// one operator ends tracing while another adds to it.
     std::bitset<kLogLevels> stray_levels;
-    mutable ReadWriteLock lock; ///< guards the maps and the levels
+    TraceIndex index;           ///< the levels of `tracer_map`, for `IsTraceOnu`
+    mutable ReadWriteLock lock; ///< guards the maps, the levels and the changes of `index`
 };
 
 #endif

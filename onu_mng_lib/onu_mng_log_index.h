@@ -1,0 +1,62 @@
+/// The answers of the trace registry, readable without a lock.
+#ifndef ONU_MNG_LIB_ONU_MNG_LOG_INDEX_H
+#define ONU_MNG_LIB_ONU_MNG_LOG_INDEX_H
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <set>
+
+/// The levels of all entries of the trace registry, in a hash table with open addressing.
+///
+/// One task at a time writes, under the registry's lock; any number of tasks read meanwhile and never wait: a
+/// reader that meets a change gets no answer and asks the registry under its lock. Only `Reserve` allocates.
+/// Outgrown tables are kept, because readers may still use them; together they are smaller than the current
+/// one.
+class TraceIndex {
+public:
+    TraceIndex() = default;
+    ~TraceIndex();
+    TraceIndex(const TraceIndex&) = delete;
+    TraceIndex& operator=(const TraceIndex&) = delete;
+
+    /// Whether the entry that governs the ONU has `level`. `sn` is null or 8 bytes. False when `is_on` is
+    /// false; `is_on` and the entries are those of one moment.
+    /// @return nothing when the registry has to be asked: during a change, for a level outside 0 to 15 where
+    ///         an entry has such levels, and when the order of two serial numbers decides which entry governs.
+    std::optional<bool> IsTraced(unsigned short pon, unsigned short onu, const unsigned char* sn, int level,
+                                 const std::atomic<bool>& is_on) const;
+
+    /// Makes room for one more entry, with a serial number or without. Throws std::bad_alloc; then nothing has
+    /// changed.
+    void Reserve(bool has_sn);
+
+    struct Entry {
+        unsigned short pon; ///< 0xFFFF: a wildcard, as in `onu`
+        unsigned short onu;
+        const unsigned char* sn; ///< null or 8 bytes
+        /// Whether it is the one without a serial number of the entries with its numbers, or else the first.
+        bool governs_numbers;
+    };
+    /// Sets the levels of an entry, for which there is room.
+    void Set(const Entry& entry, const std::set<int>& levels);
+
+    /// Removes all levels.
+    void Clear();
+
+private:
+    struct Key;
+    struct Table;
+    class Change;
+    using Value = std::uint32_t; ///< 0: no entry
+
+    std::optional<Value> FindGoverning(const Table& table, unsigned short pon, unsigned short onu,
+                                       const unsigned char* sn) const;
+
+    std::atomic<unsigned int> version{0}; ///< odd during a change
+    std::atomic<Table*> current{nullptr};
+    std::atomic<bool> has_wildcards{false};
+};
+
+#endif
