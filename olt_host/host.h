@@ -30,8 +30,7 @@ struct HostOptions {
     WireTap* tap = nullptr;    ///< beside the capture; may be null; outlives the host
 };
 
-/// Owns all of it. Its destruction ends the host's tasks and then the services; meanwhile no other task sends
-/// messages or lists modules. One at a time in a process, as `ServiceRack` says.
+/// Owns all of it. Its destruction ends the host's tasks and then the services. One at a time in a process, as `ServiceRack` says.
 class Host {
 public:
     explicit Host(const HostOptions& options);

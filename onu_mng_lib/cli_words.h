@@ -18,11 +18,11 @@ public:
     /// The word at `index`; null behind the last one.
     char* operator[](int index) const { return index < count ? words[index] : nullptr; }
 
-    /// Calls `visit(keyword, value)` for each pair of words from `first` on; a keyword without a value is
-    /// left out. Ends early, with that result, when a call returns other than 0.
+    /// Calls `visit(keyword, value)` for each pair of words from `first` on; `value` is null for a keyword that is
+    /// the last word. Ends early, with that result, when a call returns other than 0.
     template <typename Visit>
     int ForEachPair(int first, Visit visit) const {
-        for (int i = first; (*this)[i] != nullptr && (*this)[i + 1] != nullptr; i += 2) {
+        for (int i = first; (*this)[i] != nullptr; i += 2) {
             const int result = visit((*this)[i], (*this)[i + 1]);
             if (result != 0) return result;
         }

@@ -1,6 +1,7 @@
 #include "onu_mng_lib/onu_mng_cli_cinterface.h"
 
 #include <cstring>
+#include <new>
 
 #include "onu_mng_lib/cli_words.h"
 #include "onu_mng_lib/onu_mng_cli_cmd.h"
@@ -39,11 +40,9 @@ int Refuse(vty* terminal, const char* message) {
     return 1;
 }
 
-/// Visits the modules with a position of its own, so that walks of several operators do not meet.
 template <typename Visit>
 void ForEachModule(Visit visit) {
-    for (Iterator iterator(ModuleManager::GetInstance()); !iterator.IsEnd(); iterator++)
-        if (auto* const module = dynamic_cast<ServiceModule*>(iterator())) visit(*module);
+    if (!ModuleManager::GetInstance()->ForEachModule(visit)) throw std::bad_alloc();
 }
 
 std::vector<ParameterContent> StateContextRow(StateContext& context) {
@@ -93,6 +92,7 @@ int cl_onu_mng_show_service_module_cmd_fun(cmd_element*, vty* terminal, int argc
     int id = kNoFilter;
     int type = kNoFilter;
     CliWords(argc, argv).ForEachPair(0, [&id, &type](const char* keyword, const char* value) {
+        if (value == nullptr) return 0;
         if (MatchesKeyword(keyword, "id")) id = NumberOf(value);
         if (MatchesKeyword(keyword, "type")) type = NumberOf(value);
         return 0;

@@ -64,7 +64,9 @@ int ReadLevels(TraceRequest& request, vty* terminal, const char* text) {
 }
 
 int ReadPair(TraceRequest& request, vty* terminal, const char* keyword, char* value) {
-    switch (KeywordOf(keyword)) {
+    const Keyword key = KeywordOf(keyword);
+    if (value == nullptr && key != kOnuSn) return 0; // only a serial number may not be left out
+    switch (key) {
     case kPonNo:
         request.pon_no = static_cast<unsigned short>(NumberOf(value));
         return 0;

@@ -6,7 +6,7 @@
 #include <tuple>
 #include <utility>
 
-#include "onu_mng_lib/onu_mng_common/mem_mgr.h"
+#include "onu_mng_lib/onu_mng_common/immortal.h"
 #include "onu_mng_lib/onu_mng_common/result.h"
 #include "onu_mng_lib/onu_mng_obj_cinterface.h"
 #include "onu_mng_lib/onu_mng_system_reg_interface.h"
@@ -40,13 +40,8 @@ bool OnuMngLog::KeyLess::operator()(const KeyView& a, const OnuNo& b) const {
 }
 
 OnuMngLog* OnuMngLog::GetInstance() {
-    static OnuMngLog instance;
-    return &instance;
-}
-
-// Keys hold blocks of the pool, so its allocator is built before the registry and destroyed after it.
-OnuMngLog::OnuMngLog() {
-    MemoryAllocator::GetInstance();
+    static Immortal<OnuMngLog> instance;
+    return instance.Get();
 }
 
 bool OnuMngLog::MatchOnu(unsigned short pon, unsigned short onu, const unsigned char* sn, OnuLogPara*& para) {

@@ -72,7 +72,10 @@ private:
     using TracerMap = std::map<OnuNo, OnuLogPara, KeyLess>;
     using SnIndex = std::map<std::uint32_t, TracerMap::iterator>;
 
-    OnuMngLog();
+    template <typename T>
+    friend class Immortal;
+
+    OnuMngLog() = default;
     ~OnuMngLog() = default;
 
     TracerMap::iterator FindGoverning(unsigned short pon, unsigned short onu, const unsigned char* sn);

@@ -5,8 +5,11 @@
  *   3. the service modules (onu_mng_module_cplus_interface.h), and the CLI commands if they are wanted;
  *   4. onu_mng_system_start().
  *
- * Nothing is stopped before the process exits; then the modules' tasks and the supervision end at their next
- * wait for the platform, which exit waits for, and packets still queued go back to the pool.
+ * Nothing is stopped before the process exits. It may exit at any moment and from any task, by the return of main()
+ * or by exit(), also in a handler or a hook and while other tasks send messages. Further messages are then refused,
+ * the tasks of the supervision and of the modules end at their next wait for the platform, and the modules are deleted
+ * with the packets queued to them. The exit waits at most 5 seconds for this; after that the modules are left as they
+ * are (one level-13 line).
  */
 #ifndef ONU_MNG_LIB_ONU_MNG_SYSTEM_H
 #define ONU_MNG_LIB_ONU_MNG_SYSTEM_H

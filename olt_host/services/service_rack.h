@@ -20,7 +20,7 @@ public:
 
     /// Registers the log module.
     ServiceRack();
-    /// Ends the services' tasks, then deletes the services. Nobody sends messages or lists modules meanwhile.
+    /// Ends the services' tasks, then deletes the services.
     ~ServiceRack();
     ServiceRack(const ServiceRack&) = delete;
     ServiceRack& operator=(const ServiceRack&) = delete;

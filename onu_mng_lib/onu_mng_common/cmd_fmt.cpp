@@ -5,6 +5,7 @@
 #include <string_view>
 #include <utility>
 
+#include "onu_mng_lib/onu_mng_common/immortal.h"
 #include "onu_mng_lib/onu_mng_common/text_output.h"
 #include "onu_mng_lib/onu_mng_system_reg_interface.h"
 #include "onu_mng_platform/ulog.h"
@@ -84,8 +85,8 @@ void LogShortMemory(unsigned int cmd_id) {
 } // namespace
 
 CommandFormatMgr* CommandFormatMgr::GetInstance() {
-    static CommandFormatMgr instance;
-    return &instance;
+    static Immortal<CommandFormatMgr> instance;
+    return instance.Get();
 }
 
 // ---- Registering ----

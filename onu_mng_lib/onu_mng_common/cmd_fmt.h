@@ -92,6 +92,9 @@ public:
 private:
     using Columns = std::vector<ParameterFormat>;
 
+    template <typename T>
+    friend class Immortal;
+
     CommandFormatMgr() = default;
     ~CommandFormatMgr() = default;
 

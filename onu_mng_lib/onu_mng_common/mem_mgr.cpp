@@ -1,5 +1,6 @@
 #include "onu_mng_lib/onu_mng_common/mem_mgr.h"
 
+#include "onu_mng_lib/onu_mng_common/immortal.h"
 #include "onu_mng_lib/onu_mng_common/result.h"
 #include "onu_mng_lib/onu_mng_system_reg_interface.h"
 #include "onu_mng_platform/bep.h"
@@ -17,14 +18,8 @@ constexpr unsigned int RoundUp(unsigned int size) {
 } // namespace
 
 MemoryAllocator* MemoryAllocator::GetInstance() {
-    static MemoryAllocator instance;
-    return &instance;
-}
-
-MemoryAllocator::MemoryAllocator() = default;
-
-MemoryAllocator::~MemoryAllocator() {
-    pool_id = -1;
+    static Immortal<MemoryAllocator> instance;
+    return instance.Get();
 }
 
 unsigned int MemoryAllocator::Init(const char* name, unsigned int size, int shared, int options) {

@@ -49,8 +49,11 @@ public:
     void MemShow(MemShowType type);
 
 private:
-    MemoryAllocator();
-    ~MemoryAllocator();
+    template <typename T>
+    friend class Immortal;
+
+    MemoryAllocator() = default;
+    ~MemoryAllocator() = default;
 
     std::atomic<int> pool_id{-1};
     std::atomic<unsigned int> pool_size{0};

@@ -1,12 +1,11 @@
 #include "onu_mng_lib/onu_mng_common/module_mgr.h"
 
-#include <algorithm>
 #include <new>
 
+#include "onu_mng_lib/onu_mng_common/immortal.h"
 #include "onu_mng_lib/onu_mng_common/log_failure.h"
-#include "onu_mng_lib/onu_mng_common/mem_mgr.h"
+#include "onu_mng_lib/onu_mng_common/process_end.h"
 #include "onu_mng_lib/onu_mng_common/result.h"
-#include "onu_mng_lib/onu_mng_common/state_machine.h"
 #include "onu_mng_lib/onu_mng_system_reg_interface.h"
 #include "onu_mng_platform/bep.h"
 #include "onu_mng_platform/ulog.h"
@@ -14,83 +13,165 @@
 namespace {
 
 constexpr unsigned int kAnyPriority = 65535;
+constexpr std::size_t kSpareEntries = 8;
+
+/// True when the calling task removed modules while it was routing a message.
+thread_local bool t_owes_deletion = false;
+
+/// Keeps the calling task from being ended: what it has in hand would be lost.
+class TaskSafe {
+public:
+    TaskSafe() { bep_taskSafeEx(); }
+    ~TaskSafe() { bep_taskUnsafeEx(); }
+    TaskSafe(const TaskSafe&) = delete;
+    TaskSafe& operator=(const TaskSafe&) = delete;
+};
 
 } // namespace
 
 ModuleManager* ModuleManager::GetInstance() {
-    static ModuleManager instance;
-    return &instance;
+    static Immortal<ModuleManager> instance;
+    return instance.Get();
 }
 
-// Modules hold pool blocks and state contexts until they are deleted: what serves those is built before the
-// manager and so destroyed after it.
 ModuleManager::ModuleManager() {
-    MemoryAllocator::GetInstance();
-    StateContextManager::GetInstance();
-}
-
-// The supervision's hooks and the modules' tasks send to one another, so every task ends before the first
-// module is deleted.
-ModuleManager::~ModuleManager() {
-    StateContextManager::GetInstance()->EndSupervision();
-    for (ServiceModule* module : module_list)
-        module->EndTask();
-    for (ServiceModule* module : module_list)
-        delete module;
+    ArrangeProcessEnd();
 }
 
 unsigned int ModuleManager::RegisterModule(ServiceModule* module) {
     if (module == nullptr) return LogFailure("module to be registered is NULL\r\n");
     LockGuard guard(lock);
-    if (std::find(module_list.begin(), module_list.end(), module) != module_list.end())
+    if (Find([module](const ServiceModule& each) { return &each == module; }) != nullptr)
         return LogFailure("module to be registered is registered already\r\n");
     try {
-        module_list.push_back(module);
+        Table& modules = TableWithRoom();
+        module->mod_id = ++last_mod_id;
+        modules.entries[modules.count].store(module, std::memory_order_seq_cst);
+        modules.count.store(modules.count + 1, std::memory_order_release);
     } catch (const std::bad_alloc&) {
         return LogFailure("no memory to register the module\r\n");
     }
-    module->mod_id = ++last_mod_id;
     return ONU_MNG_OK;
 }
 
+/// The table, or a larger one in its place when it is full.
+ModuleManager::Table& ModuleManager::TableWithRoom() {
+    Table* const old = table;
+    if (old != nullptr && old->count < old->entries.size()) return *old;
+    std::size_t live = 0;
+    Find([&live](const ServiceModule&) { return ++live == 0; });
+    auto larger = std::make_unique<Table>(2 * live + kSpareEntries);
+    Find([&larger](ServiceModule& module) {
+        larger->entries[larger->count++].store(&module, std::memory_order_relaxed);
+        return false;
+    });
+    larger->replaced.reset(old);
+    table.store(larger.get(), std::memory_order_seq_cst);
+    return *larger.release();
+}
+
+// A task that routes a message does not wait for the other senders here: they could be waiting for it.
 unsigned int ModuleManager::RemoveModule(unsigned int mod_type) {
-    LockGuard guard(lock);
-    for (auto entry = module_list.begin(); entry != module_list.end();) {
-        ServiceModule* module = *entry;
-        if (module->mod_type != mod_type) {
-            ++entry;
-        } else if (module->IsCurrent()) {
-            LogFailure("module cannot be removed by its own task\r\n");
-            ++entry;
-        } else {
-            module->EndTask();
-            entry = module_list.erase(entry);
-            bep_taskSafeEx(); // a destructor must not be unwound by the end of the task it runs in
-            delete module;
-            bep_taskUnsafeEx();
-        }
+    const auto is_wanted = [mod_type](const ServiceModule& module) { return module.mod_type == mod_type; };
+    if (SenderGate::IsInside()) {
+        TakeOut(is_wanted);
+        t_owes_deletion = true;
+        return ONU_MNG_OK;
     }
+    LockGuard guard(removal_lock);
+    TakeOut(is_wanted);
+    DeleteRemoved();
     return ONU_MNG_OK;
+}
+
+/// Moves the modules that are wanted, except the calling task's own, from the table to the removed ones.
+template <typename Wanted>
+void ModuleManager::TakeOut(Wanted wanted) {
+    LockGuard guard(lock);
+    Table* const modules = table;
+    if (modules == nullptr) return;
+    for (std::atomic<ServiceModule*>& entry : modules->entries) {
+        ServiceModule* const module = entry;
+        if (module == nullptr || !wanted(*module)) continue;
+        if (module->IsCurrent()) {
+            LogFailure("module cannot be removed by its own task\r\n");
+            continue;
+        }
+        entry.store(nullptr, std::memory_order_seq_cst);
+        module->next_removed = first_removed;
+        first_removed = module;
+    }
+}
+
+/// Deletes the removed modules once nobody can be using them; the caller holds `removal_lock`. If the task is ended
+/// during the wait, they stay for the next removal.
+void ModuleManager::DeleteRemoved() {
+    ServiceModule* newest = nullptr;
+    Table* newest_table = nullptr;
+    {
+        LockGuard guard(lock);
+        newest = first_removed;
+        newest_table = table;
+    }
+    SenderGate::WaitForOthers(-1);
+    const TaskSafe safe;
+    if (newest_table != nullptr) newest_table->replaced.reset();
+    for (ServiceModule* module = CutRemoved(newest); module != nullptr;) {
+        ServiceModule* const next = module->next_removed;
+        module->EndTask();
+        delete module;
+        module = next;
+    }
+}
+
+/// Takes the removed modules from `newest` on off the list, except the calling task's own.
+ServiceModule* ModuleManager::CutRemoved(ServiceModule* newest) {
+    LockGuard guard(lock);
+    ServiceModule** link = &first_removed;
+    while (*link != newest)
+        link = &(*link)->next_removed;
+    ServiceModule* cut = nullptr;
+    while (ServiceModule* const module = *link) {
+        if (module->IsCurrent()) {
+            link = &module->next_removed;
+            continue;
+        }
+        *link = module->next_removed;
+        module->next_removed = cut;
+        cut = module;
+    }
+    return cut;
+}
+
+void ModuleManager::EndModules() {
+    LockGuard guard(removal_lock);
+    Find([](ServiceModule& module) {
+        module.EndTask();
+        return false;
+    });
+    TakeOut([](const ServiceModule&) { return true; });
+    DeleteRemoved();
 }
 
 ServiceModule* ModuleManager::GetModule(unsigned int mod_type, unsigned int mod_pri, unsigned int msg_pri) {
-    for (ServiceModule* module : module_list) {
-        if (module->mod_type != mod_type) continue;
-        if (mod_pri == kAnyPriority || (module->mod_pri == mod_pri && module->msg_pri == msg_pri))
-            return module;
-    }
-    return nullptr;
+    const SenderGate::Section section;
+    if (!section.IsInside()) return nullptr;
+    return Find([=](const ServiceModule& module) {
+        return module.mod_type == mod_type &&
+               (mod_pri == kAnyPriority || (module.mod_pri == mod_pri && module.msg_pri == msg_pri));
+    });
 }
 
 unsigned int ModuleManager::CallAll(unsigned int (Module::*step)(), const char* name) {
     LockGuard guard(lock);
     unsigned int result = ONU_MNG_OK;
-    for (ServiceModule* module : module_list) {
-        if ((module->*step)() == ONU_MNG_OK) continue;
+    Find([step, name, &result](ServiceModule& module) {
+        if ((module.*step)() == ONU_MNG_OK) return false;
         ulogPrintf(onu_mng_system_get_log_module(), ONU_MNG_LOG_FATAL, "%s module %d failed\r\n", name,
-                   static_cast<int>(module->mod_type));
+                   static_cast<int>(module.mod_type));
         result = ONU_MNG_FAILURE;
-    }
+        return false;
+    });
     return result;
 }
 
@@ -104,28 +185,49 @@ unsigned int ModuleManager::StartModules() {
 
 unsigned int ModuleManager::SendMsg(unsigned int src_mod, unsigned int msg_type, unsigned short pon_no,
                                     unsigned short onu_id, char* data, unsigned int pkg_size) {
+    const unsigned int result = Route(src_mod, msg_type, pon_no, onu_id, data, pkg_size);
+    if (t_owes_deletion && !SenderGate::IsInside()) {
+        t_owes_deletion = false;
+        LockGuard guard(removal_lock);
+        DeleteRemoved();
+    }
+    return result;
+}
+
+unsigned int ModuleManager::Route(unsigned int src_mod, unsigned int msg_type, unsigned short pon_no,
+                                  unsigned short onu_id, char* data, unsigned int pkg_size) {
+    const SenderGate::Section section;
+    if (!section.IsInside()) return LogFailure("no memory to route the message\r\n");
+    if (is_closed.load(std::memory_order_seq_cst)) return ONU_MNG_FAILURE;
     MsgSyncProcType sync_type = MSG_PROC_SYNC;
-    for (ServiceModule* module : module_list) {
-        if (!module->Match(msg_type, src_mod, pon_no, onu_id, data, pkg_size, sync_type)) continue;
-        if (module->is_init.load(std::memory_order_acquire) &&
-            module->is_start.load(std::memory_order_acquire))
-            return module->SendMsg(msg_type, sync_type, pon_no, onu_id, data, pkg_size);
+    ServiceModule* const module = Find([&](ServiceModule& each) {
+        return each.Match(msg_type, src_mod, pon_no, onu_id, data, pkg_size, sync_type);
+    });
+    if (module == nullptr) {
         ulogPrintf(onu_mng_system_get_log_module(), ONU_MNG_LOG_ERROR,
-                   "(PON:%d, ONU:%d)omci module %d has not been init yet. discard the msg \r\n", pon_no,
-                   onu_id, static_cast<int>(module->mod_type));
+                   "(PON:%d, ONU:%d)Cannot find module to send msg, src_mod = %d, msg_type = %d, pon = %d, "
+                   "onu = %d\r\n",
+                   pon_no, onu_id, static_cast<int>(src_mod), static_cast<int>(msg_type), pon_no, onu_id);
         return ONU_MNG_FAILURE;
     }
-    ulogPrintf(
-        onu_mng_system_get_log_module(), ONU_MNG_LOG_ERROR,
-        "(PON:%d, ONU:%d)Cannot find module to send msg, src_mod = %d, msg_type = %d, pon = %d, onu = %d\r\n",
-        pon_no, onu_id, static_cast<int>(src_mod), static_cast<int>(msg_type), pon_no, onu_id);
+    if (module->is_init.load(std::memory_order_acquire) && module->is_start.load(std::memory_order_acquire))
+        return module->SendMsg(msg_type, sync_type, pon_no, onu_id, data, pkg_size);
+    ulogPrintf(onu_mng_system_get_log_module(), ONU_MNG_LOG_ERROR,
+               "(PON:%d, ONU:%d)omci module %d has not been init yet. discard the msg \r\n", pon_no, onu_id,
+               static_cast<int>(module->mod_type));
     return ONU_MNG_FAILURE;
 }
 
 AggregateObject* ModuleManager::GetItem(unsigned int index) {
-    return index < GetSize() ? module_list[index] : nullptr;
+    const SenderGate::Section section;
+    if (!section.IsInside()) return nullptr;
+    return Find([&index](const ServiceModule&) { return index-- == 0; });
 }
 
 unsigned int ModuleManager::GetSize() const {
-    return static_cast<unsigned int>(module_list.size());
+    const SenderGate::Section section;
+    if (!section.IsInside()) return 0;
+    unsigned int size = 0;
+    Find([&size](const ServiceModule&) { return ++size == 0; });
+    return size;
 }

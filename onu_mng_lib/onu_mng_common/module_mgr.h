@@ -7,7 +7,9 @@
 #define ONU_MNG_LIB_ONU_MNG_COMMON_MODULE_MGR_H
 
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -15,6 +17,7 @@
 #include "onu_mng_lib/onu_mng_common/msg_queue.h"
 #include "onu_mng_lib/onu_mng_common/runable.h"
 #include "onu_mng_lib/onu_mng_common/sem_lock.h"
+#include "onu_mng_lib/onu_mng_common/sender_gate.h"
 
 /// How a claimed message is delivered. Every other value counts as `MSG_PROC_SYNC`.
 enum MsgSyncProcType : unsigned int {
@@ -132,14 +135,17 @@ private:
 
     MessagePacket* ReceivePacket(unsigned int& failures);
     void DrainQueue();
+
+    ServiceModule* next_removed = nullptr; ///< in the manager's list of removed modules
 };
 
 /// The registered modules, which it owns, and the way of every message.
 ///
-/// One instance for the process. `SendMsg`, `GetModule`, `GetItem` and `GetSize` read the list without a
-/// lock: modules are registered before the system is started and not removed while other tasks use these. The
-/// lock is not re-entrant: `InitModule` and `StartModule` overrides do not call back into the locked
-/// operations.
+/// One instance for the process. Modules may be registered and removed at any time, also while other tasks send
+/// messages or list the modules; those take no lock. The lock is not re-entrant: `InitModule` and `StartModule`
+/// overrides do not call `InitModules`, `StartModules`, `RegisterModule` or `RemoveModule`.
+///
+/// When the process exits, routing is closed, the tasks end and the modules are deleted (process_end.h).
 class ModuleManager : public Aggregate {
 public:
     static ModuleManager* GetInstance();
@@ -149,14 +155,18 @@ public:
     ///         memory is short: the caller then still owns the module.
     unsigned int RegisterModule(ServiceModule* module);
 
-    /// Ends the tasks of all modules of the type and deletes them with the packets queued to them. Blocks
-    /// until their handlers have returned or wait. A module whose own task calls is left alone (one level-13
-    /// line).
+    /// Takes all modules of the type out, ends their tasks and deletes them with the packets queued to them.
+    ///
+    /// Messages no longer reach the modules from the moment of the call. Blocks until the tasks that route a
+    /// message at that moment have done so, synchronous handlers included, and until the modules' handlers have
+    /// returned or wait. Called by a synchronous handler or a `Match`, it does not block: the modules are deleted
+    /// when the caller's outermost message has been routed. A module whose own task calls is left alone (one
+    /// level-13 line).
     /// @return 0, also when there was none.
     unsigned int RemoveModule(unsigned int mod_type);
 
     /// The first module of the type whose `mod_pri` and `msg_pri` are the given ones; a `mod_pri` of 65535
-    /// accepts any. Null when there is none.
+    /// accepts any. Null when there is none. The module is valid until it is removed.
     ServiceModule* GetModule(unsigned int mod_type, unsigned int mod_pri, unsigned int msg_pri);
 
     /// Calls `InitModule` (`StartModule`) of every module in registration order, past failures.
@@ -167,23 +177,83 @@ public:
     /// Offers a message to the modules in registration order and delivers it to the first that claims it.
     /// Does not block but for a synchronous handler.
     /// @return the result of the delivery; 0x800001f5, after one level-13 line, when no module claims the
-    ///         message or the one that does is not both initialised and started.
+    ///         message, when the one that does is not both initialised and started, and when memory is short for
+    ///         the first message of a task; 0x800001f5, without a line, once the process exits.
     unsigned int SendMsg(unsigned int src_mod, unsigned int msg_type, unsigned short pon_no,
                          unsigned short onu_id, char* data, unsigned int pkg_size);
 
+    /// Calls `visit(ServiceModule&)` for every module in registration order. None is deleted meanwhile, so the
+    /// visitor is quick and removes none.
+    /// @return false when memory was short and nothing was visited.
+    template <typename Visit>
+    bool ForEachModule(Visit visit);
+
+    /// By index, in registration order. A module is valid until it is removed.
     AggregateObject* GetItem(unsigned int index) override;
     unsigned int GetSize() const override;
 
+    /// The two steps of the end of the process: refuses all further messages; ends the tasks of all modules and
+    /// deletes these, when no other task routes a message any more.
+    void CloseRouting() { is_closed = true; }
+    bool HasModules() const { return table != nullptr; }
+    void EndModules();
+
 private:
+    template <typename T>
+    friend class Immortal;
+
+    /// The modules in registration order. A removal empties an entry; a table that is full is replaced by a larger
+    /// one without the empty entries.
+    struct Table {
+        explicit Table(std::size_t capacity) : entries(capacity) {}
+
+        std::vector<std::atomic<ServiceModule*>> entries;
+        std::atomic<std::size_t> count{0};
+        std::unique_ptr<Table> replaced; ///< by this one; a task may still be walking it
+    };
+
     ModuleManager();
-    ~ModuleManager() override;
+    ~ModuleManager() override = default;
+
+    /// The first module that is `wanted`; null when there is none. The caller is in a section, or holds `lock`.
+    template <typename Wanted>
+    ServiceModule* Find(Wanted wanted) const {
+        const Table* const modules = table.load(std::memory_order_seq_cst);
+        const std::size_t count = modules == nullptr ? 0 : modules->count.load(std::memory_order_acquire);
+        for (std::size_t i = 0; i < count; ++i) {
+            ServiceModule* const module = modules->entries[i].load(std::memory_order_seq_cst);
+            if (module != nullptr && wanted(*module)) return module;
+        }
+        return nullptr;
+    }
 
     /// Runs one step of the start-up on every module; `name` goes into the line about a failure.
     unsigned int CallAll(unsigned int (Module::*step)(), const char* name);
+    unsigned int Route(unsigned int src_mod, unsigned int msg_type, unsigned short pon_no,
+                       unsigned short onu_id, char* data, unsigned int pkg_size);
+    Table& TableWithRoom();
+    template <typename Wanted>
+    void TakeOut(Wanted wanted);
+    void DeleteRemoved();
+    ServiceModule* CutRemoved(ServiceModule* newest);
 
+    std::atomic<bool> is_closed{false};
+    std::atomic<Table*> table{nullptr};
     unsigned int last_mod_id = 0;
-    std::vector<ServiceModule*> module_list;
-    ReadWriteLock lock; ///< guards changes of `module_list` and `last_mod_id`
+    ServiceModule* first_removed = nullptr; ///< modules that are out of the table and not deleted yet
+    ReadWriteLock lock;                     ///< guards changes of the three above
+    ReadWriteLock removal_lock;             ///< held to delete what was removed; taken before `lock`
 };
+
+template <typename Visit>
+bool ModuleManager::ForEachModule(Visit visit) {
+    const SenderGate::Section section;
+    if (!section.IsInside()) return false;
+    Find([&visit](ServiceModule& module) {
+        visit(module);
+        return false;
+    });
+    return true;
+}
 
 #endif

@@ -56,6 +56,12 @@ MessagePacket* NewPacket(unsigned int msg_type, unsigned short pon_no, unsigned 
     return packet;
 }
 
+/// A handler that throws loses one message, and not the service to all ONUs.
+void LogException(const std::string& mod_name, const char* what) {
+    ulogPrintf(onu_mng_system_get_log_module(), ONU_MNG_LOG_ERROR,
+               "%s handle msg ended by an exception: %s\r\n", mod_name.c_str(), what);
+}
+
 } // namespace
 
 ServiceModule::ServiceModule(unsigned int type, const char* name, unsigned int priority,
@@ -162,9 +168,10 @@ void ServiceModule::Run() {
             ulogPrintf(onu_mng_system_get_log_module(), ONU_MNG_LOG_WARNING, "%s handle msg failed\r\n",
                        mod_name.c_str());
         } catch (const std::exception& error) {
-            // One message is lost, and not the service to all ONUs.
-            ulogPrintf(onu_mng_system_get_log_module(), ONU_MNG_LOG_ERROR,
-                       "%s handle msg ended by an exception: %s\r\n", mod_name.c_str(), error.what());
+            LogException(mod_name, error.what());
+        } catch (...) {
+            bep_passTaskEnd();
+            LogException(mod_name, kUnknownException);
         }
     }
 }

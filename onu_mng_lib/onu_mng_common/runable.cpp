@@ -11,6 +11,9 @@ constexpr int kTaskOptions = 8;
 /// The object whose `Run` the calling task executes.
 thread_local const Thread* current_thread = nullptr;
 
+/// The object whose task ends the process, if it is one.
+std::atomic<const Thread*> ending_thread{nullptr};
+
 void TaskBody(intptr_t thread, intptr_t, intptr_t, intptr_t, intptr_t, intptr_t, intptr_t, intptr_t, intptr_t,
               intptr_t) {
     Thread::ThreadEntry(reinterpret_cast<Thread*>(thread));
@@ -46,8 +49,12 @@ void Thread::ThreadEntry(Thread* thread) {
     thread->Run();
 }
 
+void Thread::StartProcessEnd() {
+    ending_thread = current_thread;
+}
+
 void Thread::EndTask() {
-    if (task_id == 0 || IsCurrent()) return;
+    if (task_id == 0 || IsCurrent() || this == ending_thread) return;
     bep_taskDeleteEx(task_id);
     task_id = 0;
     is_alive = false;

@@ -43,9 +43,12 @@ public:
     /// The task's entry: calls `Run` of the object and returns when it returns.
     static void ThreadEntry(Thread* thread);
 
+    /// Declares that the calling task ends the process and so cannot be ended itself.
+    static void StartProcessEnd();
+
 protected:
-    /// Ends the task at its next wait and returns when it has ended; nothing without a task. Not to be called
-    /// from the task itself (see `IsCurrent`).
+    /// Ends the task at its next wait and returns when it has ended. Does nothing without a task, in the task
+    /// itself (see `IsCurrent`), and for the task that ends the process.
     void EndTask();
 
     /// True in the task of this object.

@@ -27,6 +27,7 @@
 #define ONU_MNG_LIB_ONU_MNG_COMMON_STATE_MACHINE_H
 
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <optional>
@@ -58,9 +59,8 @@ inline constexpr unsigned int STATE_MAX = 254;
 /// One state of a procedure. An object belongs to one context, which deletes it.
 ///
 /// The hooks run in the task that handed the message to the context (a client's, or the supervision task) and
-/// without the context's lock. In the supervision task, which holds the pool's lock, they neither construct
-/// nor destroy a `StateContext`. A hook that throws there has its context tried again in the next round (one
-/// level-13 line).
+/// without the context's lock. They do not destroy the context they run for. If a hook throws in the supervision
+/// task, the context is tried again in the next round (one level-13 line).
 class ServiceState {
 public:
     static constexpr unsigned int kDefaultMaxRunTime = 300; ///< seconds
@@ -109,7 +109,10 @@ private:
     unsigned int HandleJob(StateContext& context, unsigned int job, StateMsgType msg_type, char* p_msg,
                            unsigned int len);
     unsigned int RunHook(StateContext& context, StateMsgType msg_type, char* p_msg, unsigned int len);
-    void ChangeStateOfJob(StateContext& context, unsigned int job, StateMsgType msg_type);
+    /// Whether a release keeps the context's `last_ret`, which then tells how the job ended.
+    enum class LastResult { kForget, kKeep };
+
+    void ChangeStateOfJob(StateContext& context, unsigned int job, StateMsgType msg_type, LastResult last);
 };
 
 /// The states of one context by id. It owns them. No lock: filled before the context is first allocated.
@@ -138,8 +141,7 @@ private:
 /// field; fields that others read without it are atomics. Messages of several tasks to one context are not
 /// serialised: the client hands the messages of one ONU in from one task, beside the supervision.
 ///
-/// A context may be destroyed while the pool runs when it is idle, no other task uses it, and the caller is
-/// not a hook that runs in the supervision task.
+/// A context may be destroyed while the pool runs if it is idle and no other task uses it.
 class StateContext : public AggregateObject {
 public:
     static constexpr unsigned int kUnregisteredId = 255;
@@ -147,9 +149,10 @@ public:
     /// Delayed termination requests that are only counted; the next one reaches the state.
     static constexpr unsigned int kAbsorbedStops = 6;
 
-    /// Joins the pool, which gives the context its id; waits for a supervision round in progress.
+    /// Joins the pool, which gives the context its id; waits for a supervision round in progress, except in a
+    /// hook that runs in that round.
     explicit StateContext(unsigned int service_type = 0);
-    /// Leaves the pool and deletes the states; waits for a supervision round in progress.
+    /// Leaves the pool and deletes the states; waits while another task hands this context a termination.
     ~StateContext() override;
     StateContext(const StateContext&) = delete;
     StateContext& operator=(const StateContext&) = delete;
@@ -229,7 +232,9 @@ private:
 
     unsigned int HandleOfJob(unsigned int this_job, StateMsgType msg_type, char* p_msg, unsigned int len);
     ServiceState* AdmitMessage(StateMsgType msg_type, unsigned int of_job, unsigned int& ret);
-    void ChangeStateOfJob(unsigned int of_job, unsigned int next_state, bool next_is_auto);
+    bool StoreResult(unsigned int of_job, ServiceState& state, unsigned int result);
+    void ChangeStateOfJob(unsigned int of_job, unsigned int next_state, bool next_is_auto,
+                          ServiceState::LastResult last);
     unsigned int CutChain(unsigned int of_job, unsigned int ret);
     ServiceState* CurrentState() const;
     bool HasBasicStates() const;
@@ -258,15 +263,16 @@ public:
     unsigned int Init(unsigned int priority);
 
     /// Adds a context and gives it the next id, from 1 on, never used again; called by the context's
-    /// constructor. Waits for a supervision round in progress. `context_id` is left alone for null and when
-    /// memory is short (one level-13 line): the context then works without supervision.
+    /// constructor. Waits for a supervision round in progress, except in a hook that runs in that round.
+    /// `context_id` is left alone for null and when memory is short (one level-13 line): the context then works
+    /// without supervision.
     void RegisterContext(StateContext* context, unsigned int& context_id);
 
-    /// Takes a context out, if it is there; called by the context's destructor. Waits like `RegisterContext`.
+    /// Takes a context out, if it is there; called by the context's destructor. Waits while another task hands
+    /// the context a termination, but not for the rest of a supervision round.
     void UnregisterContext(StateContext* context);
 
-    /// Sends one delayed termination to the context with an id, in the caller's task; waits like
-    /// `RegisterContext`, but in a hook of the supervision task.
+    /// Sends one delayed termination to the context with an id, in the caller's task.
     /// @return the context's answer; 0x8000025a when there is none with the id.
     unsigned int Terminate(unsigned int context_id);
 
@@ -276,15 +282,19 @@ public:
     /// Ends the supervision task and returns when it has ended.
     void EndSupervision() { EndTask(); }
 
-    /// Both wait like `Terminate`. An item stays valid only as long as its owner keeps it.
+    /// Lets go of the contexts that the calling task hands terminations to. For a task that ends the process in
+    /// one of their hooks: it does not come back.
+    static void DropPins();
+
+    /// An item stays valid only as long as its owner keeps it.
     AggregateObject* GetItem(unsigned int index) override;
     unsigned int GetSize() const override;
 
-    /// Calls `visit(StateContext&)` for every context under the pool's lock: none is destroyed meanwhile. The
+    /// Calls `visit(StateContext&)` for every context under the list's lock: none is destroyed meanwhile. The
     /// visitor is quick, and neither constructs nor destroys contexts nor asks the pool.
     template <typename Visit>
     void ForEachContext(Visit visit) {
-        const PoolGuard guard(*this);
+        LockGuard guard(list_lock);
         for (StateContext* context : context_list)
             visit(*context);
     }
@@ -294,27 +304,24 @@ public:
     std::atomic<unsigned int> interval_run_time{kDefaultInterval};
 
 private:
-    /// The pool's lock, which the supervision task holds already when one of its hooks asks the pool.
-    class PoolGuard {
-    public:
-        explicit PoolGuard(const StateContextManager& pool, const char* file = __builtin_FILE(),
-                           int line = __builtin_LINE()) {
-            if (!pool.IsCurrent()) guard.emplace(pool.lock, file, line);
-        }
-
-    private:
-        std::optional<LockGuard> guard;
-    };
+    template <typename T>
+    friend class Immortal;
+    class Pin;
 
     StateContextManager();
-    ~StateContextManager() override;
+    ~StateContextManager() override = default;
 
-    void Supervise(StateContext& context);
-    StateContext* PinContext(unsigned int context_id);
+    bool AddContext(StateContext& context);
+    StateContext* Find(unsigned int context_id, std::optional<Pin>& pin);
+    StateContext* NextOverTime(std::optional<Pin>& pin, unsigned int& of_job);
+    void RunRound();
 
+    // Locks are taken in the order `lock`, `list_lock`, a context's.
+    ReadWriteLock lock;              ///< held for a whole round, hooks included, and to add a context
+    mutable ReadWriteLock list_lock; ///< guards the rest; no hook runs under it
     unsigned int last_context_id = 0;
     std::vector<StateContext*> context_list;
-    mutable ReadWriteLock lock; ///< taken before any context's lock
+    std::size_t round_position = 0; ///< in `context_list`: the context that the round looks at next
 };
 
 #endif

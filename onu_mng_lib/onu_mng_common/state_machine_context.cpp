@@ -126,12 +126,12 @@ void StateContext::Release(bool reset_onu) {
         pon_no = kNoOnu;
         onu_id = kNoOnu;
     }
+    last_run_time = occupy_clock.Diff(CLOCK_PRECISION_MS); // before `occupied` says that the run is over
     cur_state = STATE_IDLE;
-    occupied = false;
     auto_next = false;
     stop_times = 0;
     last_ret = ONU_MNG_OK;
-    last_run_time = occupy_clock.Diff(CLOCK_PRECISION_MS);
+    occupied = false;
 }
 
 unsigned int StateContext::Release(unsigned short pon, unsigned short onu, char* p_msg, unsigned int len,
@@ -143,16 +143,28 @@ unsigned int StateContext::Release(unsigned short pon, unsigned short onu, char*
 }
 
 void StateContext::ChangeState(unsigned int next_state, bool next_is_auto) {
-    ChangeStateOfJob(job, next_state, next_is_auto);
+    ChangeStateOfJob(job, next_state, next_is_auto, ServiceState::LastResult::kForget);
 }
 
-void StateContext::ChangeStateOfJob(unsigned int of_job, unsigned int next_state, bool next_is_auto) {
+/// Stores the result of a state. False when the next job has begun meanwhile: the state is at work for that.
+bool StateContext::StoreResult(unsigned int of_job, ServiceState& state, unsigned int result) {
+    LockGuard guard(lock);
+    if (job != of_job) return false;
+    state.ret = result;
+    last_ret = result;
+    return true;
+}
+
+void StateContext::ChangeStateOfJob(unsigned int of_job, unsigned int next_state, bool next_is_auto,
+                                    ServiceState::LastResult last) {
     LockGuard guard(lock);
     if (job != of_job) return;
     if (cur_state == STATE_IDLE) {
         auto_next = false;
     } else if (next_state == STATE_IDLE || p_state_register == nullptr) {
+        const unsigned int result = last_ret;
         Release(false);
+        if (last == ServiceState::LastResult::kKeep) last_ret = result;
     } else {
         cur_state = next_state;
         auto_next = next_is_auto;
@@ -173,9 +185,7 @@ unsigned int StateContext::HandleOfJob(unsigned int this_job, StateMsgType msg_t
         ServiceState* state = AdmitMessage(msg_type, this_job, ret);
         if (state == nullptr) return ret;
         ret = state->HandleJob(*this, this_job, msg_type, p_msg, len);
-        if (job != this_job) return ret;
-        last_ret = ret;
-        if (msg_type == STATE_MSG_NOTIFY || !auto_next) return ret;
+        if (job != this_job || msg_type == STATE_MSG_NOTIFY || !auto_next) return ret;
         if (stop_times != 0) left = std::min(left, kMaxStepsToEnd);
     }
     return CutChain(this_job, ret);

@@ -2,15 +2,16 @@
 #include <cstdint>
 #include <exception>
 #include <limits>
-#include <memory>
 #include <new>
+#include <optional>
 
+#include "onu_mng_lib/onu_mng_common/immortal.h"
 #include "onu_mng_lib/onu_mng_common/log_failure.h"
-#include "onu_mng_lib/onu_mng_common/mem_mgr.h"
+#include "onu_mng_lib/onu_mng_common/process_end.h"
 #include "onu_mng_lib/onu_mng_common/result.h"
 #include "onu_mng_lib/onu_mng_common/state_machine.h"
-#include "onu_mng_lib/onu_mng_log_cinterface.h"
 #include "onu_mng_lib/onu_mng_system_reg_interface.h"
+#include "onu_mng_platform/bep.h"
 #include "onu_mng_platform/ulog.h"
 
 namespace {
@@ -25,22 +26,56 @@ int SleepOfInterval(unsigned int seconds) {
     return ms == 0 || ms > std::numeric_limits<std::int32_t>::max() ? kShortestSleepMs : static_cast<int>(ms);
 }
 
+/// A hook that throws is its service's fault; all other contexts stay supervised.
+void LogException(const StateContext& context, const char* what) {
+    ulogPrintf(onu_mng_system_get_log_module(), ONU_MNG_LOG_ERROR,
+               "supervision of state context %d ended by an exception: %s\r\n",
+               static_cast<int>(context.context_id), what);
+}
+
 } // namespace
 
+/// Keeps a context from being destroyed while this task hands it a termination. The pins of a task nest with its
+/// hooks.
+class StateContextManager::Pin {
+public:
+    /// The caller holds `list_lock`, under which the context cannot leave the pool.
+    explicit Pin(StateContext& to_pin) : context(to_pin), outer(t_innermost) {
+        ++context.pins;
+        t_innermost = this;
+    }
+    ~Pin() {
+        t_innermost = outer;
+        --context.pins;
+    }
+    Pin(const Pin&) = delete;
+    Pin& operator=(const Pin&) = delete;
+
+    static unsigned int CountOwn(const StateContext& context) {
+        unsigned int count = 0;
+        for (const Pin* pin = t_innermost; pin != nullptr; pin = pin->outer)
+            count += &pin->context == &context ? 1 : 0;
+        return count;
+    }
+    static void DropAll() {
+        for (; t_innermost != nullptr; t_innermost = t_innermost->outer)
+            --t_innermost->context.pins;
+    }
+
+private:
+    StateContext& context;
+    Pin* const outer;
+
+    static inline thread_local Pin* t_innermost = nullptr;
+};
+
 StateContextManager* StateContextManager::GetInstance() {
-    static StateContextManager instance;
-    return &instance;
+    static Immortal<StateContextManager> instance;
+    return instance.Get();
 }
 
-// States hold pool blocks and releases ask the trace registry: both are built before the pool of contexts and
-// so destroyed after it.
 StateContextManager::StateContextManager() {
-    MemoryAllocator::GetInstance();
-    onu_mng_log_is_trace_onu(StateContext::kNoOnu, StateContext::kNoOnu, nullptr, ONU_MNG_LOG_TRACE);
-}
-
-StateContextManager::~StateContextManager() {
-    EndTask();
+    ArrangeProcessEnd();
 }
 
 unsigned int StateContextManager::Init(unsigned int priority) {
@@ -57,74 +92,104 @@ unsigned int StateContextManager::Init(unsigned int priority) {
 
 void StateContextManager::RegisterContext(StateContext* context, unsigned int& context_id) {
     if (context == nullptr) return;
-    LockGuard guard(lock);
+    std::optional<LockGuard> round;
+    if (!IsCurrent()) round.emplace(lock);
+    if (AddContext(*context)) context_id = context->context_id;
+}
+
+bool StateContextManager::AddContext(StateContext& context) {
     try {
-        context_list.push_back(context);
+        LockGuard guard(list_lock);
+        context_list.push_back(&context);
+        context.context_id = ++last_context_id;
+        return true;
     } catch (const std::bad_alloc&) {
         LogFailure("no memory to register the state context\r\n");
-        return;
+        return false;
     }
-    context_id = ++last_context_id;
-    context->context_id = context_id;
 }
 
 void StateContextManager::UnregisterContext(StateContext* context) {
     {
-        LockGuard guard(lock);
-        context_list.erase(std::remove(context_list.begin(), context_list.end(), context),
-                           context_list.end());
+        LockGuard guard(list_lock);
+        const auto entry = std::find(context_list.begin(), context_list.end(), context);
+        if (entry != context_list.end()) {
+            if (static_cast<std::size_t>(entry - context_list.begin()) < round_position) --round_position;
+            context_list.erase(entry);
+        }
     }
-    while (context->pins != 0)
+    // A hook that ends the process still has its own context pinned when static contexts are destroyed.
+    while (context->pins != Pin::CountOwn(*context))
         Clock::Delay(kPinnedRetryMs);
 }
 
-/// Finds a context and keeps it from being destroyed until it is unpinned.
-StateContext* StateContextManager::PinContext(unsigned int context_id) {
-    const PoolGuard guard(*this);
-    const auto found =
-        std::find_if(context_list.begin(), context_list.end(),
-                     [context_id](StateContext* context) { return context->context_id == context_id; });
-    if (found == context_list.end()) return nullptr;
-    ++(*found)->pins;
-    return *found;
+StateContext* StateContextManager::Find(unsigned int context_id, std::optional<Pin>& pin) {
+    LockGuard guard(list_lock);
+    for (StateContext* context : context_list) {
+        if (context->context_id != context_id) continue;
+        pin.emplace(*context);
+        return context;
+    }
+    return nullptr;
 }
 
 unsigned int StateContextManager::Terminate(unsigned int context_id) {
-    const auto unpin = [](StateContext* context) { --context->pins; };
-    const std::unique_ptr<StateContext, decltype(unpin)> context(PinContext(context_id), unpin);
+    std::optional<Pin> pin;
+    StateContext* const context = Find(context_id, pin);
     return context == nullptr ? ONU_MNG_STATE_REFUSED
                               : context->Handle(STATE_MSG_DELAY_TERMINATE, nullptr, 0);
+}
+
+void StateContextManager::DropPins() {
+    Pin::DropAll();
 }
 
 void StateContextManager::Run() {
     for (;;) {
         Clock::Delay(SleepOfInterval(interval_run_time));
-        LockGuard guard(lock);
-        for (StateContext* context : context_list) {
-            try {
-                Supervise(*context);
-            } catch (const std::exception& error) {
-                // A hook that throws is its service's fault, and all others stay supervised.
-                ulogPrintf(onu_mng_system_get_log_module(), ONU_MNG_LOG_ERROR,
-                           "supervision of state context %d ended by an exception: %s\r\n",
-                           static_cast<int>(context->context_id), error.what());
-            }
+        RunRound();
+    }
+}
+
+/// Hands each context that needs one a termination. The list may change while the hooks run.
+void StateContextManager::RunRound() {
+    LockGuard round(lock);
+    for (;;) {
+        std::optional<Pin> pin;
+        unsigned int of_job = 0;
+        StateContext* const context = NextOverTime(pin, of_job);
+        if (context == nullptr) return;
+        try {
+            context->HandleOfJob(of_job, STATE_MSG_DELAY_TERMINATE, nullptr, 0);
+        } catch (const std::exception& error) {
+            LogException(*context, error.what());
+        } catch (...) {
+            bep_passTaskEnd();
+            LogException(*context, kUnknownException);
         }
     }
 }
 
-void StateContextManager::Supervise(StateContext& context) {
-    const unsigned int job = context.job; // a request is for the job that was found wanting
-    if (context.stop_times != 0 || context.IsOverTime())
-        context.HandleOfJob(job, STATE_MSG_DELAY_TERMINATE, nullptr, 0);
+/// The next context of the round that needs a termination, and the job that it is for; null at the end of the round.
+StateContext* StateContextManager::NextOverTime(std::optional<Pin>& pin, unsigned int& of_job) {
+    LockGuard guard(list_lock);
+    while (round_position < context_list.size()) {
+        StateContext* const context = context_list[round_position++];
+        of_job = context->job;
+        if (context->stop_times == 0 && !context->IsOverTime()) continue;
+        pin.emplace(*context);
+        return context;
+    }
+    round_position = 0;
+    return nullptr;
 }
 
 AggregateObject* StateContextManager::GetItem(unsigned int index) {
-    const PoolGuard guard(*this);
+    LockGuard guard(list_lock);
     return index < context_list.size() ? context_list[index] : nullptr;
 }
 
 unsigned int StateContextManager::GetSize() const {
-    const PoolGuard guard(*this);
+    LockGuard guard(list_lock);
     return static_cast<unsigned int>(context_list.size());
 }

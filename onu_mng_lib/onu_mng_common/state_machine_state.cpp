@@ -60,9 +60,7 @@ unsigned int ServiceState::Handle(StateContext* p_context, StateMsgType msg_type
 unsigned int ServiceState::HandleJob(StateContext& context, unsigned int job, StateMsgType msg_type,
                                      char* p_msg, unsigned int len) {
     const unsigned int result = RunHook(context, msg_type, p_msg, len);
-    if (context.job != job) return result; // the state is at work for the next job
-    ret = result;
-    ChangeStateOfJob(context, job, msg_type);
+    if (context.StoreResult(job, *this, result)) ChangeStateOfJob(context, job, msg_type, LastResult::kKeep);
     return result;
 }
 
@@ -98,14 +96,16 @@ unsigned int ServiceState::RunHook(StateContext& context, StateMsgType msg_type,
 }
 
 void ServiceState::ChangeState(StateContext* p_context, StateMsgType msg_type) {
-    if (p_context != nullptr) return ChangeStateOfJob(*p_context, p_context->job, msg_type);
+    if (p_context != nullptr)
+        return ChangeStateOfJob(*p_context, p_context->job, msg_type, LastResult::kForget);
     ulogPrintf(onu_mng_system_get_log_module(), ONU_MNG_LOG_ERROR, "p_context is NULL \r\n");
 }
 
-void ServiceState::ChangeStateOfJob(StateContext& context, unsigned int job, StateMsgType msg_type) {
+void ServiceState::ChangeStateOfJob(StateContext& context, unsigned int job, StateMsgType msg_type,
+                                    LastResult last) {
     if (msg_type == STATE_MSG_NOTIFY || msg_type > STATE_MSG_IMMEDIATE_TERMINATE) return;
     const unsigned int next_state = GetNextState();
-    context.ChangeStateOfJob(job, next_state, IsAutoNextState());
+    context.ChangeStateOfJob(job, next_state, IsAutoNextState(), last);
 }
 
 StateRegister::~StateRegister() {

@@ -161,6 +161,7 @@ public:
 
     /// The run that goes on; null for none.
     std::atomic<SimRun*> run{nullptr};
+    std::atomic<bool> has_run{false}; ///< a run has ended in this process
 
 private:
     struct Entry {

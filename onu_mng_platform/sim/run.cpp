@@ -90,6 +90,7 @@ void SimRun::End() {
         LogSetModIgnore(module, level, 0);
     Board::Instance().RemoveTasks();
     Board::Instance().run = nullptr;
+    Board::Instance().has_run = true;
     result.outcome = scheduler.outcome;
     result.time = scheduler.Now();
     result.calls = scheduler.Calls();

@@ -28,7 +28,8 @@ uint32_t bep_taskSpawnEx(const char* name, unsigned int priority, int, unsigned 
                          intptr_t arg10) {
     SeamCall call(kSpawn);
     call.With(priority, stack_size);
-    if (call.Run() == nullptr)
+    // After a run the process ends, and the library looks for a task to end in.
+    if (call.Run() == nullptr && !Board::Instance().has_run)
         LogPort(kError, "task \"%s\" not started: there is no run of the board\r\n",
                 name != nullptr ? name : "");
     if (call.Run() == nullptr || entry == nullptr || call.IsToFail(SimFault::kTaskSpawn))

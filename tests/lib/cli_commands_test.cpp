@@ -156,6 +156,8 @@ TEST_F(CliCommands, HandlersNeedNotTrustTheParser) {
     EXPECT_EQ(Call(cl_onu_mng_set_log_trace_func, {"enable", "debug_level"}),
               "at least dbglvl parameter should be specified\r\n1");
     EXPECT_EQ(Call(cl_onu_mng_set_log_trace_func, {"enable", "ponno", "1", "debug_level"}), no_level);
+    EXPECT_EQ(Call(cl_onu_mng_set_log_trace_func, {"enable", "debug_level", "4", "onusn"}),
+              "error sn fomat\r\n" + std::to_string(static_cast<int>(ONU_MNG_NULL_ARGUMENT)));
     EXPECT_EQ(Call(cl_onu_mng_set_log_trace_func, {"enable", "onusn", "01G2", "debug_level", "4"}),
               "error sn fomat\r\n" + std::to_string(static_cast<int>(ONU_MNG_BAD_TEXT)));
     EXPECT_TRUE(registry->IsTraceOnu(1, 1, nullptr, 6)); // refusals change nothing

@@ -4,6 +4,7 @@
 #include <functional>
 #include <stdexcept>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "onu_mng_lib/onu_mng_common/mem_mgr.h"
@@ -197,14 +198,16 @@ TEST_F(Modules, AHandlerThatThrowsLosesItsMessageOnly) {
     module->on_message = [&](const Recorder::Message& message) {
         handled.Signal();
         if (message.data[0] == 'b') throw std::runtime_error("bad message");
+        if (message.data[0] == 'o') throw 42;
         return ONU_MNG_OK;
     };
     ASSERT_EQ(0u, onu_mng_system_start());
-    for (const char* payload : {"bad", "good"}) {
+    for (const char* payload : {"bad", "odd", "good"}) {
         ASSERT_EQ(0u, Send(1, payload));
         ASSERT_EQ(0, handled.TryWait(kWatchdogSeconds)) << payload;
     }
     EXPECT_TRUE(lines.Has("13 recorder handle msg ended by an exception: bad message"));
+    EXPECT_TRUE(lines.Has("13 recorder handle msg ended by an exception: not a std::exception"));
 }
 
 TEST_F(Modules, AllAreInitialisedPastAFailureButThenNoneIsStarted) {
@@ -267,6 +270,56 @@ TEST_F(Modules, AreRemovedWhileTheyWaitWhilePacketsAreQueuedAndWhileAHandlerRuns
     lines.Take();
     manager->RemoveModule(kType);
     EXPECT_EQ(std::vector<std::string>{}, lines.Take());
+}
+
+TEST_F(Modules, AreRegisteredAndRemovedWhileOthersSendAndList) {
+    std::atomic<bool> done{false};
+    std::vector<std::thread> others;
+    for (unsigned int claims : {1u, 2u})
+        others.emplace_back([&done, claims] {
+            while (!done)
+                Send(claims);
+        });
+    others.emplace_back([&] {
+        while (!done)
+            manager->ForEachModule([](ServiceModule& module) { EXPECT_EQ("recorder", module.mod_name); });
+    });
+    ulogSetThreshold(16);
+    for (int round = 0; round < 100; ++round) {
+        auto* synchronous = new Recorder(kType, 1);
+        synchronous->delivery = MSG_PROC_SYNC;
+        EXPECT_EQ(0u, manager->RegisterModule(synchronous));
+        for (int more = 0; more < round % 10; ++more)
+            Add(2);
+        EXPECT_EQ(0u, onu_mng_system_start());
+        manager->RemoveModule(kType);
+        EXPECT_EQ(0u, manager->GetSize());
+    }
+    done = true;
+    for (std::thread& other : others)
+        other.join();
+}
+
+TEST_F(Modules, AreDeletedBehindASynchronousHandlerThatRemovesThem) {
+    struct Watched : Recorder {
+        Watched(unsigned int claims, bool& flag) : Recorder(kType, claims), deleted(flag) {}
+        ~Watched() override { deleted = true; }
+        bool& deleted;
+    };
+    bool deleted = false;
+    auto* module = new Watched(1, deleted);
+    module->delivery = MSG_PROC_SYNC;
+    module->on_message = [&](const Recorder::Message&) {
+        EXPECT_EQ(0u, manager->RemoveModule(kType));
+        EXPECT_EQ(0u, manager->GetSize());
+        EXPECT_EQ(ONU_MNG_FAILURE, Send(1)) << "no message reaches it any more";
+        EXPECT_FALSE(deleted) << "its handler runs";
+        return 7u;
+    };
+    ASSERT_EQ(0u, manager->RegisterModule(module));
+    ASSERT_EQ(0u, onu_mng_system_start());
+    EXPECT_EQ(7u, Send(1));
+    EXPECT_TRUE(deleted);
 }
 
 TEST_F(Modules, RefuseWhatIsNoPacket) {

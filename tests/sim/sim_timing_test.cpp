@@ -113,6 +113,7 @@ TEST(Supervision, OutlivesAHookThatAsksThePoolAndThrows) {
             EXPECT_EQ(&idle, pool->GetItem(0));
             EXPECT_EQ(ONU_MNG_STATE_UNMATCHED, pool->Terminate(idle.context_id));
             if (++throws == 1) throw std::bad_alloc();
+            if (throws == 2) throw 42;
             return ONU_MNG_OK;
         });
         ASSERT_EQ(ONU_MNG_OK, thrower.Alloc(1, 5, nullptr, 0));
@@ -121,8 +122,10 @@ TEST(Supervision, OutlivesAHookThatAsksThePoolAndThrows) {
         EXPECT_EQ(STATE_FAIL, thrower.cur_state);
         EXPECT_EQ(1u, board.Logged("supervision of state context " + std::to_string(thrower.context_id) +
                                    " ended by an exception: std::bad_alloc\r\n"));
-        board.Sleep(30s);
-        EXPECT_EQ(2u, throws);
+        board.Sleep(60s);
+        EXPECT_EQ(1u, board.Logged("supervision of state context " + std::to_string(thrower.context_id) +
+                                   " ended by an exception: not a std::exception\r\n"));
+        EXPECT_EQ(3u, throws);
         EXPECT_EQ(STATE_IDLE, thrower.cur_state);
     });
 }

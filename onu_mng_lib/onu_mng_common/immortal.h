@@ -1,0 +1,25 @@
+/// Singletons that outlive every task.
+#ifndef ONU_MNG_LIB_ONU_MNG_COMMON_IMMORTAL_H
+#define ONU_MNG_LIB_ONU_MNG_COMMON_IMMORTAL_H
+
+#include <new>
+
+/// Storage for an object that is constructed and never destroyed. A host's own tasks may still call the library
+/// while static objects are destroyed, so its singletons stay usable to the very end.
+template <typename T>
+class Immortal {
+public:
+    Immortal() { new (&object) T; }
+    ~Immortal() {}
+    Immortal(const Immortal&) = delete;
+    Immortal& operator=(const Immortal&) = delete;
+
+    T* Get() { return &object; }
+
+private:
+    union {
+        T object;
+    };
+};
+
+#endif
