@@ -18,6 +18,8 @@
 
 namespace {
 
+using Lines = std::vector<std::string>;
+
 constexpr unsigned int kWatchdogSeconds = 20;
 
 /// Claims one message type and hands each message to `on_message`.
@@ -25,8 +27,7 @@ class Recorder : public ServiceModule {
 public:
     struct Message {
         unsigned int msg_type;
-        unsigned short pon_no;
-        unsigned short onu_id;
+        unsigned short pon_no, onu_id;
         char* data;
         unsigned int pkg_size;
     };
@@ -75,6 +76,10 @@ protected:
         return onu_mng_module_send_msg(2, msg_type, 1, 5, payload.data(),
                                        static_cast<unsigned int>(payload.size()));
     }
+    unsigned int Handled(unsigned int result = ONU_MNG_OK) {
+        handled.Signal();
+        return result;
+    }
     static std::size_t LiveBlocks() {
         mpu_stat stat;
         return mpuGetStat(0, &stat) == 0 ? stat.blocks : ~std::size_t{0};
@@ -91,41 +96,30 @@ protected:
 TEST_F(Modules, TheFirstThatClaimsAMessageGetsIt) {
     Recorder* first = Add(7);
     Recorder* second = Add(7);
-    int handled_by_first = 0;
     first->delivery = second->delivery = MSG_PROC_SYNC;
-    first->on_message = [&](const Recorder::Message&) {
-        return static_cast<unsigned int>(++handled_by_first);
-    };
+    first->on_message = [](const Recorder::Message&) { return 1u; };
     second->on_message = [](const Recorder::Message&) { return 77u; };
     ASSERT_EQ(0u, first->InitModule());
     lines.Take();
 
     // Not started: the message is lost, although the second module would claim it too.
     EXPECT_EQ(ONU_MNG_FAILURE, Send(7));
-    EXPECT_EQ(
-        std::vector<std::string>{"13 (PON:1, ONU:5)omci module 40 has not been init yet. discard the msg "},
-        lines.Take());
+    EXPECT_EQ(Lines{"13 (PON:1, ONU:5)omci module 40 has not been init yet. discard the msg "}, lines.Take());
 
     ASSERT_EQ(0u, onu_mng_system_start());
     EXPECT_EQ(1u, Send(7)) << "the handler's own result";
-    EXPECT_EQ(1, handled_by_first);
     lines.Take();
     EXPECT_EQ(ONU_MNG_FAILURE, Send(8));
-    EXPECT_EQ(
-        std::vector<std::string>{
-            "13 (PON:1, ONU:5)Cannot find module to send msg, src_mod = 2, msg_type = 8, "
-            "pon = 1, onu = 5"},
-        lines.Take());
+    EXPECT_EQ(Lines{"13 (PON:1, ONU:5)Cannot find module to send msg, src_mod = 2, msg_type = 8, "
+                    "pon = 1, onu = 5"},
+              lines.Take());
 }
 
 TEST_F(Modules, ASilentMatchInheritsTheDeliveryAnEarlierOneChose) {
     Recorder* first = Add(1);
     Recorder* second = Add(2);
     second->writes_sync_type = false;
-    second->on_message = [&](const Recorder::Message&) {
-        handled.Signal();
-        return 5u;
-    };
+    second->on_message = [&](const Recorder::Message&) { return Handled(5); };
     ASSERT_EQ(0u, onu_mng_system_start());
     EXPECT_EQ(0u, Send(2)) << "queued: the first module asked for that";
     EXPECT_EQ(0, handled.TryWait(kWatchdogSeconds));
@@ -135,15 +129,14 @@ TEST_F(Modules, ASilentMatchInheritsTheDeliveryAnEarlierOneChose) {
 
 TEST_F(Modules, AQueuedMessageIsACopyAndASynchronousOneIsTheSendersBuffer) {
     Recorder* module = Add(7);
-    std::vector<std::string> seen;
+    Lines seen;
     char payload[] = "one";
     char* seen_at = nullptr;
     module->on_message = [&](const Recorder::Message& message) {
         seen_at = message.data;
         seen.push_back(std::to_string(message.msg_type) + "/" + std::to_string(message.pon_no) + "/" +
                        std::to_string(message.onu_id) + " " + std::string(message.data, message.pkg_size));
-        handled.Signal();
-        return ONU_MNG_OK;
+        return Handled();
     };
     ASSERT_EQ(0u, onu_mng_system_start());
     ASSERT_EQ(0u, onu_mng_module_send_msg(2, 7, 3, 9, payload, 3));
@@ -152,7 +145,7 @@ TEST_F(Modules, AQueuedMessageIsACopyAndASynchronousOneIsTheSendersBuffer) {
     module->delivery = MSG_PROC_SYNC;
     ASSERT_EQ(0u, onu_mng_module_send_msg(2, 7, 3, 9, payload, 2));
     EXPECT_EQ(payload, seen_at);
-    EXPECT_EQ((std::vector<std::string>{"7/3/9 one", "7/3/9 on"}), seen);
+    EXPECT_EQ((Lines{"7/3/9 one", "7/3/9 on"}), seen);
 
     lines.Take();
     EXPECT_EQ(ONU_MNG_FAILURE, onu_mng_module_send_msg(2, 7, 3, 9, payload, 0));
@@ -182,10 +175,10 @@ TEST_F(Modules, AFullQueueRefusesAtOnceAndKeepsNothing) {
     EXPECT_EQ(3u, LiveBlocks());
     lines.Take();
     EXPECT_EQ(ONU_MNG_FAILURE, Send(7, "0123456789"));
-    EXPECT_EQ((std::vector<std::string>{
-                  "11 msgQSend failed",
-                  "11 ServiceModule::SendMsg failed. msg_type 7, pon 1, onu 5, pkg_size 10 ret 0x800001f5"}),
-              lines.Take());
+    EXPECT_EQ(
+        (Lines{"11 msgQSend failed",
+               "11 ServiceModule::SendMsg failed. msg_type 7, pon 1, onu 5, pkg_size 10 ret 0x800001f5"}),
+        lines.Take());
     EXPECT_EQ(3u, LiveBlocks());
     leave.Signal();
     ASSERT_EQ(0, entered.TryWait(kWatchdogSeconds)) << "the next is handled after a failure";
@@ -215,8 +208,8 @@ TEST_F(Modules, AllAreInitialisedPastAFailureButThenNoneIsStarted) {
     modules[1]->fails_to_init = true;
     lines.Take();
     EXPECT_EQ(ONU_MNG_FAILURE, onu_mng_system_start());
-    EXPECT_EQ((std::vector<std::string>{"12 Init module recorder succeeded", "14 Init module 40 failed",
-                                        "12 Init module recorder succeeded", "13 InitModules failed "}),
+    EXPECT_EQ((Lines{"12 Init module recorder succeeded", "14 Init module 40 failed",
+                     "12 Init module recorder succeeded", "13 InitModules failed "}),
               lines.Take());
     EXPECT_TRUE(modules[2]->is_init);
     EXPECT_FALSE(modules[0]->is_start);
@@ -255,8 +248,7 @@ TEST_F(Modules, AreRemovedWhileTheyWaitWhilePacketsAreQueuedAndWhileAHandlerRuns
     Recorder* self_removing = Add(3);
     self_removing->on_message = [&](const Recorder::Message&) {
         manager->RemoveModule(kType + 1);
-        handled.Signal();
-        return ONU_MNG_OK;
+        return Handled();
     };
     self_removing->mod_type = kType + 1;
     ASSERT_EQ(0u, onu_mng_system_start());
@@ -269,7 +261,7 @@ TEST_F(Modules, AreRemovedWhileTheyWaitWhilePacketsAreQueuedAndWhileAHandlerRuns
     ASSERT_EQ(0, entered.TryWait(kWatchdogSeconds));
     lines.Take();
     manager->RemoveModule(kType);
-    EXPECT_EQ(std::vector<std::string>{}, lines.Take());
+    EXPECT_EQ(Lines{}, lines.Take());
 }
 
 TEST_F(Modules, AreRegisteredAndRemovedWhileOthersSendAndList) {
@@ -324,10 +316,7 @@ TEST_F(Modules, AreDeletedBehindASynchronousHandlerThatRemovesThem) {
 
 TEST_F(Modules, RefuseWhatIsNoPacket) {
     Recorder* module = Add(7);
-    module->on_message = [&](const Recorder::Message&) {
-        handled.Signal();
-        return ONU_MNG_OK;
-    };
+    module->on_message = [&](const Recorder::Message&) { return Handled(); };
     ASSERT_EQ(0u, onu_mng_system_start());
     char* null_address = nullptr;
     char two_bytes[2] = {1, 2};
@@ -337,7 +326,7 @@ TEST_F(Modules, RefuseWhatIsNoPacket) {
     EXPECT_EQ(ONU_MNG_FAILURE, module->ServiceModule::HandleMsg(nullptr, 8));
     EXPECT_EQ(0u, Send(7));
     EXPECT_EQ(0, handled.TryWait(kWatchdogSeconds));
-    const std::vector<std::string> seen = lines.Take();
+    const Lines seen = lines.Take();
     EXPECT_EQ(2, std::count(seen.begin(), seen.end(), "13 msgRecv invalid MessagePacket"));
     EXPECT_EQ(1, std::count(seen.begin(), seen.end(), "13 handle invalid msg"));
 }
