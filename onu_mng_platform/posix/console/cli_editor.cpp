@@ -1,21 +1,17 @@
 #include "onu_mng_platform/posix/console/cli_editor.h"
 
-#include <cerrno>
-#include <chrono>
+#include <algorithm>
 #include <cstdio>
 #include <cwchar>
-#include <iterator>
 #include <new>
-#include <thread>
 #include <utility>
 
 #include <histedit.h>
-#include <poll.h>
-#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include "onu_mng_platform/posix/console/history_file.h"
-#include "onu_mng_platform/posix/console/terminal_modes.h"
+#include "onu_mng_platform/posix/console/line_room.h"
+#include "onu_mng_platform/posix/console/terminal_input.h"
 
 namespace onu_mng_platform {
 namespace {
@@ -40,8 +36,10 @@ std::string UpToCursor(EditLine* edit) {
 class CliEditor::Editing {
 public:
     Editing(const std::string& prompt, Keys keys, const Events* events)
-        : prompt_(prompt), keys_(std::move(keys)), events_(events), modes_(resumed_),
-          history_(history_init()), edit_(el_init("olt", stdin, stdout, stderr)) {
+        : prompt_(prompt), keys_(std::move(keys)), events_(events),
+          input_(events == nullptr ? nullptr : &events->stop, events == nullptr ? nullptr : &events->redraw),
+
+          history_(history_init(), history_end), edit_(el_init("olt", stdin, stdout, stderr), el_end) {
         if (history_ == nullptr || edit_ == nullptr) throw std::bad_alloc();
         HistEvent event;
         history(history_.get(), &event, H_SETSIZE, kHistorySize);
@@ -62,7 +60,7 @@ public:
     std::optional<std::string> Read() {
         do {
             // Before the prompt, so that a key that is pressed at its sight is one of the editor's.
-            if (!AwaitForeground()) return std::nullopt;
+            if (!input_.AwaitForeground()) return std::nullopt;
             el_set(edit_.get(), EL_PREP_TERM, 1);
             FitWindow();
             is_cancelled_ = false;
@@ -84,15 +82,9 @@ public:
         return true;
     }
 
-    bool IsCut() const { return is_cut_; }
+    bool IsCut() const { return input_.IsCut(); }
 
 private:
-    struct EndEdit {
-        void operator()(EditLine* edit) const { el_end(edit); }
-    };
-    struct EndHistory {
-        void operator()(History* past) const { history_end(past); }
-    };
     static Editing* Of(EditLine* edit) {
         void* self = nullptr;
         el_get(edit, EL_CLIENTDATA, &self);
@@ -116,6 +108,7 @@ private:
 
     int Next(wchar_t* character);
     bool Convert(char byte, wchar_t* character);
+    bool HasRoom(wchar_t key, bool is_quoted);
     int NextByte(char* byte);
     bool TakeKey(char* byte);
     void Help();
@@ -125,25 +118,23 @@ private:
     void PrintWaiting() const;
     void Redraw();
     void Resume();
-    void FitWindow();
-    bool AwaitForeground();
+    bool FitWindow();
+    std::pair<int, int> Window() const;
     int End();
 
     std::string prompt_;
     const Keys keys_;
     const Events* const events_;
-    const CliEvent resumed_; ///< the process was stopped, and goes on
-    const TerminalModes modes_;
-    std::unique_ptr<History, EndHistory> history_;
-    std::unique_ptr<EditLine, EndEdit> edit_;
+    TerminalInput input_;
+    const std::unique_ptr<History, decltype(&history_end)> history_;
+    const std::unique_ptr<EditLine, decltype(&el_end)> edit_;
     std::string line_;
     HistoryFile kept_;
-    winsize window_{};
+    LineRoom room_;
     std::string typed_for_; ///< what TAB has yet to type for the operator
     std::mbstate_t half_read_{};
     bool is_quote_ = false; ///< the last key was Ctrl-V
     bool is_cancelled_ = false;
-    bool is_cut_ = false;
 };
 
 int CliEditor::Editing::Next(wchar_t* character) {
@@ -151,8 +142,11 @@ int CliEditor::Editing::Next(wchar_t* character) {
     int result = 0;
     while ((result = NextByte(&byte)) == 1) {
         if (IsLeft(byte)) return 0;
+        const bool is_quoted = is_quote_;
         if (TakeKey(&byte) || !Convert(byte, character)) continue;
-        return 1;
+        if (HasRoom(*character, is_quoted)) return 1;
+        is_quote_ = is_quoted;
+        Print("\a");
     }
     return result;
 }
@@ -166,6 +160,14 @@ bool CliEditor::Editing::Convert(char byte, wchar_t* character) {
     if (size != kInvalid) return size <= 1;
     half_read_ = std::mbstate_t{};
     return !is_first && Convert(byte, character);
+}
+
+bool CliEditor::Editing::HasRoom(wchar_t key, bool is_quoted) {
+    const LineInfo* line = el_line(edit_.get());
+    const std::string_view text(line->buffer, static_cast<size_t>(line->lastchar - line->buffer));
+    const auto [rows, columns] = Window();
+    const size_t cells = static_cast<size_t>(rows) * static_cast<size_t>(columns);
+    return room_.Admits(key, is_quoted, text, cells - std::min(prompt_.size(), cells));
 }
 
 /// Does what a key of ours does. The editing library is not told of them: it would never free their names.
@@ -226,31 +228,25 @@ bool CliEditor::Editing::IsLeft(char byte) const {
 
 /// Takes the terminal again after others had it.
 void CliEditor::Editing::Resume() {
-    resumed_.Clear();
     el_set(edit_.get(), EL_PREP_TERM, 0);
     el_set(edit_.get(), EL_PREP_TERM, 1);
     Redraw();
 }
 
-/// Lines are broken where the window ends now.
-void CliEditor::Editing::FitWindow() {
-    winsize window{};
-    if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &window) != 0) return;
-    const bool has_changed = window.ws_row != window_.ws_row || window.ws_col != window_.ws_col;
-    window_ = window;
-    if (has_changed) el_resize(edit_.get());
+/// Rows and columns as the library takes the window to have.
+std::pair<int, int> CliEditor::Editing::Window() const {
+    std::pair<int, int> window;
+    el_get(edit_.get(), EL_GETTC, "li", &window.first);
+    el_get(edit_.get(), EL_GETTC, "co", &window.second);
+    return window;
 }
 
-/// Waits while the terminal belongs to the shell or another job. A program without events is stopped by the
-/// system instead. @return false when reading ends.
-bool CliEditor::Editing::AwaitForeground() {
-    while (events_ != nullptr && IsInBackground()) {
-        pollfd ready[] = {{events_->stop.descriptor(), POLLIN, 0}, {resumed_.descriptor(), POLLIN, 0}};
-        poll(ready, 2, kPause);
-        if (ready[0].revents != 0) return false;
-        resumed_.Clear();
-    }
-    return true;
+/// Lines are broken where the window ends now. The library does not correct where it takes the cursor to be, so
+/// a line on the screen is to be drawn again. @return whether the window has changed.
+bool CliEditor::Editing::FitWindow() {
+    const auto before = Window();
+    el_resize(edit_.get());
+    return Window() != before;
 }
 
 int CliEditor::Editing::End() {
@@ -265,30 +261,20 @@ int CliEditor::Editing::NextByte(char* byte) {
         typed_for_.erase(0, 1);
         return 1;
     }
-    const int stop = events_ == nullptr ? -1 : events_->stop.descriptor();
-    const int redraw = events_ == nullptr ? -1 : events_->redraw.descriptor();
-    pollfd ready[] = {{STDIN_FILENO, POLLIN, 0},
-                      {stop, POLLIN, 0},
-                      {redraw, POLLIN, 0},
-                      {resumed_.descriptor(), POLLIN, 0}};
     for (;;) {
-        if (poll(ready, std::size(ready), -1) < 0) {
-            if (errno != EINTR) std::this_thread::sleep_for(std::chrono::milliseconds(kPause));
-            continue;
+        switch (input_.Wait(byte)) {
+        case TerminalInput::Event::kByte:
+            if (FitWindow()) Redraw();
+            return 1;
+        case TerminalInput::Event::kRedraw:
+            Redraw();
+            break;
+        case TerminalInput::Event::kResumed:
+            Resume();
+            break;
+        case TerminalInput::Event::kEnd:
+            return End();
         }
-        if (ready[1].revents != 0) return End();
-        const bool has_returned = events_ != nullptr && IsInBackground();
-        if (has_returned && !AwaitForeground()) return End();
-        if (has_returned || ready[3].revents != 0) Resume();
-        if (ready[2].revents != 0) Redraw();
-        if (has_returned || ready[0].revents == 0) continue;
-        FitWindow();
-        const ssize_t size = read(STDIN_FILENO, byte, 1);
-        if (size == 1) return 1;
-        const bool may_go_on = errno == EINTR || errno == EAGAIN || IsInBackground();
-        if (size < 0 && may_go_on) continue;
-        is_cut_ = true; // while lines are edited, the key for the end of input is a key like others
-        return End();
     }
 }
 
