@@ -1,6 +1,6 @@
 #include "onu_mng_platform/posix/sleeper.h"
 
-#include <exception>
+#include "onu_mng_platform/common/sync/task_end.h"
 
 namespace onu_mng_platform {
 
@@ -12,9 +12,8 @@ void Sleeper::Sleep(const Deadline& deadline) {
     }
 }
 
-/// A task that is being unwound already runs its destructors to the end.
 bool Sleeper::MayEnd() const {
-    return protections_ == 0 && std::uncaught_exceptions() == 0;
+    return protections_ == 0 && !IsUnwinding();
 }
 
 void Sleeper::Reset() {

@@ -4,7 +4,8 @@
 #include <climits>
 #include <cstdio>
 #include <cstdlib>
-#include <exception>
+
+#include "onu_mng_platform/common/sync/task_end.h"
 
 namespace onu_mng_platform {
 
@@ -32,7 +33,7 @@ bool Scheduler::WaitFor(Task& self, Wait wait) {
     if (Holds(self, wait)) return true;
     if (wait.deadline <= now) return false;
     wait.since = now;
-    wait.can_end = wait.can_end && self.safe_depth == 0 && std::uncaught_exceptions() == 0;
+    wait.can_end = wait.can_end && self.safe_depth == 0 && !IsUnwinding();
     self.wait = std::move(wait);
     Task* next = Choose();
     if (next != &self) HandOver(next != nullptr ? next->baton : owner, self.baton);
@@ -44,8 +45,7 @@ bool Scheduler::WaitFor(Task& self, Wait wait) {
 }
 
 void Scheduler::EndPoint(Task& self) {
-    // A destructor that runs while the task is unwound has to come to its end.
-    if (self.end_requested && self.safe_depth == 0 && std::uncaught_exceptions() == 0) throw TaskEnd{};
+    if (self.end_requested && self.safe_depth == 0 && !IsUnwinding()) throw TaskEnd{};
 }
 
 SimTime Scheduler::After(SimTime span) const {

@@ -196,12 +196,19 @@ struct SlowGuard {
     uint32_t event_id;
 };
 
-PORT_TEST(PlatformTask, RunsItsDestructorsToTheEnd) {
+PORT_TEST(PlatformTask, RunsItsDestructorsAndCatchBlocksToTheEnd) {
     const PortSemaphore lock(true);
     const PortSemaphore event(false);
+    bool is_caught = false;
     PortTask task("guarded", [&] {
         const SlowGuard guard(lock, event);
-        Sleep(1000000);
+        try {
+            Sleep(1000000);
+        } catch (...) {
+            EXPECT_EQ(Sleep(0, 1), 0);
+            is_caught = true;
+            throw;
+        }
     });
     LetOthersSettle();
     EXPECT_EQ(TakeSemaphore(lock, 0), -1);
@@ -209,6 +216,7 @@ PORT_TEST(PlatformTask, RunsItsDestructorsToTheEnd) {
     LetOthersSettle();
     GiveSemaphore(event);
     deleter.WaitUntilDone();
+    EXPECT_TRUE(is_caught);
     EXPECT_EQ(TakeSemaphore(lock, 0), 0);
 }
 

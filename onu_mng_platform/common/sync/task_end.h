@@ -1,0 +1,31 @@
+#ifndef ONU_MNG_PLATFORM_COMMON_SYNC_TASK_END_H
+#define ONU_MNG_PLATFORM_COMMON_SYNC_TASK_END_H
+
+#include <exception>
+
+#include "onu_mng_platform/bep.h"
+
+namespace onu_mng_platform {
+
+/// True in a catch block that handles the end of the calling task.
+inline bool IsHandlingTaskEnd() {
+    const std::exception_ptr handled = std::current_exception();
+    if (handled == nullptr) return false;
+    try {
+        std::rethrow_exception(handled);
+    } catch (const bep_TaskEnd&) {
+        return true;
+    } catch (...) {
+        return false;
+    }
+}
+
+/// True while the calling task is being ended: its destructors and catch blocks run to their end, also where they
+/// wait.
+inline bool IsUnwinding() {
+    return std::uncaught_exceptions() != 0 || IsHandlingTaskEnd();
+}
+
+} // namespace onu_mng_platform
+
+#endif
