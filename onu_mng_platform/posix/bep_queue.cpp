@@ -1,89 +1,79 @@
-#include <algorithm>
+#include <atomic>
 #include <cstdint>
-#include <cstring>
-#include <limits>
 #include <memory>
 #include <mutex>
-#include <new>
+#include <utility>
 
 #include "onu_mng_platform/bep.h"
 #include "onu_mng_platform/common/sync/short_lock.h"
+#include "onu_mng_platform/posix/ring.h"
 #include "onu_mng_platform/posix/slot_table.h"
 #include "onu_mng_platform/posix/wait_list.h"
 
 namespace onu_mng_platform {
 namespace {
 
-/// The messages of a queue: a ring of cells, each with the length of its message in front.
-class Ring {
+/// The threads that wait at one end of a queue. A thread that enters looks at the queue once more before it
+/// sleeps, and a thread that changed the queue looks here afterwards: one of them sees the other.
+class WaitRoom {
 public:
-    /// Returns false when memory is short.
-    bool Reserve(uint32_t capacity, uint32_t message_size) {
-        constexpr size_t kAlign = alignof(uint32_t);
-        const size_t stride = (sizeof(uint32_t) + message_size + kAlign - 1) / kAlign * kAlign;
-        if (capacity > kMaxBytes / stride) return false;
-        cells_.reset(new (std::nothrow) char[capacity * stride]);
-        stride_ = stride;
-        capacity_ = capacity;
-        message_size_ = message_size;
-        first_ = count_ = 0;
-        return cells_ != nullptr;
-    }
-    void Discard() {
-        cells_.reset();
-        count_ = 0;
+    void Enter(Waiter& waiter) {
+        const std::lock_guard<ShortLock> guard(lock_);
+        list_.Add(waiter);
+        is_empty_.store(false, std::memory_order_seq_cst);
     }
 
-    uint32_t Count() const { return count_; }
-    uint32_t MessageSize() const { return message_size_; }
-
-    bool Put(const char* message, uint32_t size) {
-        if (count_ == capacity_) return false;
-        const uint32_t room = capacity_ - first_;
-        char* const cell = CellAt(count_ < room ? first_ + count_ : count_ - room);
-        std::memcpy(cell, &size, sizeof(size));
-        std::memcpy(cell + sizeof(size), message, size);
-        ++count_;
-        return true;
+    void Leave(Waiter& waiter) {
+        const std::lock_guard<ShortLock> guard(lock_);
+        list_.Remove(waiter);
+        is_empty_.store(list_.IsEmpty(), std::memory_order_relaxed);
     }
 
-    /// Returns the number of bytes copied; -1 when there is no message.
-    int Get(char* buffer, uint32_t room) {
-        if (count_ == 0) return -1;
-        const char* const cell = CellAt(first_);
-        uint32_t size = 0;
-        std::memcpy(&size, cell, sizeof(size));
-        size = std::min(size, room);
-        std::memcpy(buffer, cell + sizeof(size), size);
-        if (++first_ == capacity_) first_ = 0;
-        --count_;
-        return static_cast<int>(size);
+    void SignalOne() {
+        if (!is_empty_.load(std::memory_order_seq_cst)) Signal().Deliver();
+    }
+    void SignalAll() {
+        while (!is_empty_.load(std::memory_order_seq_cst))
+            Signal().Deliver();
     }
 
 private:
-    static constexpr size_t kMaxBytes = std::numeric_limits<int32_t>::max();
+    WakeUp Signal() {
+        const std::lock_guard<ShortLock> guard(lock_);
+        const WakeUp wake_up = list_.SignalFirst(nullptr);
+        is_empty_.store(list_.IsEmpty(), std::memory_order_relaxed);
+        return wake_up;
+    }
 
-    char* CellAt(uint32_t index) const { return cells_.get() + index * stride_; }
-
-    std::unique_ptr<char[]> cells_;
-    size_t stride_ = 0;
-    uint32_t capacity_ = 0;
-    uint32_t message_size_ = 0;
-    uint32_t first_ = 0;
-    uint32_t count_ = 0;
+    ShortLock lock_; // guards the list
+    WaitList list_;
+    std::atomic<bool> is_empty_{true};
 };
 
 struct Queue {
-    ShortLock lock; // guards the rest
-    bool exists = false;
-    uint32_t generation = 0;
-    Ring ring;
-    WaitList receivers;
-    WaitList senders;
+    // See Word(); changed under both locks of the ring.
+    std::atomic<uint32_t> word{0};
     uint32_t next_free = 0; // the table's
+    Ring ring;
+    WaitRoom receivers;
+    WaitRoom senders;
 
-    bool Is(Id id) const { return exists && generation == id.Generation(); }
-    bool Was(Id id) const { return Id::IsEarlier(id.Generation(), generation); }
+    static constexpr uint32_t Word(uint32_t generation, bool exists) {
+        return generation << 1 | (exists ? 1U : 0U);
+    }
+    bool Is(Id id) const { return word.load(std::memory_order_relaxed) == Word(id.Generation(), true); }
+    bool Was(Id id) const { return Id::IsEarlier(id.Generation(), Generation()); }
+    uint32_t Generation() const { return word.load(std::memory_order_relaxed) >> 1; }
+};
+
+/// Both ends of a queue.
+class QueueGuard {
+public:
+    explicit QueueGuard(Queue& queue) : put_(queue.ring.put_lock()), take_(queue.ring.take_lock()) {}
+
+private:
+    const std::lock_guard<ShortLock> put_;
+    const std::lock_guard<ShortLock> take_;
 };
 
 SlotTable<Queue, 64, 1024, 1024> g_queues;
@@ -94,70 +84,98 @@ Queue* FindQueue(uint32_t queue_id) {
 
 enum class Outcome { kDone, kNotYet, kRefused, kGone };
 
-/// Puts a message and says whom to wake; the queue's lock is held.
-Outcome TrySend(Queue& queue, Id id, const char* message, uint32_t size, WakeUp* wake_up) {
-    if (!queue.Is(id)) return Outcome::kGone;
-    if (size > queue.ring.MessageSize()) return Outcome::kRefused;
-    if (!queue.ring.Put(message, size)) return Outcome::kNotYet;
-    *wake_up = queue.receivers.SignalFirst(&queue.receivers);
-    return Outcome::kDone;
-}
+/// A call that puts a message into a queue.
+struct Sending {
+    Queue& queue;
+    const Id id;
+    const char* const message;
+    const uint32_t size;
 
-/// Takes a message and says whom to wake; the queue's lock is held.
-Outcome TryReceive(Queue& queue, Id id, char* buffer, uint32_t room, int* size, WakeUp* wake_up) {
-    if (!queue.Is(id)) return Outcome::kGone;
-    *size = queue.ring.Get(buffer, room);
-    if (*size < 0) return Outcome::kNotYet;
-    *wake_up = queue.senders.SignalFirst(&queue.senders);
-    return Outcome::kDone;
-}
+    WaitRoom& Room() const { return queue.senders; }
 
-/// Attempts anew each time `list` is signalled. A task whose queue disappears meanwhile stays until it is
-/// ended or its deadline passes.
-template <class Attempt>
-Outcome Wait(Queue& queue, WaitList& list, int ticks, Attempt attempt) {
-    const Deadline deadline(ticks);
-    Sleeper& self = Sleeper::Current();
-    Waiter waiter(self, &list);
-    Outcome outcome = Outcome::kNotYet;
-    std::unique_lock<ShortLock> guard(queue.lock);
-    for (;;) {
-        list.Remove(waiter);
-        outcome = attempt();
-        if (outcome != Outcome::kNotYet) break;
-        self.Prepare();
-        if (self.IsToEnd() || deadline.HasPassed()) break;
-        list.Add(waiter);
-        guard.unlock();
-        self.Sleep(deadline);
-        guard.lock();
+    bool IsWorthwhile() const {
+        const std::lock_guard<ShortLock> guard(queue.ring.put_lock());
+        return !queue.Is(id) || queue.ring.HasRoom();
     }
-    guard.unlock();
-    if (outcome == Outcome::kNotYet) self.EndPoint();
-    if (outcome == Outcome::kGone && self.IsTask()) self.WaitInVain(deadline);
+    Outcome Attempt() {
+        {
+            const std::lock_guard<ShortLock> guard(queue.ring.put_lock());
+            if (!queue.Is(id)) return Outcome::kGone;
+            if (size > queue.ring.MessageSize()) return Outcome::kRefused;
+            if (!queue.ring.Put(message, size)) return Outcome::kNotYet;
+        }
+        queue.receivers.SignalOne();
+        return Outcome::kDone;
+    }
+};
+
+/// A call that takes a message out of a queue.
+struct Receiving {
+    Queue& queue;
+    const Id id;
+    char* const buffer;
+    const uint32_t room;
+    int size = -1; // of the message
+
+    WaitRoom& Room() const { return queue.receivers; }
+
+    bool IsWorthwhile() const {
+        const std::lock_guard<ShortLock> guard(queue.ring.take_lock());
+        return !queue.Is(id) || queue.ring.HasMessage();
+    }
+    Outcome Attempt() {
+        {
+            const std::lock_guard<ShortLock> guard(queue.ring.take_lock());
+            if (!queue.Is(id)) return Outcome::kGone;
+            size = queue.ring.Get(buffer, room);
+            if (size < 0) return Outcome::kNotYet;
+        }
+        queue.senders.SignalOne();
+        return Outcome::kDone;
+    }
+};
+
+/// Attempts a call again until the deadline. A thread that was signalled attempts once more before it leaves
+/// for whatever reason, so that no message is left lying while another receiver sleeps.
+template <class Call>
+Outcome AttemptUntil(Call& call, const Deadline& deadline) {
+    Sleeper& self = Sleeper::Current();
+    Outcome outcome = Outcome::kNotYet;
+    const auto look = [&] {
+        outcome = call.Attempt();
+        return outcome != Outcome::kNotYet;
+    };
+    if (self.queue_patience.Await(look)) return outcome;
+    Waiter waiter(self, nullptr);
+    for (;;) {
+        self.Prepare();
+        call.Room().Enter(waiter);
+        if (!call.IsWorthwhile() && !self.IsToEnd() && !deadline.HasPassed()) self.Sleep(deadline);
+        call.Room().Leave(waiter);
+        if (look()) return outcome;
+        self.EndPoint();
+        if (deadline.HasPassed()) return Outcome::kNotYet;
+    }
+}
+
+/// Attempts a call, and waits when it has time and may succeed later. A task whose queue disappears meanwhile
+/// stays until it is ended or its deadline passes.
+template <class Call>
+Outcome AttemptOrWait(Call& call, int ticks) {
+    const Outcome first = call.Attempt();
+    if (first != Outcome::kNotYet || ticks == 0) return first;
+    const Deadline deadline(ticks);
+    const Outcome outcome = AttemptUntil(call, deadline);
+    if (outcome != Outcome::kGone) return outcome;
+    call.Room().SignalOne(); // a signal may have been for a thread that waits for the next queue in this slot
+    if (Sleeper::Current().IsTask()) Sleeper::Current().WaitInVain(deadline);
     return outcome;
 }
 
-/// Attempts once, and waits only when that says kNotYet and the caller has time.
-template <class Attempt>
-Outcome AttemptOrWait(Queue& queue, WaitList& list, int ticks, Attempt attempt) {
-    {
-        const std::lock_guard<ShortLock> guard(queue.lock);
-        const Outcome outcome = attempt();
-        if (outcome != Outcome::kNotYet || ticks == 0) return outcome;
-    }
-    return Wait(queue, list, ticks, attempt);
-}
-
 /// Keeps a task that asks without limit for messages of a queue that is gone from asking again and again.
-void StayIfGone(Queue& queue, Id id, int ticks) {
+void StayIfGone(const Queue& queue, Id id, int ticks) {
     Sleeper& self = Sleeper::Current();
-    if (ticks >= 0 || !self.IsTask()) return;
-    {
-        const std::lock_guard<ShortLock> guard(queue.lock);
-        if (!queue.Was(id)) return;
-    }
-    self.WaitInVain(Deadline(ticks));
+    if (ticks < 0 && self.IsTask() && queue.Was(id)) self.WaitInVain(Deadline(ticks));
 }
 
 } // namespace
@@ -168,25 +186,26 @@ using namespace onu_mng_platform;
 extern "C" uint32_t bep_msgQCreateEx(int max_msgs, int msg_size, int /*options*/, const char* /*file*/,
                                      int /*line*/) {
     if (max_msgs <= 0 || msg_size <= 0) return 0;
+    const auto capacity = static_cast<uint32_t>(max_msgs);
+    const auto message_size = static_cast<uint32_t>(msg_size);
+    std::unique_ptr<char[]> cells = Ring::NewCells(capacity, message_size);
+    if (cells == nullptr) return 0;
     const uint32_t index = g_queues.Acquire();
     if (index == g_queues.kNone) return 0;
     Queue& queue = *g_queues.At(index);
-    const std::lock_guard<ShortLock> guard(queue.lock);
-    queue.exists = queue.ring.Reserve(static_cast<uint32_t>(max_msgs), static_cast<uint32_t>(msg_size));
-    if (queue.exists) return Id(IdKind::kQueue, queue.generation, index).Number();
-    g_queues.Release(index);
-    return 0;
+    const QueueGuard guard(queue);
+    queue.ring.Install(std::move(cells), capacity, message_size);
+    const uint32_t generation = queue.Generation();
+    queue.word.store(Queue::Word(generation, true), std::memory_order_relaxed);
+    return Id(IdKind::kQueue, generation, index).Number();
 }
 
 extern "C" int bep_msgQSendEx(uint32_t queue_id, const char* buf, unsigned int len, int ticks,
                               int /*priority*/, const char* /*file*/, int /*line*/) {
     Queue* const queue = FindQueue(queue_id);
     if (queue == nullptr || buf == nullptr || len == 0) return -1;
-    WakeUp wake_up;
-    const Outcome outcome = AttemptOrWait(*queue, queue->senders, ticks,
-                                          [&] { return TrySend(*queue, Id(queue_id), buf, len, &wake_up); });
-    wake_up.Deliver();
-    return outcome == Outcome::kDone ? 0 : -1;
+    Sending call{*queue, Id(queue_id), buf, len};
+    return AttemptOrWait(call, ticks) == Outcome::kDone ? 0 : -1;
 }
 
 extern "C" int bep_msgQReceiveEx(uint32_t queue_id, char* buf, unsigned int len, int ticks,
@@ -194,35 +213,32 @@ extern "C" int bep_msgQReceiveEx(uint32_t queue_id, char* buf, unsigned int len,
     Sleeper::Current().EndPoint();
     Queue* const queue = FindQueue(queue_id);
     if (queue == nullptr || buf == nullptr || len == 0) return -1;
-    WakeUp wake_up;
-    int size = -1;
-    const Outcome outcome = AttemptOrWait(*queue, queue->receivers, ticks, [&] {
-        return TryReceive(*queue, Id(queue_id), buf, len, &size, &wake_up);
-    });
-    wake_up.Deliver();
+    Receiving call{*queue, Id(queue_id), buf, len};
+    const Outcome outcome = AttemptOrWait(call, ticks);
     if (outcome == Outcome::kGone) StayIfGone(*queue, Id(queue_id), ticks);
-    return outcome == Outcome::kDone ? size : -1;
+    return outcome == Outcome::kDone ? call.size : -1;
 }
 
 extern "C" int bep_msgQNumMsgsEx(uint32_t queue_id) {
     Queue* const queue = FindQueue(queue_id);
     if (queue == nullptr) return 0;
-    const std::lock_guard<ShortLock> guard(queue->lock);
+    const std::lock_guard<ShortLock> guard(queue->ring.put_lock());
     return queue->Is(Id(queue_id)) ? static_cast<int>(queue->ring.Count()) : 0;
 }
 
 extern "C" int bep_msgQDeleteEx(uint32_t queue_id) {
+    const Id id(queue_id);
     Queue* const queue = FindQueue(queue_id);
     if (queue == nullptr) return -1;
+    std::unique_ptr<char[]> cells; // freed without a lock
     {
-        const std::lock_guard<ShortLock> guard(queue->lock);
-        if (!queue->Is(Id(queue_id))) return -1;
-        queue->exists = false;
-        queue->generation = Id::NextGeneration(queue->generation);
-        queue->ring.Discard();
-        queue->receivers.SignalAll(&queue->receivers);
-        queue->senders.SignalAll(&queue->senders);
+        const QueueGuard guard(*queue);
+        if (!queue->Is(id)) return -1;
+        queue->word.store(Queue::Word(Id::NextGeneration(id.Generation()), false), std::memory_order_relaxed);
+        cells = queue->ring.Discard();
     }
-    g_queues.Release(Id(queue_id).Index());
+    queue->receivers.SignalAll();
+    queue->senders.SignalAll();
+    g_queues.Release(id.Index());
     return 0;
 }

@@ -65,10 +65,19 @@ Attempt TakeOrMark(Semaphore& semaphore, uint32_t generation, State when_taken) 
     }
 }
 
+/// Takes a semaphore that is available, as far as one look tells.
+bool TryTake(Semaphore& semaphore, uint32_t generation) {
+    uint32_t word = Word(generation, kAvailable);
+    return semaphore.word.load(std::memory_order_relaxed) == word &&
+           semaphore.word.compare_exchange_strong(word, Word(generation, kTaken), std::memory_order_acquire,
+                                                  std::memory_order_relaxed);
+}
+
 /// Waits until the semaphore is taken (0), gone or not to be had in time (-1).
 int TakeSlowly(Semaphore& semaphore, uint32_t generation, int ticks) {
     const Deadline deadline(ticks);
     Sleeper& self = Sleeper::Current();
+    if (self.semaphore_patience.Await([&] { return TryTake(semaphore, generation); })) return 0;
     WaitRoom& room = RoomOf(semaphore);
     Waiter waiter(self, &semaphore);
     Attempt attempt = Attempt::kMarked;

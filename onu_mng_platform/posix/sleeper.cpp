@@ -20,6 +20,8 @@ void Sleeper::Reset() {
     word_.store(kAwake, std::memory_order_relaxed);
     asked_to_end_.store(false, std::memory_order_relaxed);
     protections_ = 0;
+    queue_patience.Reset();
+    semaphore_patience.Reset();
 }
 
 void Sleeper::Delay(const Deadline& deadline) {

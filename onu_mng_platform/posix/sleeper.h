@@ -7,6 +7,7 @@
 #include "onu_mng_platform/bep.h"
 #include "onu_mng_platform/common/sync/futex.h"
 #include "onu_mng_platform/posix/deadline.h"
+#include "onu_mng_platform/posix/patience.h"
 
 namespace onu_mng_platform {
 
@@ -79,6 +80,9 @@ public:
     /// Sleeps for want of anything that could still happen: until the task is ended, until the deadline, or
     /// until it is to end but may not be ended here.
     void WaitInVain(const Deadline& deadline);
+
+    Patience queue_patience;     ///< of its own thread
+    Patience semaphore_patience; ///< the same
 
 private:
     enum : uint32_t { kAwake, kAsleep, kRung };

@@ -39,6 +39,8 @@ public:
         waiter.is_waiting = false;
     }
 
+    bool IsEmpty() const { return first_ == nullptr; }
+
     /// Returns the first that waits for `key`; null when there is none.
     Waiter* Find(const void* key) const {
         Waiter* waiter = first_;

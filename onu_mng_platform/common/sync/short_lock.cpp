@@ -7,20 +7,12 @@
 #include <ctime>
 
 #include "onu_mng_platform/common/sync/futex.h"
+#include "onu_mng_platform/common/sync/pause.h"
 
 namespace onu_mng_platform {
 namespace {
 
 constexpr int kLooks = 100;
-
-/// Leaves the processor's resources to others for a moment.
-void Pause() {
-#if defined(__x86_64__) || defined(__i386__)
-    __builtin_ia32_pause();
-#elif defined(__aarch64__) || defined(__arm__)
-    asm volatile("yield");
-#endif
-}
 
 } // namespace
 
