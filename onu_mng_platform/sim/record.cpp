@@ -31,7 +31,7 @@ std::string CallText(const RecordedCall& call) {
         if (!arguments.empty()) arguments += ", ";
         arguments += std::string(name) + " " + std::to_string(value);
     };
-    add(call.name->object, Board::Instance().Number(call.object));
+    add(call.name->object, call.object);
     add(call.name->first, call.first);
     add(call.name->second, call.second);
     return std::string(call.name->name) + "(" + arguments + ")";
@@ -63,7 +63,7 @@ void Record::Add(const RecordedCall& call) {
     AddText(call.name->name);
     Mix(static_cast<std::uint64_t>(call.ended.count()));
     Mix(static_cast<std::uint64_t>(call.caller->number));
-    Mix(static_cast<std::uint64_t>(Board::Instance().Number(call.object)));
+    Mix(static_cast<std::uint64_t>(call.object));
     Mix(static_cast<std::uint64_t>(call.first));
     Mix(static_cast<std::uint64_t>(call.second));
     Mix(call.has_result ? static_cast<std::uint64_t>(call.result) : ~0u);

@@ -30,7 +30,7 @@ struct RecordedCall {
     SimTime ended{0};
     std::uint64_t first_step = 0; ///< its place among the beginnings and ends of all calls
     std::uint64_t last_step = 0;
-    std::uint32_t object = 0;
+    std::int64_t object = 0; ///< its number
     std::int64_t first = 0;
     std::int64_t second = 0;
     std::int64_t result = 0;

@@ -40,7 +40,7 @@ public:
     SeamCall& operator=(const SeamCall&) = delete;
 
     SeamCall& On(std::uint32_t object) {
-        call.object = object;
+        call.object = Board::Instance().Number(object);
         return *this;
     }
     SeamCall& With(std::int64_t first, std::int64_t second = 0) {
@@ -72,7 +72,7 @@ public:
 
     /// Of a call that creates an object: its id, 0 for none.
     std::uint32_t Created(std::uint32_t id) {
-        call.object = id;
+        On(id);
         return Result(id, id != 0 ? 0 : -1);
     }
 

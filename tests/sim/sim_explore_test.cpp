@@ -5,6 +5,7 @@
 
 #include <chrono>
 #include <functional>
+#include <map>
 #include <optional>
 #include <vector>
 
@@ -12,6 +13,7 @@
 #include "onu_mng_lib/onu_mng_log.h"
 #include "onu_mng_platform/bep.h"
 #include "onu_mng_platform/ulog.h"
+#include "tests/support/port_task.h"
 #include "tests/support/sim_host.h"
 #include "tests/support/sim_scenario.h"
 
@@ -43,22 +45,26 @@ unsigned int Send(unsigned short onu_id) {
 
 TEST(Explored, SendersIntoAFullQueueLoseNothing) {
     ForEachSchedule([](Simulation& board) {
-        std::size_t handled = 0;
-        std::size_t accepted = 0;
-        onu_mng_module_reg_service_module(new SimModule(
-            kType, MSG_PROC_ASYNC,
-            [&](const SimModule::Message& message) {
-                EXPECT_EQ(1, *message.data);
-                ++handled;
-                return ONU_MNG_OK;
-            },
-            1));
+        std::map<int, std::vector<int>> handled; // by the sender
+        std::map<int, std::vector<int>> accepted;
+        const auto handle = [&](const SimModule::Message& message) {
+            EXPECT_EQ(1, *message.data);
+            handled[message.onu_id / 10].push_back(message.onu_id);
+            return ONU_MNG_OK;
+        };
+        onu_mng_module_reg_service_module(new SimModule(kType, MSG_PROC_ASYNC, handle, 1));
         EXPECT_EQ(ONU_MNG_OK, onu_mng_system_start());
         board.Settle();
-        const auto send_two = [&] { accepted += (Send(1) == ONU_MNG_OK) + (Send(2) == ONU_MNG_OK); };
-        Explore(board, {send_two, send_two});
+        const auto send_two = [&](int sender) {
+            return [&, sender] {
+                for (const int message : {sender * 10, sender * 10 + 1})
+                    if (Send(static_cast<unsigned short>(message)) == ONU_MNG_OK)
+                        accepted[sender].push_back(message);
+            };
+        };
+        Explore(board, {send_two(1), send_two(2)});
         EXPECT_EQ(accepted, handled);
-        EXPECT_EQ(4 - accepted, board.Logged("msgQSend failed\r\n"));
+        EXPECT_EQ(4 - accepted[1].size() - accepted[2].size(), board.Logged("msgQSend failed\r\n"));
     });
 }
 
@@ -97,17 +103,38 @@ TEST(Explored, ASenderLosesNothingToAReceiverThatIsDeleted) {
     });
 }
 
-TEST(Explored, AProcedureEndsOnceBetweenItsClientAndTheSupervision) {
+// The task that removes modules is itself deleted, wherever it is.
+TEST(Explored, ARemoverThatIsDeletedLeavesTheManagerUsable) {
     ForEachSchedule([](Simulation& board) {
-        StateContextManager::GetInstance()->interval_run_time = 1;
+        ModuleManager* const modules = ModuleManager::GetInstance();
+        const auto handle = [&](const SimModule::Message&) {
+            board.Sleep(1ms);
+            return ONU_MNG_OK;
+        };
+        onu_mng_module_reg_service_module(new SimModule(kType, MSG_PROC_ASYNC, handle));
+        ASSERT_EQ(ONU_MNG_OK, onu_mng_system_start() | Send(1) | Send(2));
+        board.Settle();
+        board.Explored([&] {
+            PortTask remover("remover", [&] { modules->RemoveModule(kType); });
+            ulogPrintf(SimHost::kLogModule, 9, "a moment\r\n");
+            remover.Delete();
+        });
+        EXPECT_EQ(ONU_MNG_OK, modules->RemoveModule(kType));
+        EXPECT_EQ(0u, modules->GetSize());
+    });
+}
+
+// A message, an operator's termination and the supervision's come at once to a context that has absorbed all that
+// it absorbs.
+TEST(Explored, AProcedureEndsOnceWhateverEndsIt) {
+    ForEachSchedule([](Simulation& board) {
+        StateContextManager* const pool = StateContextManager::GetInstance();
+        pool->interval_run_time = 1;
         int failures = 0;
-        int in_hooks = 0;
         SimContext context(
             [&](StateContext& where, char*) {
-                EXPECT_EQ(1, ++in_hooks);
                 failures += where.cur_state == STATE_FAIL;
                 ulogPrintf(SimHost::kLogModule, 9, "in a hook\r\n");
-                --in_hooks;
                 return ONU_MNG_OK;
             },
             1);
@@ -115,12 +142,17 @@ TEST(Explored, AProcedureEndsOnceBetweenItsClientAndTheSupervision) {
         ASSERT_EQ(ONU_MNG_OK, context.Alloc(1, 5, nullptr, 0));
         while (context.stop_times != 6)
             board.Sleep(1s);
-        const auto operate = [&] {
-            board.Sleep(1s); // when the supervision looks next
-            const unsigned int ret = context.Operate();
-            EXPECT_TRUE(ret == ONU_MNG_OK || ret == ONU_MNG_STATE_UNMATCHED) << std::hex << ret;
+        const auto end = [&](const std::function<unsigned int()>& act) {
+            return [&board, act] {
+                board.Sleep(1s); // when the supervision looks next
+                const unsigned int ret = act();
+                const bool is_known =
+                    ret == ONU_MNG_OK || ret == ONU_MNG_STATE_UNMATCHED || ret == ONU_MNG_STATE_REFUSED;
+                EXPECT_TRUE(is_known) << std::hex << ret;
+            };
         };
-        Explore(board, {operate});
+        Explore(board, {end([&] { return context.Operate(); }),
+                        end([&] { return pool->Terminate(context.context_id); })});
         EXPECT_EQ(1, failures);
         EXPECT_EQ(STATE_IDLE, context.cur_state);
         EXPECT_EQ(0, context.stop_times);
