@@ -37,16 +37,26 @@ bool IsLeftToTheSystem(int signal) {
     return sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_DFL;
 }
 
+/// Ends or stops the process as the system does by default. The signal may be blocked in a handler; it would then
+/// stay pending, and call the handler again and again.
+void TakeDefaultAction(int signal) {
+    Handle(signal, SIG_DFL, 0);
+    sigset_t only;
+    sigemptyset(&only);
+    sigaddset(&only, signal);
+    pthread_sigmask(SIG_UNBLOCK, &only, nullptr);
+    raise(signal);
+}
+
 void OnEnd(int signal) {
     Restore();
-    raise(signal); // the handler is reset, so this ends the process
+    TakeDefaultAction(signal);
 }
 
 void OnStop(int signal) {
     const int error = errno;
     Restore();
-    Handle(signal, SIG_DFL, 0);
-    raise(signal); // the process stops here
+    TakeDefaultAction(signal); // the process stops here
     Handle(signal, OnStop, SA_NODEFER | SA_RESTART);
     SetResumed();
     errno = error;
