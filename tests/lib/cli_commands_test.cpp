@@ -185,24 +185,12 @@ TEST_F(CliCommands, ShowMemoryChoosesTheView) {
     }
 }
 
-TEST_F(CliCommands, WithoutMemoryAReportSaysSoAndWithoutBlocksItHasBlanks) {
+TEST_F(CliCommands, WithoutBlocksAReportHasBlanks) {
     OnBoard({}, [](Simulation& board) {
-        CapturedTerminal terminal;
-        int result = 0;
-        const auto show = [&] {
-            result = cl_onu_mng_show_service_module_summary_cmd_fun(nullptr, terminal, 0, nullptr);
-        };
-        show();
-        const std::string whole = terminal.Text();
-        WithoutMemory(board, show, [&](bool failed) {
-            EXPECT_EQ(terminal.Text(), failed ? "not enough memory for the report\r\n" : whole);
-            EXPECT_EQ(result, failed ? 1 : 0);
-        });
         board.FailFrom(SimFault::kPoolAlloc, 1);
-        show();
+        const std::string report = Type("show service_module summary");
         board.FailNone();
-        EXPECT_NE(terminal.Text().find("1      9        " + std::string(33, ' ') + "\r\n"),
-                  std::string::npos);
+        EXPECT_NE(report.find("1      9        " + std::string(33, ' ') + "\r\n"), std::string::npos);
     });
 }
 
