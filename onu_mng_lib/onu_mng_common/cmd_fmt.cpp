@@ -44,8 +44,12 @@ unsigned int DefaultWidth(VariantType type) {
 }
 
 void PutField(TextOutput& output, std::string_view text, unsigned int width) {
-    output.Put(text);
-    output.PutBlanks(width > text.size() ? width - text.size() : 1);
+    if (text.size() <= TextOutput::kInPlace) {
+        output.PutField(width, [text](char* place) { return text.copy(place, text.size()); });
+    } else {
+        output.Put(text);
+        output.PutBlanks(width > text.size() ? width - text.size() : 1);
+    }
 }
 
 unsigned int FieldWidth(CommandFormatType type, const ParameterFormat& column) {
@@ -53,9 +57,13 @@ unsigned int FieldWidth(CommandFormatType type, const ParameterFormat& column) {
 }
 
 void PutCell(TextOutput& output, CommandFormatType type, const ParameterFormat& column, Variant& value) {
-    if (column.type != VARIANT_TYPE_NONE && value.ResetType(column.type) != ONU_MNG_OK) return;
+    const bool is_to_convert = column.type != VARIANT_TYPE_NONE && value.GetType() != column.type;
+    if (is_to_convert && value.ResetType(column.type) != ONU_MNG_OK) return;
     const unsigned int width = FieldWidth(type, column);
-    if (value.GetType() == VARIANT_TYPE_STRING)
+    static_assert(Variant::kScalarTextSize <= TextOutput::kInPlace);
+    if (value.GetType() < VARIANT_TYPE_STRING)
+        output.PutField(width, [&value](char* place) { return value.ScalarToChars(place); });
+    else if (value.GetType() == VARIANT_TYPE_STRING)
         PutField(output, value.GetBuff(), width); // a report also prints when memory is too short for a copy
     else
         PutField(output, value.ToString(), width);

@@ -4,6 +4,7 @@
 
 #include <charconv>
 #include <cstddef>
+#include <cstring>
 #include <string_view>
 
 /// The digits of a whole number, in a place of their own.
@@ -38,8 +39,28 @@ public:
     /// Puts `text` and blanks up to `width` characters; a longer text is put whole.
     void PutPadded(std::string_view text, std::size_t width);
 
+    /// The most characters of a text that is written in place.
+    static constexpr std::size_t kInPlace = 32;
+    /// Puts a text and blanks up to `width` characters, at least one. `write(place)` writes the text, at most
+    /// `kInPlace` characters, and returns its length.
+    template <typename Write>
+    void PutField(std::size_t width, Write write) {
+        if (sizeof(area) - used < kInPlace + kBlanks) Flush();
+        const std::size_t size = write(area + used);
+        used += size;
+        PutBlanksInPlace(width > size ? width - size : 1);
+    }
+
 private:
+    static constexpr std::size_t kBlanks = 32;
+
     void Flush();
+    /// There is room for `kBlanks`.
+    void PutBlanksInPlace(std::size_t count) {
+        if (count > kBlanks) return PutBlanks(count);
+        std::memset(area + used, ' ', kBlanks); // a constant size takes no call
+        used += count;
+    }
 
     void* const terminal;
     std::size_t used = 0;

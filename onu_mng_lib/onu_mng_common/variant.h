@@ -146,6 +146,10 @@ public:
     /// BOOL as True or False, integers of 8 and 16 bits in decimal, of 32 and 64 bits as 0x and lower-case
     /// hexadecimal, a BUFFER as 0x and two digits a byte. The empty text when empty or memory is short.
     std::string ToString() const;
+    /// Writes what `ToString` gives for a scalar to the `kScalarTextSize` characters at `place`, those behind
+    /// the text undefined and no NUL. @return the length of the text; 0 when this is no scalar.
+    std::size_t ScalarToChars(char* place) const;
+    static constexpr std::size_t kScalarTextSize = sizeof("0x123456789abcdef0") - 1;
 
     /// Reads a value from a text.
     ///

@@ -3,11 +3,14 @@
 #include "onu_mng_lib/onu_mng_common/variant.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cstdint>
 #include <cstdlib>
 #include <limits>
 #include <memory>
 #include <new>
+#include <string_view>
+#include <type_traits>
 
 #include "onu_mng_lib/onu_mng_common/mem_mgr.h"
 #include "onu_mng_lib/onu_mng_common/text_output.h"
@@ -28,20 +31,50 @@ void PutHex(char* place, char byte) {
 
 // ---- Scalars ----
 
-std::string TextOf(bool flag) {
-    return flag ? "True" : "False";
+// Each writes the text of a scalar to `place` and returns its length.
+
+std::size_t ToChars(char* place, bool flag) {
+    constexpr std::string_view kTexts[] = {"False", "True"};
+    return kTexts[flag].copy(place, kTexts[flag].size());
+}
+
+/// The eight hexadecimal digits of a number, the most significant first, all at once.
+void PutEightHexDigits(char* place, std::uint32_t number) {
+    std::uint64_t bytes = number; // a byte for each digit
+    bytes = (bytes << 16 | bytes) & 0x0000FFFF0000FFFF;
+    bytes = (bytes << 8 | bytes) & 0x00FF00FF00FF00FF;
+    bytes = (bytes << 4 | bytes) & 0x0F0F0F0F0F0F0F0F;
+    const std::uint64_t is_letter = (bytes + 0x0606060606060606) >> 4 & 0x0101010101010101;
+    VariantUtil::Store(place, bytes + 0x3030303030303030 + is_letter * ('a' - '9' - 1));
+}
+
+unsigned int HexDigitsOf(unsigned long long number) {
+    return (67u - static_cast<unsigned int>(__builtin_clzll(number | 1))) / 4;
 }
 
 template <typename T>
-std::string TextOf(T number) {
-    if constexpr (sizeof(T) > sizeof(short))
-        return std::string("0x").append(Digits(static_cast<std::make_unsigned_t<T>>(number), 16));
-    else
-        return std::string(Digits(number));
+std::size_t ToChars(char* place, T number) {
+    if constexpr (sizeof(T) <= sizeof(short)) {
+        return static_cast<std::size_t>(std::to_chars(place, place + Variant::kScalarTextSize, number).ptr -
+                                        place);
+    } else {
+        constexpr unsigned int kMostDigits = 2 * sizeof(T);
+        auto bits = static_cast<std::make_unsigned_t<T>>(number);
+        const unsigned int digits = HexDigitsOf(bits);
+        bits <<= 4 * (kMostDigits - digits);
+        place[0] = '0';
+        place[1] = 'x';
+        if constexpr (sizeof(T) == sizeof(std::uint64_t)) {
+            PutEightHexDigits(place + 10, static_cast<std::uint32_t>(bits));
+            bits >>= 32;
+        }
+        PutEightHexDigits(place + 2, static_cast<std::uint32_t>(bits));
+        return 2 + digits;
+    }
 }
 
-std::string TextOf(char byte) {
-    return TextOf(static_cast<unsigned char>(byte));
+std::size_t ToChars(char* place, char byte) {
+    return ToChars(place, static_cast<unsigned char>(byte));
 }
 
 /// A number as a conversion of 32 bits reads it: beyond its range it saturates, a minus sign before an
@@ -76,6 +109,13 @@ bool IsHexText(const std::string& text) {
 
 } // namespace
 
+std::size_t Variant::ScalarToChars(char* place) const {
+    std::size_t size = 0;
+    VariantScalars::Visit(
+        type, [this, place, &size](auto zero) { size = ToChars(place, GetScalar<decltype(zero)>()); });
+    return size;
+}
+
 std::string Variant::ToString() const {
     std::string text;
     try {
@@ -88,8 +128,8 @@ std::string Variant::ToString() const {
             for (std::size_t i = 0; i < len; ++i)
                 PutHex(&text[2 + 2 * i], value.buff[i]);
         } else {
-            VariantScalars::Visit(type,
-                                  [this, &text](auto zero) { text = TextOf(GetScalar<decltype(zero)>()); });
+            char place[kScalarTextSize];
+            text.assign(place, ScalarToChars(place));
         }
     } catch (const std::bad_alloc&) {
     }
