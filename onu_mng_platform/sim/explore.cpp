@@ -29,7 +29,7 @@ struct Explorer::Results {
         void* const memory = mmap(nullptr, sizeof(Results), PROT_READ | PROT_WRITE,
                                   MAP_SHARED | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
         if (memory == MAP_FAILED) throw std::bad_alloc();
-        return {static_cast<Results*>(memory), [](Results* results) { munmap(results, sizeof(Results)); }};
+        return {static_cast<Results*>(memory), [](Results* batch) { munmap(batch, sizeof(Results)); }};
     }
 };
 
