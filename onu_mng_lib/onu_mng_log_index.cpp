@@ -107,8 +107,8 @@ public:
 
 private:
     void Step() {
-        const unsigned int version = index.version.load(std::memory_order_relaxed);
-        index.version.store(version + 1, std::memory_order_release);
+        const unsigned int before = index.version.load(std::memory_order_relaxed);
+        index.version.store(before + 1, std::memory_order_release);
     }
 
     TraceIndex& index;

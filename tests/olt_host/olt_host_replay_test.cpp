@@ -140,7 +140,7 @@ TEST_F(OltHostReplay, TellsMalformedLinesApart) {
 }
 
 /// A capture with microseconds in the little-endian pcap format; `link` 1 is Ethernet.
-std::string Capture(char link, const std::vector<std::string>& frames) {
+std::string Capture(std::size_t link, const std::vector<std::string>& frames) {
     const auto number = [](std::size_t n) { return std::string({static_cast<char>(n), 0, 0, 0}); };
     std::string file = Bytes("d4c3b2a1020004000000000000000000ffff0000") + number(link);
     for (const std::string& hex : frames)

@@ -41,7 +41,7 @@ std::uint32_t SpawnTask(const std::function<void()>& function) {
 
 TEST(SimulatedBoard, MeansTheSameRunByASeedOnEveryMachine) {
     std::map<std::uint64_t, std::uint64_t> fingerprints;
-    for (const std::uint64_t seed : {1, 2, 2038, 2, 1, 2038}) {
+    for (const std::uint64_t seed : {1u, 2u, 2038u, 2u, 1u, 2038u}) {
         Simulation board(seed);
         board.Run([&] {
             const PortQueue queue(1, 4);

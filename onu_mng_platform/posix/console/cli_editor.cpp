@@ -17,7 +17,6 @@ namespace onu_mng_platform {
 namespace {
 
 constexpr int kHistorySize = 500;
-constexpr int kPause = 1000;     // ms
 constexpr char kCancel = '\x03'; // Ctrl-C
 constexpr char kQuote = '\x16';  // Ctrl-V
 

@@ -25,10 +25,10 @@ void SetResumed() {
     if (resumed != nullptr) resumed->Set();
 }
 
-void Handle(int signal, void (*handler)(int), int flags) {
+void Handle(int signal, void (*handler)(int), unsigned int flags) {
     struct sigaction action {};
     action.sa_handler = handler;
-    action.sa_flags = flags;
+    action.sa_flags = static_cast<int>(flags);
     sigaction(signal, &action, nullptr);
 }
 
