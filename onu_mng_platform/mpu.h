@@ -1,6 +1,6 @@
-/* The memory-pool half of the platform seam: blocks of any size from one region that is reserved when the
- * pool is created. Every operation takes bounded time and may be called from any task; none is an end point
- * of a task (bep.h).
+/* The memory-pool part of the platform seam. A pool gives out blocks of any size from one region, which is
+ * reserved when the pool is created. Every operation takes bounded time and may be called from any task. None
+ * is an end point of a task (bep.h).
  */
 #ifndef ONU_MNG_PLATFORM_MPU_H
 #define ONU_MNG_PLATFORM_MPU_H
@@ -11,46 +11,47 @@
 extern "C" {
 #endif
 
-/* Creates a pool of `size` bytes, whose memory is there when the function returns. `name` is copied. The library passes 1 for `shared` (the pool serves
- * concurrent tasks; the only kind there is) and 0 for `options`. Pools live as long as the process.
- * Returns the pool's id, 0 or above; -1 when the region or the ids are short or `size` is 0. */
+/* Creates a pool of `size` bytes. When it returns, the memory is really there. `name` is copied. The library
+ * passes 1 for `shared` (concurrent tasks may use the pool; there is no other kind) and 0 for `options`. A
+ * pool exists until the process ends.
+ * Returns the id of the pool, 0 or above; -1 if `size` is 0, or if memory or ids are short. */
 int mpuCreate(const char* name, unsigned int size, int shared, int options);
 
-/* Takes a block of `size` bytes, aligned to 16, with undefined contents. `file` (a literal that outlives the
- * block) and `line` are kept with the block for the views.
- * Returns the block; null when `size` is 0, no pool has the id or no free range is large enough. Free blocks
- * that other tasks keep in stock are used before a request fails.
- * The time is bounded: a request that would fail otherwise takes back what all tasks have in stock and looks
- * at every free range that is about as large as itself, at most (size of the pool / `size`) of them. */
+/* Takes a block of `size` bytes with undefined contents, aligned to 16. `file` (a literal) and `line` are
+ * kept with the block for the views.
+ * Returns the block; null if `size` is 0, if no pool has the id, or if no free range is large enough. Before
+ * a request fails, free blocks that other tasks keep in stock are used. The time is bounded: a request that
+ * would fail otherwise collects the stocks of all tasks and looks at every free range that is about as large
+ * as itself. There are at most (size of the pool / `size`) of them. */
 void* mpuAlloc_(int pool_id, unsigned int size, const char* file, int line);
 
-/* Returns a block to its pool, from any task.
- * Returns 0; -1, with nothing changed, for a pointer that is not the start of a block of any pool, for a block
- * that is free already, and for a block written past its end (which is never handed out again). One log line
- * at level 13 then names the pool and the offset from its start in bytes. */
+/* Gives a block back to its pool. Any task, even one that did not take it.
+ * Returns 0; -1, with nothing changed, for a pointer that is not the start of a block of any pool, for a
+ * block that is free already, and for a block that was written past its end. Such a block is never given out
+ * again. After a -1, one log line at level 13 names the pool and the offset of the block in bytes. */
 int mpuFree(void* block);
 
-/* The views print to the terminal whose command is running in the calling task (cli.h), else to standard
- * output; lines end in CR LF. No lock is held while printing. Ids of no pool print nothing. */
+/* The views print to the terminal of the command that runs in the calling task (cli.h), or else to standard
+ * output. Lines end in CR LF. No lock is held while printing. If no pool has the id, nothing is printed. */
 
-/* Totals of every pool: size, used, peak, live blocks, failures. */
+/* Prints the totals of every pool: size, used bytes, peak, live blocks, failures. */
 void mpuShow(void);
-/* Free and used blocks of one pool by size. */
+/* Prints the free and the used blocks of one pool by size. */
 void mpuShowd(int pool_id);
-/* The live blocks of one pool grouped by the source file and line that took them. */
+/* Prints the live blocks of one pool by the source file and line that took them. */
 void mpuShowDebug(int pool_id);
 
-/* The exact totals of one pool. Bytes count what callers asked for, rounded up to 16. */
+/* The exact totals of one pool. Bytes are those that callers asked for, each request rounded up to 16. */
 typedef struct mpu_stat {
     size_t size;          /* bytes of the region */
     size_t used;          /* bytes in live blocks */
     size_t peak;          /* highest value of `used` so far */
     size_t blocks;        /* live blocks */
     unsigned long allocs; /* blocks taken since creation */
-    unsigned long fails;  /* requests answered with null, those of size 0 excepted */
+    unsigned long fails;  /* requests that returned null, except those of size 0 */
 } mpu_stat;
 
-/* Fills `stat`. Returns 0; -1 for null or an id of no pool. */
+/* Fills `stat`. Returns 0; -1 if `stat` is null or no pool has the id. */
 int mpuGetStat(int pool_id, mpu_stat* stat);
 
 #ifdef __cplusplus
