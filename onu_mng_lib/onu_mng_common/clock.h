@@ -1,4 +1,4 @@
-/// Time stamps, and the current date and time.
+/// Time stamps; the current date and time.
 #ifndef ONU_MNG_LIB_ONU_MNG_COMMON_CLOCK_H
 #define ONU_MNG_LIB_ONU_MNG_COMMON_CLOCK_H
 
@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <string>
 
-/// The unit of `Clock::Diff`. Any other number counts as nanoseconds.
+/// The units of `Clock::Diff`. Any other value means nanoseconds.
 enum ClockPrecision : unsigned int {
     CLOCK_PRECISION_S = 0,
     CLOCK_PRECISION_MS = 1,
@@ -14,7 +14,7 @@ enum ClockPrecision : unsigned int {
     CLOCK_PRECISION_NS = 3,
 };
 
-/// A calendar date and time; month and day count from 1.
+/// A date and time. Month and day count from 1.
 struct TimeSpec {
     unsigned short year;
     unsigned char month;
@@ -25,12 +25,12 @@ struct TimeSpec {
     unsigned short millisecond;
 };
 
-/// A stamp of the system's real-time clock; setting the system time moves every measurement with it. Spans
-/// are never negative: a stamp in the future is 0 away.
+/// A time stamp of the system's real-time clock. If the system time is set, measured spans change by the same
+/// amount. A span is never negative: the span to a stamp in the future is 0.
 ///
-/// Where the clock cannot be read, a stamp stays as it was.
+/// If the clock cannot be read, the stamp keeps its value.
 ///
-/// Thread safety: a clock may be stamped by one task while others read or stamp it. Only `Delay` blocks.
+/// Thread safety: one task may stamp a clock while others read or stamp it. Only `Delay` blocks.
 class Clock {
 public:
     /// Stamps the current time.
@@ -41,19 +41,20 @@ public:
     /// Stamps the current time again.
     void Now();
 
-    /// The whole units from the stamp until now; then stamps the current time.
+    /// Returns the whole units from the stamp until now, and stamps the current time.
     unsigned long long Diff(ClockPrecision precision);
 
-    /// Sleeps for `milliseconds`. A sleep cut short by a signal is not resumed.
-    /// @return 0; -1 when it was cut short or `milliseconds` is negative.
+    /// Sleeps for `milliseconds`. A sleep that a signal interrupts is not resumed.
+    /// @return 0; -1 if it was interrupted or `milliseconds` is negative.
     static int Delay(int milliseconds);
 
-    /// The current date and time as year/month/day hour:minute:second:millisecond, the year and the
-    /// milliseconds padded to four digits, the rest to two. Parts that the system cannot give are 0. Empty
-    /// when memory is short.
+    /// Returns the current date and time as year/month/day hour:minute:second:millisecond. The year and the
+    /// milliseconds have at least four digits, the others at least two. Parts that the system cannot give are
+    /// 0. The text is empty if memory is short.
     std::string ToString() const;
 
-    /// Fills `time_spec` with the current date and time; what the system cannot give stays as it was.
+    /// Fills `time_spec` with the current date and time. Fields that the system cannot give stay as they
+    /// were.
     static void ToTimeSpec(TimeSpec& time_spec);
 
 private:
@@ -61,11 +62,11 @@ private:
 
     std::int64_t Load() const { return stamp.load(std::memory_order_relaxed); }
 
-    /// Nanoseconds since 1970. One number, so that no reader sees half of a stamp.
+    /// Nanoseconds since 1970. One number, so that no reader sees a stamp that is half written.
     std::atomic<std::int64_t> stamp{0};
 };
 
-/// The whole milliseconds from `earlier` to `later`; 0 when `later` comes first.
+/// Returns the whole milliseconds from `earlier` to `later`; 0 if `later` is before `earlier`.
 long long operator-(const Clock& later, const Clock& earlier);
 
 #endif

@@ -1,6 +1,6 @@
 /// The tables and lists that diagnostic commands print.
 ///
-/// At start-up each report registers its head line and its columns once. A command then gathers rows of
+/// At start-up, each report registers its head line and its columns once. A command then collects rows of
 /// typed cells and prints them:
 ///
 ///     std::vector<std::vector<ParameterContent>> rows;
@@ -17,8 +17,8 @@
 
 /// How rows are laid out.
 enum CommandFormatType : unsigned int {
-    COMMAND_FORMAT_TYPE_LIST = 0,  ///< for each row a line "name = value" for each column
-    COMMAND_FORMAT_TYPE_TABLE = 1, ///< a header line, then a line for each row
+    COMMAND_FORMAT_TYPE_LIST = 0,  ///< one line "name = value" for each column of each row
+    COMMAND_FORMAT_TYPE_TABLE = 1, ///< a header line, then one line for each row
 };
 
 /// One report.
@@ -30,12 +30,13 @@ struct CommandFormat {
 
 /// One column of a report.
 struct ParameterFormat {
-    unsigned int param_id = 0; ///< what cells name it by, unique within the report
+    unsigned int param_id = 0; ///< cells refer to it; unique within the report
     std::string name;          ///< printed as the header
     std::string description;   ///< printed below the report
-    /// What cells are converted to before they are printed; `VARIANT_TYPE_NONE` prints them as they are.
+    /// The type to which cells are converted before they are printed. `VARIANT_TYPE_NONE`: no conversion.
     VariantType type = VARIANT_TYPE_NONE;
-    /// In characters. 0 asks for the longest text of the type. Registration replaces it by the width in use.
+    /// In characters; 0 stands for the longest text of the type. Registration replaces it by the width in
+    /// use.
     unsigned int width = 0;
 };
 
@@ -45,48 +46,52 @@ struct ParameterContent {
     Variant value;
 };
 
-/// The registered reports, and how they are printed.
+/// Registers reports and prints them.
 ///
-/// Lines end in CR LF. Output goes to the terminal `out` (a `vty*`), or to standard output when it is null;
-/// both get the same characters. What is not registered is not printed. A cell that cannot be converted to
-/// its column's type prints nothing, not even blanks; a column without a cell prints blanks; of two cells
-/// for a column the first counts; cells of no column are not printed.
+/// Lines end in CR LF. The output goes to the terminal `out` (a `vty*`), or to standard output if `out` is
+/// null. Both receive the same characters. A report that is not registered prints nothing.
 ///
-/// One instance for the process. Reports are registered before any is printed, by one task; then any number
-/// of tasks may print, each its own rows. No lock, no waiting but for the terminal.
+/// - If a cell cannot be converted to the type of its column, it prints nothing, not even blanks.
+/// - A column without a cell prints blanks.
+/// - If two cells are for the same column, the first one is printed.
+/// - A cell for a column that is not registered is not printed.
+///
+/// One instance for the process. One task registers all reports before any is printed. Then any number of
+/// tasks may print at once, each its own rows. Takes no lock, and blocks only as long as the terminal does.
 class CommandFormatMgr {
 public:
     using Rows = std::vector<std::vector<ParameterContent>>;
 
     static CommandFormatMgr* GetInstance();
 
-    /// Stores a copy of `fmt` under `cmd_id` in place of an earlier one. Where memory is short the earlier
-    /// one stays (one level-13 line).
+    /// Stores a copy of `fmt` under `cmd_id` and replaces an earlier one. If memory is short, the earlier one
+    /// stays (one level-13 line).
     void RegisterCmd(unsigned int cmd_id, const CommandFormat& fmt);
 
-    /// Replaces the width in `fmt` (`CalcParamLen`) and appends a copy to the columns of `cmd_id`; a column
-    /// registered twice is printed twice. Where memory is short there is no such column (one level-13 line).
+    /// Sets the width in `fmt` (see `CalcParamLen`) and appends a copy of it to the columns of `cmd_id`. A
+    /// column that is registered twice is printed twice. If memory is short, the column is missing (one
+    /// level-13 line).
     void RegisterParameter(unsigned int cmd_id, ParameterFormat& fmt);
 
-    /// Prints a report: a table when there are two rows or more, else a list; then, with `show_summary`,
-    /// what the columns mean and the number of rows. Converts the cells in place.
+    /// Prints a report: a table if there are two rows or more, else a list. With `show_summary` it also
+    /// prints the meaning of the columns and the number of rows. Converts the cells in place.
     void PrintCmd(unsigned int cmd_id, Rows& rows, bool show_summary, void* out);
 
-    /// The parts of a report, in this order.
+    /// Print the parts of a report. Call them in this order.
     void PrintCmdHead(CommandFormatType type, unsigned int cmd_id, bool show_summary, void* out);
     void PrintCmdContent(CommandFormatType type, unsigned int cmd_id, Rows& rows, void* out);
     void PrintCmdTail(CommandFormatType type, unsigned int cmd_id, const Rows& rows, bool show_summary,
                       void* out);
 
-    /// Prints a field: the text, never cut, and blanks up to the width (16 characters in a list, the
-    /// column's in a table), at least one.
+    /// Prints one field: the complete text, and blanks up to the width, but at least one. The width is 16
+    /// characters in a list and that of the column in a table.
     void PrintValue(CommandFormatType type, const ParameterFormat& fmt, const std::string& text, void* out);
-    /// The same with the value's text, once the value is converted to the column's type; nothing when it
-    /// cannot be.
+    /// Converts the value to the type of the column and prints its text in the same way. Prints nothing if
+    /// the value cannot be converted.
     void PrintValue(CommandFormatType type, const ParameterFormat& fmt, Variant& value, void* out);
 
-    /// Sets `fmt.width` to what the column takes, a blank included: the larger of its name and of the width
-    /// asked for or, for 0, the longest text of its type.
+    /// Sets `fmt.width` to the width of the column, including one blank. It is the larger one of the length
+    /// of its name and of the width asked for. If that is 0, the longest text of its type counts instead.
     void CalcParamLen(ParameterFormat& fmt);
 
 private:

@@ -4,8 +4,8 @@
 
 #include <new>
 
-/// Storage for an object that is constructed and never destroyed. A host's own tasks may still call the library
-/// while static objects are destroyed, so its singletons stay usable to the very end.
+/// Storage for an object that is constructed and never destroyed. A host's own tasks may still call the
+/// library while static objects are destroyed, so its singletons stay usable to the very end.
 template <typename T>
 class Immortal {
 public:

@@ -1,4 +1,4 @@
-/// Indexed collections of polymorphic items, and a walk over them.
+/// Indexed collections of polymorphic items, and iterators over them.
 #ifndef ONU_MNG_LIB_ONU_MNG_COMMON_ITERATOR_H
 #define ONU_MNG_LIB_ONU_MNG_COMMON_ITERATOR_H
 
@@ -10,50 +10,51 @@ public:
     virtual ~AggregateObject() = default;
 };
 
-/// An indexed collection. It owns at most one iterator, handed out by `CreateIterator`: walks that may
-/// overlap (two operators, two tasks) each use an `Iterator` of their own instead.
+/// An indexed collection. It owns at most one iterator, which `CreateIterator` returns. If two walks may
+/// overlap (two operators, two tasks), each must use an `Iterator` of its own instead.
 ///
-/// Nothing here locks; what `GetItem` and `GetSize` guard is said by the derived class.
+/// Thread safety: this class takes no lock. The derived class says whether `GetItem` and `GetSize` do.
 class Aggregate {
 public:
     Aggregate() = default;
     /// A copy has no iterator.
     Aggregate(const Aggregate&) {}
-    /// Deletes this aggregate's iterator; takes nothing over.
+    /// Deletes the iterator of this aggregate. That of the other one is not copied.
     Aggregate& operator=(const Aggregate&);
     virtual ~Aggregate();
 
-    /// The item at `index` (from 0); null when there is none.
+    /// Returns the item at `index` (from 0); null if there is none.
     virtual AggregateObject* GetItem(unsigned int index) = 0;
     virtual unsigned int GetSize() const = 0;
 
-    /// The aggregate's iterator, rewound; the same object at every call. Null when memory is short.
+    /// Returns the iterator of the aggregate, set to the first item. Every call returns the same object; null
+    /// if memory is short.
     Iterator* CreateIterator();
-    /// The aggregate's iterator where it stands. Null when memory is short.
+    /// Returns the iterator of the aggregate at its present position; null if memory is short.
     Iterator* CreateIterator() const;
 
 private:
     mutable Iterator* p_iterator = nullptr;
 };
 
-/// A position in an aggregate. The size is asked at every step, so a collection that grows or shrinks during
-/// a walk is walked to its new end.
+/// A position in an aggregate. Each step asks for the size again, so if the collection grows or shrinks, the
+/// walk ends at its new end.
 class Iterator {
 public:
-    /// Without an aggregate the walk is at its end at once.
+    /// An iterator without an aggregate is at its end.
     Iterator() = default;
     explicit Iterator(Aggregate* aggregate) : p_aggregate(aggregate) {}
     explicit Iterator(const Aggregate* aggregate) : p_aggregate(const_cast<Aggregate*>(aggregate)) {}
-    /// A copy walks the same aggregate from its first item.
+    /// A copy starts at the first item of the same aggregate.
     Iterator(const Iterator& other) : p_aggregate(other.p_aggregate) {}
     Iterator& operator=(const Iterator& other);
 
     void Begin() { index = 0; }
     bool IsEnd() const;
-    /// The item at the position; null at the end and without an aggregate.
+    /// Returns the item at the position; null at the end and without an aggregate.
     AggregateObject* CurrentItem() const;
     AggregateObject* operator()() const { return CurrentItem(); }
-    /// Goes on to the next item; stays at the end.
+    /// Moves to the next item. At the end it does nothing.
     void Next();
     void operator++() { Next(); }
     void operator++(int) { Next(); }

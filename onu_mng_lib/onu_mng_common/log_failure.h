@@ -1,4 +1,4 @@
-/// A failure in one line: logged and answered.
+/// Logs a failure and returns its result code, in one call.
 #ifndef ONU_MNG_LIB_ONU_MNG_COMMON_LOG_FAILURE_H
 #define ONU_MNG_LIB_ONU_MNG_COMMON_LOG_FAILURE_H
 
@@ -6,7 +6,7 @@
 #include "onu_mng_lib/onu_mng_system_reg_interface.h"
 #include "onu_mng_platform/ulog.h"
 
-/// Logs `text` as it stands. @return `result`.
+/// Logs `text` as it is, under the library's log module. @return `result`.
 inline unsigned int LogFailure(const char* text, int level = ONU_MNG_LOG_ERROR,
                                unsigned int result = ONU_MNG_FAILURE) {
     ulogPrintf(onu_mng_system_get_log_module(), level, "%s", text);

@@ -8,13 +8,14 @@
 enum MemShowType : unsigned int {
     MEM_SHOW_GLOBAL = 0, ///< totals of all pools
     MEM_SHOW_DETAIL = 1, ///< free and used blocks of the library's pool by size
-    MEM_SHOW_DEBUG = 2,  ///< live blocks of the library's pool by the place that took them
+    MEM_SHOW_DEBUG = 2,  ///< live blocks of the library's pool by the source line that took them
 };
 
-/// Serves message packets and the blocks of text and buffer values from one pool that is created at start-up.
+/// Gives out blocks of one memory pool, which is created at start-up. Queued messages, and the text and bytes
+/// of `Variant`s, are such blocks.
 ///
-/// One instance for the process. Every operation may be called from any task; only `Init` can block, and a
-/// log line or a view as long as the log's sink or the terminal does.
+/// One instance for the process. Any task may call every operation. Only `Init` can block, except that a log
+/// line or a view blocks as long as the log's sink or the terminal does.
 class MemoryAllocator {
 public:
     /// The size of the pool that onu_mng_system_init() creates, in bytes.
@@ -22,30 +23,32 @@ public:
 
     static MemoryAllocator* GetInstance();
 
-    /// Creates the pool `name` of `size` bytes; `shared` and `options` go to the platform as they are. Only
-    /// the first successful call creates a pool.
-    /// @return 0, also when there is a pool already; 0x800001f5 when the platform has none to give, and a
-    ///         later call may try again. Logs nothing.
+    /// Creates the pool `name` of `size` bytes; `shared` and `options` are passed to the platform. Only the
+    /// first successful call creates a pool. Logs nothing.
+    /// @return 0, even if there is a pool already; 0x800001f5 if the platform cannot create it. Then a later
+    ///         call may try again.
     unsigned int Init(const char* name, unsigned int size, int shared, int options);
 
-    /// Takes a block of `size` bytes, rounded up to 16 and filled with zeros over the whole rounded size.
+    /// Takes a block of `size` bytes. The size is rounded up to 16, and the whole block is filled with zeros.
     ///
-    /// `file`, `function` and `line` name the caller; `file` outlives the block.
-    /// @return the block, to be given back with `MemFree`; null for a `size` of 0 (one level-13 line) and
-    ///         when the pool has no such block. More than `kPoolSize` bytes cost one level-10 line.
+    /// `file`, `function` and `line` are the place of the call. `file` must stay valid as long as the block.
+    /// @return the block, which the caller gives back with `MemFree`; null if `size` is 0 (one level-13 line)
+    ///         or the pool has no such block. A request for more than `kPoolSize` bytes writes one level-10
+    ///         line.
     void* MemAlloc(unsigned int size, const char* file, const char* function, unsigned short line);
 
-    /// As `MemAlloc`, with the first `written` bytes left undefined for a caller who overwrites them at once.
+    /// Does the same as `MemAlloc`, but leaves the first `written` bytes undefined. For a caller that
+    /// overwrites them at once.
     void* MemAllocUnfilled(unsigned int size, unsigned int written, const char* file, const char* function,
                            unsigned short line);
 
-    /// Gives a block back. Only `ptr` counts; the other arguments keep the callers uniform.
-    /// @return 0; 0x800001f5 for null; what the platform answers for a pointer it refuses.
+    /// Gives a block back to the pool. Only `ptr` is used.
+    /// @return 0; 0x800001f5 for null; the result of the platform for a pointer that it refuses.
     unsigned int MemFree(void* ptr, unsigned int size, const char* file, const char* function,
                          unsigned short line);
 
-    /// Prints one view to the terminal whose command runs in this task, else to standard output. Any other
-    /// `type` prints nothing.
+    /// Prints one view to the terminal of the command that runs in this task, or else to standard output. Any
+    /// other `type` prints nothing.
     void MemShow(MemShowType type);
 
 private:

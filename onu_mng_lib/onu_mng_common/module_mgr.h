@@ -1,8 +1,8 @@
 /// Service modules and the routing of messages to them.
 ///
 /// A client derives its modules from `ServiceModule`, creates them with `new` and registers them before the
-/// system is started. From then on any task sends messages by content: the manager offers each to the modules
-/// in registration order, and the first whose `Match` claims it receives it.
+/// system is started. Then any task sends messages. A message names no receiver: the manager offers it to the
+/// modules in the order of their registration, and the first whose `Match` returns true receives it.
 #ifndef ONU_MNG_LIB_ONU_MNG_COMMON_MODULE_MGR_H
 #define ONU_MNG_LIB_ONU_MNG_COMMON_MODULE_MGR_H
 
@@ -19,15 +19,15 @@
 #include "onu_mng_lib/onu_mng_common/sem_lock.h"
 #include "onu_mng_lib/onu_mng_common/sender_gate.h"
 
-/// How a claimed message is delivered. Every other value counts as `MSG_PROC_SYNC`.
+/// How a message is delivered. Any other value means `MSG_PROC_SYNC`.
 enum MsgSyncProcType : unsigned int {
-    MSG_PROC_SYNC = 0,  ///< the handler runs at once in the sender's task on the sender's buffer
+    MSG_PROC_SYNC = 0,  ///< the handler runs at once, in the sender's task and on the sender's buffer
     MSG_PROC_ASYNC = 1, ///< the payload is copied and queued to the module's task
 };
 
-/// The header of one asynchronous message: 12 bytes at the start of a block of the library's pool, the
-/// payload of `pkg_size` bytes directly behind. Queues carry the address of the block; whoever has it owns
-/// the block.
+/// The header of one asynchronous message: 12 bytes at the start of a block of the library's pool, followed
+/// by the `pkg_size` bytes of the payload. Queues carry the address of the block. The queue owns the block,
+/// and then the task that has received it.
 struct MessagePacket {
     std::uint32_t msg_type;
     std::uint16_t pon_no;
@@ -38,7 +38,7 @@ struct MessagePacket {
 };
 static_assert(sizeof(MessagePacket) == 12, "the payload follows at offset 12");
 
-/// The base of every module.
+/// The base class of all modules.
 class Module {
 public:
     explicit Module(unsigned int type = 0, unsigned int priority = 0) : Module(type, 0, priority) {}
@@ -55,7 +55,7 @@ public:
     virtual unsigned int HandleMsg(char*, unsigned int) { return 0; }
 
     unsigned int mod_type; ///< the key of `ModuleManager::GetModule` and `RemoveModule`
-    unsigned int mod_id;   ///< given out at registration: 1, 2, 3, ...; 0 before
+    unsigned int mod_id;   ///< given at registration: 1, 2, 3, ...; 0 before
     unsigned int mod_pri;  ///< the priority of the module's task
     std::atomic<bool> is_init{false};
     std::atomic<bool> is_start{false};
@@ -66,60 +66,66 @@ protected:
 
 /// A module with a task and a message queue.
 ///
-/// A client overrides `Match` to claim its messages and the five-argument `HandleMsg` to process them. With
-/// asynchronous delivery the handler runs only in the module's task, one message at a time; with synchronous
-/// delivery it runs in the senders' tasks, perhaps in several at once, and the module guards its own state.
+/// A client overrides `Match` to claim messages and the five-argument `HandleMsg` to handle them. With
+/// asynchronous delivery, the handler runs only in the module's task, one message at a time. With synchronous
+/// delivery it runs in the tasks of the senders, possibly in several at once, so the module must protect its
+/// own state.
 class ServiceModule : public Module, public Thread, public AggregateObject {
 public:
-    /// `name` (copied) names the module and its task; `mod_pri` is the task's priority (0 highest to 255),
-    /// `msg_pri` a number of the client's that reports show, `msg_num` the capacity of the queue in messages,
-    /// `stack_size` the task's stack in bytes.
+    /// `name` (copied) is the name of the module and of its task. `mod_pri` is the priority of the task, 0
+    /// (highest) to 255 (lowest). `msg_pri` is a number of the client's; reports show it. `msg_num` is the
+    /// capacity of the queue in messages. `stack_size` is the stack of the task in bytes.
     ServiceModule(unsigned int mod_type, const char* name, unsigned int mod_pri, unsigned int msg_pri,
                   unsigned int msg_num, unsigned int stack_size);
-    /// Ends the task and returns the packets still queued to the pool. A derived class is gone by then: one
-    /// that is not owned by the manager, which ends tasks first, calls `EndTask` in its own destructor.
+    /// Ends the task and gives the packets in the queue back to the pool. By then the members of a derived
+    /// class are already destroyed, so that class calls `EndTask` in its own destructor. (The manager ends
+    /// the task of a registered module before it deletes the module.)
     ~ServiceModule() override;
 
     /// Creates the queue. A second call changes nothing and returns 0.
-    /// @return 0, after one level-12 line; 0x800001f5 when the platform has no queue or memory is short,
-    ///         after one level-13 line.
+    /// @return 0, after one level-12 line; 0x800001f5, after one level-13 line, if the platform cannot create
+    ///         the queue or memory is short.
     unsigned int InitModule() override;
 
-    /// Spawns the task. A second call changes nothing and returns 0.
-    /// @return 0, after one level-12 line; 0x800001f5 when the platform cannot start it, after one level-13
-    ///         line.
+    /// Starts the task. A second call changes nothing and returns 0.
+    /// @return 0, after one level-12 line; 0x800001f5, after one level-13 line, if the platform cannot start
+    ///         it.
     unsigned int StartModule() override;
 
-    /// Delivers one message to this module. The buffer stays the caller's and is not kept.
+    /// Delivers one message to this module. The caller keeps the buffer.
     ///
-    /// Asynchronous: copies the payload into a packet and queues that without waiting. Synchronous: runs the
-    /// handler on the caller's buffer, for as long as it takes.
-    /// @return the handler's result (synchronous); 0 when the message was queued; 0x800001f5 for null `data`
-    ///         or a `pkg_size` of 0 and when the pool is exhausted (one level-13 line each), and when the
-    ///         queue is full (level-11 lines).
+    /// Asynchronous: copies the payload into a packet and puts its address into the queue. Does not wait.
+    /// Synchronous: runs the handler on the caller's buffer and blocks until it returns.
+    /// @return the result of the handler (synchronous); 0 if the message was queued; 0x800001f5 if `data` is
+    ///         null, `pkg_size` is 0 or the pool is exhausted (one level-13 line each), and if the queue is
+    ///         full (level-11 lines).
     unsigned int SendMsg(unsigned int msg_type, MsgSyncProcType sync_type, unsigned short pon_no,
                          unsigned short onu_id, char* data, unsigned int pkg_size);
 
-    /// Puts `len` bytes, the address of a packet, into the queue without waiting.
-    /// @return 0; 0x800001f5 for a null `buf` or a `len` of 0, and when the queue is full.
+    /// Puts the `len` bytes at `buf`, the address of a packet, into the queue. Does not wait.
+    /// @return 0; 0x800001f5 if `buf` is null, `len` is 0 or the queue is full.
     unsigned int SendMsg(char* buf, unsigned int len) override;
 
-    /// Unpacks the packet at `buf` and hands it to the five-argument `HandleMsg`. `len` is not examined.
-    /// @return the handler's result; 0x800001f5 for null, after one level-13 line.
+    /// Passes the packet at `buf` to the five-argument `HandleMsg`. `len` is not used.
+    /// @return the result of the handler; 0x800001f5, after one level-13 line, if `buf` is null.
     unsigned int HandleMsg(char* buf, unsigned int len) override;
 
-    /// The body of the module's task: receives, handles, returns the packet to the pool. Does not return.
+    /// The body of the module's task: receives a packet, handles it, gives it back to the pool. Does not
+    /// return.
     void Run() override;
 
-    /// Processes one message; `data` is valid only during the call. The base version returns 0.
-    /// @return 0, or a failure code: logged for a queued message, handed to the sender of a synchronous one.
+    /// Handles one message. `data` is valid only during the call. The base version does nothing and returns
+    /// 0.
+    /// @return 0, or a failure code. It is logged for a queued message, and returned to the sender of a
+    ///         synchronous one.
     virtual unsigned int HandleMsg(unsigned int msg_type, unsigned short pon_no, unsigned short onu_id,
                                    char* data, unsigned int pkg_size);
 
-    /// Whether this module claims a message; called in the sender's task, so quick and safe for any task.
+    /// Returns whether this module claims a message. Runs in the task of every sender, possibly in several at
+    /// once, so it must be quick and must not block.
     ///
-    /// A module that claims sets `sync_type`; left alone, it is `MSG_PROC_SYNC` or what an earlier module's
-    /// `Match` wrote. The base version returns false.
+    /// If it returns true, it sets `sync_type`. Otherwise `sync_type` is `MSG_PROC_SYNC`, or the value that
+    /// the `Match` of an earlier module has written. The base version returns false.
     virtual bool Match(unsigned int msg_type, unsigned int src_mod, unsigned short pon_no,
                        unsigned short onu_id, char* data, unsigned int pkg_size, MsgSyncProcType& sync_type);
 
@@ -127,7 +133,7 @@ public:
     std::string mod_name;
     unsigned int msg_pri;
     unsigned int msg_num;
-    unsigned int msg_size; ///< of one queue message: the size of a packet's address
+    unsigned int msg_size; ///< bytes of one message in the queue: the address of a packet
     unsigned int stack_size;
 
 private:
@@ -136,64 +142,66 @@ private:
     MessagePacket* ReceivePacket(unsigned int& failures);
     void DrainQueue();
 
-    ServiceModule* next_removed = nullptr; ///< in the manager's list of removed modules
+    ServiceModule* next_removed = nullptr; ///< the next one in the manager's list of removed modules
 };
 
-/// The registered modules, which it owns, and the way of every message.
+/// Owns the registered modules and routes every message.
 ///
-/// One instance for the process. Modules may be registered and removed at any time, also while other tasks send
-/// messages or list the modules; those take no lock. The lock is not re-entrant: `InitModule` and `StartModule`
-/// overrides do not call `InitModules`, `StartModules`, `RegisterModule` or `RemoveModule`.
+/// One instance for the process. Modules may be registered and removed at any time, even while other tasks
+/// send messages or list the modules. Those tasks take no lock. The lock is not re-entrant: overrides of
+/// `InitModule` and `StartModule` must not call `InitModules`, `StartModules`, `RegisterModule` or
+/// `RemoveModule`.
 ///
-/// When the process exits, routing is closed, the tasks end and the modules are deleted (process_end.h).
+/// When the process exits, routing is closed, the tasks end, and the modules are deleted (process_end.h).
 class ModuleManager : public Aggregate {
 public:
     static ModuleManager* GetInstance();
 
-    /// Appends a module created with `new`, gives it the next id and takes ownership.
-    /// @return 0; 0x800001f5, after one level-13 line, for null, for a module registered already and when
+    /// Registers a module that was created with `new`, gives it the next id and takes ownership.
+    /// @return 0; 0x800001f5, after one level-13 line, if `module` is null or already registered, or if
     ///         memory is short: the caller then still owns the module.
     unsigned int RegisterModule(ServiceModule* module);
 
-    /// Takes all modules of the type out, ends their tasks and deletes them with the packets queued to them.
+    /// Removes all modules of a type, ends their tasks, and deletes them with the packets in their queues.
     ///
-    /// Messages no longer reach the modules from the moment of the call. Blocks until the tasks that route a
-    /// message at that moment have done so, synchronous handlers included, and until the modules' handlers have
-    /// returned or wait. Called by a synchronous handler or a `Match`, it does not block: the modules are deleted
-    /// when the caller's outermost message has been routed. A module whose own task calls is left alone (one
-    /// level-13 line).
-    /// @return 0, also when there was none.
+    /// From the moment of the call, no message reaches the modules. Blocks until the tasks that are routing a
+    /// message at that moment have done so, synchronous handlers included, and until the handlers of the
+    /// modules have returned or wait. If a synchronous handler or a `Match` calls it, it does not block: the
+    /// modules are deleted when the outermost message of the caller has been routed. If a module's own task
+    /// calls it, that module stays (one level-13 line).
+    /// @return 0, even if there was no such module.
     unsigned int RemoveModule(unsigned int mod_type);
 
-    /// The first module of the type whose `mod_pri` and `msg_pri` are the given ones; a `mod_pri` of 65535
-    /// accepts any. Null when there is none. The module is valid until it is removed.
+    /// Returns the first module of the type with these priorities. A `mod_pri` of 65535 accepts any
+    /// priorities. Null if there is none. The pointer is valid until the module is removed.
     ServiceModule* GetModule(unsigned int mod_type, unsigned int mod_pri, unsigned int msg_pri);
 
-    /// Calls `InitModule` (`StartModule`) of every module in registration order, past failures.
-    /// @return 0; 0x800001f5 when any failed, after one level-14 line for each.
+    /// Call `InitModule` or `StartModule` of every module in the order of registration, even after a failure.
+    /// @return 0; 0x800001f5 if any has failed, after one level-14 line for each.
     unsigned int InitModules();
     unsigned int StartModules();
 
-    /// Offers a message to the modules in registration order and delivers it to the first that claims it.
-    /// Does not block but for a synchronous handler.
-    /// @return the result of the delivery; 0x800001f5, after one level-13 line, when no module claims the
-    ///         message, when the one that does is not both initialised and started, and when memory is short for
-    ///         the first message of a task; 0x800001f5, without a line, once the process exits.
+    /// Offers a message to the modules in the order of registration and delivers it to the first that claims
+    /// it. Does not block, except for a synchronous handler.
+    /// @return the result of the delivery; 0x800001f5, after one level-13 line, if no module claims the
+    ///         message, if the module that claims it is not both initialised and started, or if memory is
+    ///         short for the first message of a task; 0x800001f5, without a line, after the exit of the
+    ///         process has begun.
     unsigned int SendMsg(unsigned int src_mod, unsigned int msg_type, unsigned short pon_no,
                          unsigned short onu_id, char* data, unsigned int pkg_size);
 
-    /// Calls `visit(ServiceModule&)` for every module in registration order. None is deleted meanwhile, so the
-    /// visitor is quick and removes none.
-    /// @return false when memory was short and nothing was visited.
+    /// Calls `visit(ServiceModule&)` for every module in the order of registration. No module is deleted
+    /// meanwhile, so `visit` must be quick, and must not remove modules.
+    /// @return false if memory was short: then no module was visited.
     template <typename Visit>
     bool ForEachModule(Visit visit);
 
-    /// By index, in registration order. A module is valid until it is removed.
+    /// List the modules by index, in the order of registration. A module is valid until it is removed.
     AggregateObject* GetItem(unsigned int index) override;
     unsigned int GetSize() const override;
 
-    /// The two steps of the end of the process: refuses all further messages; ends the tasks of all modules and
-    /// deletes these, when no other task routes a message any more.
+    /// The two steps of the end of the process. `CloseRouting` refuses all further messages. `EndModules`
+    /// waits until no other task routes a message, ends the tasks of all modules and deletes the modules.
     void CloseRouting() { is_closed = true; }
     bool HasModules() const { return table != nullptr; }
     void EndModules();
@@ -202,20 +210,21 @@ private:
     template <typename T>
     friend class Immortal;
 
-    /// The modules in registration order. A removal empties an entry; a table that is full is replaced by a larger
-    /// one without the empty entries.
+    /// The modules in the order of registration. A removal clears an entry. When a table is full, a larger
+    /// one without the empty entries replaces it.
     struct Table {
         explicit Table(std::size_t capacity) : entries(capacity) {}
 
         std::vector<std::atomic<ServiceModule*>> entries;
         std::atomic<std::size_t> count{0};
-        std::unique_ptr<Table> replaced; ///< by this one; a task may still be walking it
+        std::unique_ptr<Table> replaced; ///< the table that this one replaces; a task may still read it
     };
 
     ModuleManager();
     ~ModuleManager() override = default;
 
-    /// The first module that is `wanted`; null when there is none. The caller is in a section, or holds `lock`.
+    /// Returns the first module for which `wanted` is true; null if there is none. The caller is in a
+    /// section, or holds `lock`.
     template <typename Wanted>
     ServiceModule* Find(Wanted wanted) const {
         const Table* const modules = table.load(std::memory_order_seq_cst);
@@ -227,7 +236,7 @@ private:
         return nullptr;
     }
 
-    /// Runs one step of the start-up on every module; `name` goes into the line about a failure.
+    /// Runs one step of the start-up on every module. The log line about a failure begins with `name`.
     unsigned int CallAll(unsigned int (Module::*step)(), const char* name);
     unsigned int Route(unsigned int src_mod, unsigned int msg_type, unsigned short pon_no,
                        unsigned short onu_id, char* data, unsigned int pkg_size);
@@ -240,9 +249,9 @@ private:
     std::atomic<bool> is_closed{false};
     std::atomic<Table*> table{nullptr};
     unsigned int last_mod_id = 0;
-    ServiceModule* first_removed = nullptr; ///< modules that are out of the table and not deleted yet
+    ServiceModule* first_removed = nullptr; ///< the modules that are out of the table but not deleted yet
     ReadWriteLock lock;                     ///< guards changes of the three above
-    ReadWriteLock removal_lock;             ///< held to delete what was removed; taken before `lock`
+    ReadWriteLock removal_lock;             ///< held while removed modules are deleted; taken before `lock`
 };
 
 template <typename Visit>

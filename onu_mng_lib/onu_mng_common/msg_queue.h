@@ -1,4 +1,4 @@
-/// A platform message queue behind an object.
+/// A message queue of the platform as an object.
 #ifndef ONU_MNG_LIB_ONU_MNG_COMMON_MSG_QUEUE_H
 #define ONU_MNG_LIB_ONU_MNG_COMMON_MSG_QUEUE_H
 
@@ -7,40 +7,43 @@
 
 /// A bounded queue of messages, first in first out, copied in and out.
 ///
-/// Time-outs are in seconds: a positive number waits at most that long (spans beyond the platform's ticks are
-/// cut to them), 0 and -2 do not wait, -1 waits without limit. Any number of tasks may send and receive.
+/// Time-outs are in seconds. A positive number waits at most that long; it is cut to the largest number of
+/// ticks that the platform can count. 0 and -2 do not wait. -1 waits without limit.
 ///
-/// The compiler fills in `file` and `line`, the place of the call, for the diagnostics of the platform.
+/// The compiler fills in `file` and `line`: the place of the call, for the diagnostics of the platform.
+///
+/// Thread safety: any number of tasks may send and receive at once.
 class MessageQueue {
 public:
-    /// An object without a queue.
+    /// Makes an object without a queue.
     MessageQueue() = default;
     /// Deletes the queue and the messages in it.
     ~MessageQueue();
     MessageQueue(const MessageQueue&) = delete;
     MessageQueue& operator=(const MessageQueue&) = delete;
 
-    /// Creates a queue for `max_msgs` messages of at most `msg_size` bytes. Called once per object.
-    /// @return 0; 0x800001f5 when the platform has none to give, after one level-13 line.
+    /// Creates a queue for `max_msgs` messages of at most `msg_size` bytes. Call it once.
+    /// @return 0; 0x800001f5, after one level-13 line, if the platform cannot create it.
     unsigned int Init(int max_msgs, int msg_size);
 
-    /// Appends the `len` bytes at `buf`. Any other negative `timeout` than -1 does not wait.
-    /// @return 0; 0x800001f5 for a null `buf` or a `len` of 0 (one level-13 line), and when the queue stayed
-    ///         full or refused the message (one level-11 line).
+    /// Appends the `len` bytes at `buf` as one message. Waits at most `timeout` while the queue is full; any
+    /// negative `timeout` other than -1 does not wait.
+    /// @return 0; 0x800001f5 if `buf` is null or `len` is 0 (one level-13 line), and if the queue stayed full
+    ///         or the platform refused the message (one level-11 line).
     unsigned int SendMsg(char* buf, unsigned int len, int timeout, const char* file = __builtin_FILE(),
                          int line = __builtin_LINE());
 
-    /// Removes the oldest message and copies at most `len` bytes of it to `buf`. Any other negative `timeout`
-    /// than -2 waits without limit.
-    /// @return the number of bytes; 0 when none came or the queue refused (one level-13 line); 0x800001f5 for
-    ///         a null `buf` or a `len` of 0 (one level-13 line).
+    /// Removes the oldest message and copies at most `len` bytes of it to `buf`. Waits at most `timeout`
+    /// while the queue is empty; any negative `timeout` other than -2 waits without limit.
+    /// @return the number of bytes; 0 if no message came or the platform refused (one level-13 line);
+    ///         0x800001f5 if `buf` is null or `len` is 0 (one level-13 line).
     unsigned int RecvMsg(char* buf, unsigned int len, int timeout, const char* file = __builtin_FILE(),
                          int line = __builtin_LINE());
 
-    /// The number of messages waiting; 0 without a queue.
+    /// Returns the number of messages that wait; 0 without a queue.
     int GetMsgNum() const;
 
-    /// The platform's queue id; 0 without a queue.
+    /// Returns the platform's id of the queue; 0 without a queue.
     std::uint32_t GetQueueId() const { return queue_id; }
 
 private:

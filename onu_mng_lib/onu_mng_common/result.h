@@ -1,4 +1,4 @@
-/* The numbers that the library answers and logs with. Plain macros, since C clients compare with them too.
+/* The result codes and the log levels of the library. They are macros, because C clients use them too.
  */
 #ifndef ONU_MNG_LIB_ONU_MNG_COMMON_RESULT_H
 #define ONU_MNG_LIB_ONU_MNG_COMMON_RESULT_H
@@ -11,13 +11,13 @@
 #define ONU_MNG_BAD_TEXT 0x800001f6u
 /* A serial-number or MAC conversion was given a null pointer. */
 #define ONU_MNG_NULL_ARGUMENT 0x800001f9u
-/* A state context is idle, is not the one that was named, or stands in a state that is not registered. */
+/* A state context is idle, runs for another ONU, or is in a state that is not registered. */
 #define ONU_MNG_STATE_UNMATCHED 0x80000259u
-/* A state context or a state refused a message. */
+/* A state context or a state has refused a message. */
 #define ONU_MNG_STATE_REFUSED 0x8000025au
-/* A state takes no notifications. */
+/* A state does not handle notifications. */
 #define ONU_MNG_STATE_NO_NOTIFY 0x8000025cu
-/* A state context is in use already. */
+/* A state context is already in use. */
 #define ONU_MNG_STATE_BUSY 0x8000025du
 
 /* Log levels, 0 (finest) to 15 (gravest). */

@@ -1,4 +1,4 @@
-/// A platform task behind an object.
+/// A task of the platform as an object.
 #ifndef ONU_MNG_LIB_ONU_MNG_COMMON_RUNABLE_H
 #define ONU_MNG_LIB_ONU_MNG_COMMON_RUNABLE_H
 
@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <string>
 
-/// Whatever runs as a task.
+/// An object with a body that runs as a task.
 class Runable {
 public:
     virtual ~Runable() = default;
@@ -15,9 +15,9 @@ public:
 
 /// A task whose body is the object's `Run`.
 ///
-/// Construct, `Init`, `Start`; the task runs `Run` until it returns or the object is destroyed. The
-/// destructor ends the task wherever it waits, but by then a derived class is destroyed already: a class with
-/// members that its `Run` uses calls `EndTask` first thing in its own destructor.
+/// Construct the object, call `Init`, then `Start`. The task runs until `Run` returns or the object is
+/// destroyed. The destructor ends the task at its next wait. By then the members of a derived class are
+/// already destroyed. So if `Run` uses such members, call `EndTask` first in the destructor of that class.
 class Thread : public Runable {
 public:
     Thread() = default;
@@ -25,33 +25,33 @@ public:
     Thread(const Thread&) = delete;
     Thread& operator=(const Thread&) = delete;
 
-    /// Stores what `Start` will ask for: the name (copied), the priority (0 highest to 255), the stack in
-    /// bytes.
-    /// @return true; false when memory is short for the name, which is then unchanged.
+    /// Stores the parameters for `Start`: the name (copied), the priority (0 highest to 255 lowest), and the
+    /// stack in bytes.
+    /// @return true; false if memory is short for the name, which then stays as it was.
     bool Init(const char* name, unsigned int priority, unsigned int stack);
 
-    /// Spawns the task. Called once.
-    /// @return true; false when the platform could not start one, and a later call may try again.
+    /// Starts the task. Call it once.
+    /// @return true; false if the platform could not start the task. Then it may be called again.
     bool Start();
 
-    /// True from the start of the task until it is ended, also after `Run` returned.
+    /// Returns true from the start of the task until it is ended, even after `Run` has returned.
     bool IsAlive() const { return is_alive; }
 
-    /// The body; does nothing here.
+    /// The body of the task. The base version does nothing.
     void Run() override {}
 
-    /// The task's entry: calls `Run` of the object and returns when it returns.
+    /// The entry of the task: calls `Run` of the object.
     static void ThreadEntry(Thread* thread);
 
-    /// Declares that the calling task ends the process and so cannot be ended itself.
+    /// Declares that the calling task ends the process. From then on it cannot be ended itself.
     static void StartProcessEnd();
 
 protected:
-    /// Ends the task at its next wait and returns when it has ended. Does nothing without a task, in the task
-    /// itself (see `IsCurrent`), and for the task that ends the process.
+    /// Ends the task at its next wait and returns when it has ended. Does nothing if there is no task, if the
+    /// task itself calls it (see `IsCurrent`), or if the task is the one that ends the process.
     void EndTask();
 
-    /// True in the task of this object.
+    /// Returns whether the task of this object is the caller.
     bool IsCurrent() const;
 
 private:

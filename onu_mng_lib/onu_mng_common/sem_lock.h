@@ -1,22 +1,22 @@
-/// Locks and a signalling semaphore over the platform's binary semaphores.
+/// A lock and a signalling semaphore, made of the platform's binary semaphores.
 #ifndef ONU_MNG_LIB_ONU_MNG_COMMON_SEM_LOCK_H
 #define ONU_MNG_LIB_ONU_MNG_COMMON_SEM_LOCK_H
 
 #include <atomic>
 #include <cstdint>
 
-/// The library's lock: one binary semaphore, exclusive for readers and writers alike.
+/// The library's lock: one binary semaphore. Readers exclude each other as writers do.
 ///
-/// Not re-entrant: a task that takes it twice waits for ever. Any task may unlock. Prefer `LockGuard`, which
-/// also gives the lock back when the task is ended while it holds it. Where the platform refuses the
-/// semaphore or a wait, the lock does not exclude and one level-13 line says so.
+/// It is not re-entrant: a task that takes it twice waits without end. Any task may unlock it. Prefer
+/// `LockGuard`, which also unlocks if the task is ended while it holds the lock. If the platform refuses the
+/// semaphore or a wait, the lock does not exclude, and one level-13 line reports it.
 ///
-/// The compiler fills in `file` and `line`, the place of the call, for the diagnostics of the platform.
+/// The compiler fills in `file` and `line`: the place of the call, for the diagnostics of the platform.
 class ReadWriteLock {
 public:
-    /// Creates the semaphore, available.
+    /// Creates the semaphore. The lock is free.
     ReadWriteLock();
-    /// Deletes the semaphore. No task holds the lock or waits for it.
+    /// Deletes the semaphore. No task may hold the lock or wait for it.
     ~ReadWriteLock();
     ReadWriteLock(const ReadWriteLock&) = delete;
     ReadWriteLock& operator=(const ReadWriteLock&) = delete;
@@ -29,16 +29,16 @@ public:
     void ReadUnlock() { Unlock(); }
     void WriteUnlock() { Unlock(); }
 
-    /// True while a task holds the lock or waits for it; an indication, out of date when it is read.
+    /// Returns whether a task holds the lock or waits for it. The answer may be out of date when it is read.
     bool IsLocking() const { return lock_count.load(std::memory_order_relaxed) > 0; }
 
-    /// The platform's semaphore id.
+    /// Returns the platform's id of the semaphore.
     std::uint32_t GetLockId() const { return sem_id; }
 
 private:
     friend class LockGuard;
 
-    /// False when the platform refused the wait: the lock is then not held.
+    /// Returns false if the platform refused the wait: then the lock is not held.
     bool Lock(const char* file, int line);
     void Unlock(bool held = true);
 
@@ -61,7 +61,7 @@ private:
     const bool held;
 };
 
-/// A signalling semaphore: one task waits, any task signals. Created unavailable.
+/// A signalling semaphore: one task waits, any task signals. It is unavailable at first.
 class Semaphore {
 public:
     Semaphore();
@@ -72,18 +72,20 @@ public:
     /// Waits without limit until the semaphore is signalled, and takes it.
     void Wait(const char* file = __builtin_FILE(), int line = __builtin_LINE());
 
-    /// Waits at most `seconds` for a signal (0: not at all; spans beyond the platform's ticks are cut to
-    /// them).
-    /// @return 0 when the semaphore was taken, -1 when it was not.
+    /// Waits at most `seconds` for a signal and takes it. 0 does not wait. The time is cut to the largest
+    /// number of ticks that the platform can count.
+    /// @return 0 if the semaphore was taken, else -1.
     int TryWait(unsigned int seconds, const char* file = __builtin_FILE(), int line = __builtin_LINE());
 
-    /// Makes the semaphore available and wakes one waiter; no effect on an available one. Does not block.
+    /// Makes the semaphore available and wakes one waiter. If it is available already, nothing changes. Does
+    /// not block.
     void Signal();
 
-    /// True while a `Wait` or `TryWait` is in progress. With two waiters the first to return clears it.
+    /// Returns whether a `Wait` or `TryWait` is in progress. If two tasks wait, the first that returns clears
+    /// this.
     bool IsWaiting();
 
-    /// The platform's semaphore id.
+    /// Returns the platform's id of the semaphore.
     std::uint32_t GetSemId() const { return sem_id; }
 
 private:

@@ -7,9 +7,9 @@
 
 /// Knows which tasks are inside a section: routing a message, or listing the modules.
 ///
-/// A task enters and leaves without a lock, by a mark on a cache line of its own. To take an object away, a task first
-/// makes it unreachable by a sequentially consistent store and then calls `WaitForOthers`. When that returns
-/// true, every other task that could have seen the object has left its section.
+/// A task enters and leaves without a lock, by a mark on a cache line of its own. To take an object away, a
+/// task first makes it unreachable by a sequentially consistent store and then calls `WaitForOthers`. When
+/// that returns true, every other task that could have seen the object has left its section.
 ///
 /// There is one gate for the process. It is usable from before the first static constructor to after the last
 /// static destructor.

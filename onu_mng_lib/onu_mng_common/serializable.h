@@ -1,17 +1,17 @@
-/// The base of objects that can write themselves out and read themselves back.
+/// The base class of objects that can be written to bytes or to a `Variant`, and read back.
 #ifndef ONU_MNG_LIB_ONU_MNG_COMMON_SERIALIZABLE_H
 #define ONU_MNG_LIB_ONU_MNG_COMMON_SERIALIZABLE_H
 
 class Variant;
 
-/// A derived class overrides the forms it supports: raw bytes, a `Variant`, or both. Results are 0 for
+/// A derived class overrides the forms that it supports: raw bytes, a `Variant`, or both. A result of 0 means
 /// success. The base versions do nothing and return 0.
 class Serializable {
 public:
     virtual ~Serializable();
 
-    /// Writes the object to `buf` and reports the number of bytes through `len`, which the base version
-    /// leaves as it was.
+    /// Writes the object to `buf` and stores the number of bytes in `len`. The base version does not change
+    /// `len`.
     virtual unsigned int Serialize(void* buf, unsigned int* len);
     /// Writes the object into `value`.
     virtual unsigned int Serialize(Variant& value);

@@ -1,4 +1,4 @@
-/// The way of reports and values to a terminal.
+/// Writes reports and values to a terminal.
 #ifndef ONU_MNG_LIB_ONU_MNG_COMMON_TEXT_OUTPUT_H
 #define ONU_MNG_LIB_ONU_MNG_COMMON_TEXT_OUTPUT_H
 
@@ -7,7 +7,7 @@
 #include <cstring>
 #include <string_view>
 
-/// The digits of a whole number, in a place of their own.
+/// The digits of an integer, in a buffer of its own.
 class Digits {
 public:
     template <typename T>
@@ -18,14 +18,15 @@ public:
     operator std::string_view() const { return {digits, static_cast<std::size_t>(end - digits)}; }
 
 private:
-    char digits[24]; ///< more than the 20 digits of a decimal number of 64 bits
+    char digits[24]; ///< a 64-bit number has at most 20 digits in decimal
     const char* const end;
 };
 
-/// Writes characters to a CLI terminal, or to standard output where there is none; both get the same.
+/// Writes characters to a CLI terminal, or to standard output if there is none. Both receive the same.
 ///
-/// Gathers them in an area of its own and passes them on when that is full and when the object ends, since a
-/// call for each field costs a terminal far more than its characters. Takes no memory.
+/// Collects the characters in a buffer of its own and writes them when it is full and when the object is
+/// destroyed, because one call for each field costs far more than the characters. Allocates nothing. Blocks
+/// for as long as the terminal does. One task at a time.
 class TextOutput {
 public:
     /// `vty_or_null` is a `vty*`; null for standard output.
@@ -36,7 +37,7 @@ public:
 
     void Put(std::string_view text);
     void PutBlanks(std::size_t count);
-    /// Puts `text` and blanks up to `width` characters; a longer text is put whole.
+    /// Writes `text` and then blanks up to `width` characters. A longer text is not cut.
     void PutPadded(std::string_view text, std::size_t width);
 
     /// The most characters of a text that is written in place.
@@ -64,7 +65,7 @@ private:
 
     void* const terminal;
     std::size_t used = 0;
-    char area[500]; ///< small enough for a terminal to format it without memory of its own
+    char area[500]; ///< a terminal formats so much without allocating memory
 };
 
 #endif

@@ -1,4 +1,4 @@
-/// The waits of the framework in the platform's units.
+/// Converts the framework's time-outs to the ticks of the platform.
 #ifndef ONU_MNG_LIB_ONU_MNG_COMMON_TICKS_H
 #define ONU_MNG_LIB_ONU_MNG_COMMON_TICKS_H
 
@@ -11,7 +11,7 @@
 constexpr int kWaitForEver = -1;
 constexpr int kNoWait = 0;
 
-/// The ticks of a span, cut to what the platform can count.
+/// Returns the ticks of a span in seconds, cut to what an `int` can hold.
 inline int TicksOfSeconds(std::int64_t seconds) {
     using Ticks = std::numeric_limits<int>;
     const std::int64_t ticks = seconds * bep_sysClkRateGetEx();

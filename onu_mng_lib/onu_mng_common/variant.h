@@ -11,35 +11,35 @@
 
 /// Holds one value of a `VariantType`, or nothing.
 ///
-/// - A value: set it with `Copy`, `=` or `()`, convert it with `ResetType`, compare it, print it.
-/// - A buffer: a BUFFER or STRING of fixed capacity and one cursor. `Append` writes at the cursor and
-///   `Fetch` reads there, integers in network byte order; both move it forward. `Clear` and every new value
-///   put it back to 0, and a copy starts at 0: what was appended is read from a copy.
-/// - A record: `Serialize` writes type, length and value into such a buffer, `UnSerialize` reads them
+/// - As a value: `Copy`, `=` and `()` set it, `ResetType` converts it; it can be compared and printed.
+/// - As a buffer: a BUFFER or STRING has a fixed capacity and one cursor. `Append` writes at the cursor and
+///   `Fetch` reads there, integers in network byte order. Both move the cursor forward. `Clear` and every new
+///   value set it to 0. A copy starts at 0, so what was appended is read from a copy.
+/// - As a record: `Serialize` writes type, length and value into such a buffer, and `UnSerialize` reads them
 ///   back.
 ///
-/// Scalars live in the object. Text and bytes live in a block of the memory pool that belongs to this object
-/// alone; copying copies the block, moving takes it over.
+/// A scalar is stored in the object. Text and bytes are stored in a block of the memory pool that belongs to
+/// this object alone. A copy gets its own block; a move takes the block over.
 ///
 /// Results are 0 or 0x800001f5. A failure is logged at level 13 with its cause, one line for each layer that
-/// it passes; malformed text and a null argument of `Assign` are not logged. Where a new value cannot have
-/// its block the object is empty afterwards unless the operation says otherwise. Nothing throws. Data and
-/// texts given to an operation may lie in the object's own block.
+/// it passes. Malformed text and a null argument of `Assign` are not logged. If there is no block for a new
+/// value, the object is empty afterwards, unless the operation says otherwise. Nothing throws. Data and text
+/// that are passed to an operation may lie in the object's own block.
 ///
-/// Thread safety: one task at a time, also for reading, which moves the cursor. Nothing blocks, but
-/// for what the log's sink and a terminal take.
+/// Thread safety: one task at a time, even for reading, because reading moves the cursor. Nothing blocks,
+/// except for as long as the log's sink or a terminal does.
 class Variant {
 public:
-    /// As an `offset` of `Append` and `Fetch`: the cursor moves by the size of the value.
+    /// The `offset` of `Append` and `Fetch` that moves the cursor by the size of the value.
     static constexpr unsigned int kOffsetOfSize = 65535;
 
-    /// Empty.
+    /// Makes an empty object.
     Variant() = default;
     ~Variant() {
         if (IsBlock()) FreeBuffer();
     }
 
-    /// What `Copy` of the same arguments makes of an empty object.
+    /// Do what `Copy` does with the same arguments on an empty object.
     template <typename T, RequireVariantScalar<T> = 0>
     Variant(T number) {
         SetScalar(number);
@@ -48,33 +48,33 @@ public:
     Variant(const std::string& text) { Copy(text); }
     Variant(const char* data, unsigned int size) { Copy(data, size); }
     Variant(const Variant& src) { Copy(src); }
-    /// What `Realloc` makes of an empty object.
+    /// Does what `Realloc` does on an empty object.
     Variant(VariantType new_type, unsigned int size) { Realloc(new_type, size); }
 
-    /// What copying gives, with the block taken over; `src` is left empty. An empty `src` is not logged.
+    /// Takes over the value and the block of `src`, which is empty afterwards. An empty `src` is not logged.
     Variant(Variant&& src) noexcept;
-    /// The same for assignment. An empty `src` is refused as `Copy` refuses it.
+    /// Does the same for an assignment. An empty `src` is refused, as `Copy` does.
     Variant& operator=(Variant&& src) noexcept;
 
     // ---- Setting a value ----
 
-    /// Takes a scalar; its C++ type says which. `long` stands for the integer of its width.
+    /// Sets a scalar. Its C++ type determines the type; `long` counts as the integer of its width.
     template <typename T, RequireVariantScalar<T> = 0>
     void Copy(T number) {
         Reset();
         SetScalar(number);
     }
-    /// Takes a text up to its first NUL as a STRING. Null changes nothing.
+    /// Sets a STRING: the text up to its first NUL. Null changes nothing.
     void Copy(const char* text);
     void Copy(const std::string& text) { Copy(text.c_str()); }
-    /// Takes `size` bytes as a BUFFER. Null `data` or a `size` of 0 changes nothing.
+    /// Sets a BUFFER of `size` bytes. Null `data` or a `size` of 0 changes nothing.
     void Copy(const char* data, unsigned int size);
-    /// Takes the value of `src`; of a STRING only its text, without the room behind it. An empty `src` is
+    /// Copies the value of `src`; from a STRING only the text, without the room after it. An empty `src` is
     /// refused with a log line and changes nothing.
     void Copy(const Variant& src);
 
-    /// `variant = x`, `variant(x)` and `variant(data, size)` are `Copy`. Assigning an object to itself
-    /// changes nothing.
+    /// `variant = x`, `variant(x)` and `variant(data, size)` do the same as `Copy`. The assignment of an
+    /// object to itself changes nothing.
     Variant& operator=(const Variant& src);
     template <typename X>
     auto operator=(const X& x) -> decltype(this->Copy(x), *this) {
@@ -86,23 +86,22 @@ public:
         Copy(x);
     }
     void operator()(const char* data, unsigned int size) { Copy(data, size); }
-    /// `Realloc`, with its result.
+    /// Does the same as `Realloc` and returns its result.
     unsigned int operator()(VariantType new_type, unsigned int size) { return Realloc(new_type, size); }
 
-    /// Does what `Copy` does. @return 0.
+    /// Does the same as `Copy`. @return 0.
     unsigned int Assign(const char* data, unsigned int size);
 
-    /// Reads a value from bytes in network order: a scalar from as many bytes as its type has (`size` is not
-    /// looked at), a STRING from `size` bytes, to which a NUL is added, a BUFFER from `size` bytes (0
-    /// changes nothing). Any type above BUFFER changes nothing.
-    /// @return 0, for a BUFFER that found no block too; 0x800001f5 when `data` is null (nothing
-    ///         changes) and when there is no block for a STRING.
+    /// Reads a value from bytes in network byte order. A scalar has as many bytes as its type (`size` is not
+    /// used). A STRING has `size` bytes, and a NUL is added. A BUFFER has `size` bytes; 0 changes nothing.
+    /// Any type above BUFFER changes nothing.
+    /// @return 0, even if there is no block for a BUFFER; 0x800001f5 if `data` is null (nothing changes), and
+    ///         if there is no block for a STRING.
     unsigned int Assign(VariantType new_type, const char* data, unsigned int size);
 
-    /// Makes a scalar of value 0, a STRING with room for `size` characters, or a BUFFER of `size` zero
-    /// bytes.
-    /// @return 0; 0x800001f5 for a type above BUFFER, a BUFFER of 0 bytes, and without a block: then
-    ///         empty.
+    /// Sets a scalar of value 0, a STRING with room for `size` characters, or a BUFFER of `size` zero bytes.
+    /// @return 0; 0x800001f5 for a type above BUFFER, for a BUFFER of 0 bytes, and if there is no block: the
+    ///         object is then empty.
     unsigned int Realloc(VariantType new_type, unsigned int size);
 
     /// Makes the object empty.
@@ -111,40 +110,42 @@ public:
         Forget();
     }
 
-    /// Zeroes a block in place and puts the cursor back to 0; type and capacity stay.
+    /// Fills a block with zeros and sets the cursor to 0. Type and capacity stay.
     void Clear();
 
-    /// Converts the value in place. Scalars are cut to size (to BOOL: any bit set). A STRING becomes a
-    /// BUFFER whose last byte is the NUL; a BUFFER becomes a STRING, which ends at its first NUL unless the
-    /// last byte is one.
-    /// @return 0; 0x800001f5 between a scalar and a block type, when either side is empty, and
-    ///         without a block for a STRING: the value then stays as it was.
+    /// Converts the value in place. A scalar is cut to the new size; as a BOOL it is true if any bit is set.
+    /// A STRING becomes a BUFFER whose last byte is the NUL. A BUFFER becomes a STRING that ends at the first
+    /// NUL, or keeps its size if its last byte is a NUL.
+    /// @return 0; 0x800001f5 between a scalar and a block type, if one of the types is empty, and if there is
+    ///         no block for a STRING: the value then stays as it was.
     unsigned int ResetType(VariantType new_type);
 
     // ---- Reading it ----
 
     VariantType GetType() const { return type; }
     bool IsEmpty() const { return type > VARIANT_TYPE_BUFFER; }
-    /// The size of the value in bytes, of a block type the capacity: a STRING's NUL counts.
+    /// Returns the size of the value in bytes; for a block type the capacity, including the NUL of a STRING.
     unsigned int GetLen() const { return len; }
-    /// The cursor.
+    /// Returns the position of the cursor.
     unsigned int GetPos() const { return pos; }
-    /// The block of a STRING or BUFFER, valid until the value changes; null for any other type.
+    /// Returns the block of a STRING or BUFFER, which is valid until the value changes; null for any other
+    /// type.
     const char* GetBuff() const { return IsBlock() ? value.buff : nullptr; }
 
-    /// A scalar as 64 bits: CHAR and the unsigned types zero-extended, the signed ones sign-extended. Any
-    /// other type gives 0 and a log line.
+    /// Returns a scalar as 64 bits: CHAR and the unsigned types are zero-extended, the signed ones
+    /// sign-extended. Any other type gives 0 and a log line.
     unsigned long long GetValue() const;
 
-    /// A total order: the empty Variant, then scalars by `GetValue` as unsigned numbers (-1 of a
+    /// A total order: first the empty Variant, then scalars by `GetValue` as unsigned numbers (so -1 of a
     /// signed type is the largest), then blocks by length and content. A STRING counts up to its NUL.
     bool operator<(const Variant& other) const;
     bool operator==(const Variant& other) const;
 
     // ---- As text ----
 
-    /// BOOL as True or False, integers of 8 and 16 bits in decimal, of 32 and 64 bits as 0x and lower-case
-    /// hexadecimal, a BUFFER as 0x and two digits a byte. The empty text when empty or memory is short.
+    /// Returns the value as text: a BOOL as True or False; integers of 8 and 16 bits in decimal, of 32 and 64
+    /// bits as 0x and lower-case hexadecimal; a BUFFER as 0x and two digits per byte. The text is empty if
+    /// the object is empty or memory is short.
     std::string ToString() const;
     /// Writes what `ToString` gives for a scalar to the `kScalarTextSize` characters at `place`, those behind
     /// the text undefined and no NUL. @return the length of the text; 0 when this is no scalar.
@@ -157,28 +158,29 @@ public:
     /// type: no digits give 0, too large a number saturates, an unsigned one may have a minus sign. BUFFER,
     /// and STRING where the text begins with 0x, take hexadecimal text; a STRING then ends at the first NUL.
     /// A type above BUFFER, and "0x" for a BUFFER, change nothing.
-    /// @return 0, for a value that found no block too; 0x800001f5 when hexadecimal text is malformed, is empty,
-    ///         or there is no block to decode it in: nothing changes.
+    /// @return 0, for a value that found no block too; 0x800001f5 when hexadecimal text is malformed, is
+    ///         empty, or there is no block to decode it in: nothing changes.
     unsigned int FromString(VariantType new_type, std::string text);
 
-    /// Writes the value to the terminal `out` (a `vty*`), or to standard output when it is null: numbers in
-    /// signed decimal and texts padded to 40 characters, a BUFFER as (0x) and two digits and a blank a byte,
-    /// an empty object as a line that says so.
+    /// Writes the value to the terminal `out` (a `vty*`), or to standard output if `out` is null. Numbers are
+    /// in signed decimal; numbers and texts are padded to 40 characters. A BUFFER is written as (0x) and two
+    /// digits and a blank per byte. An empty object is written as a line that says so.
     void Print(void* out) const;
 
     // ---- As a buffer ----
 
-    /// True when `data_len` bytes fit between cursor and end and the cursor may then move by `offset`, of a
-    /// scalar too, to which nothing can be appended. A STRING's NUL is no room.
+    /// Returns whether `data_len` bytes fit between the cursor and the end, and the cursor may then move by
+    /// `offset`. The NUL of a STRING is no room. Also returns true for a scalar of that size, to which
+    /// nothing can be appended.
     bool IsEnough(unsigned int data_len, unsigned int offset) const {
         const unsigned int step = Step(data_len, offset);
         return step >= data_len && step <= Room();
     }
 
-    /// Writes a value at the cursor: a scalar big-endian in its width, `size` bytes, or the value of `src`
-    /// (of a STRING its text without the NUL). Then the cursor moves by `offset`, which is no less than the
-    /// size; what lies between is left as it is.
-    /// @return 0; 0x800001f5 when this is no buffer, has too little room, `data` is null or `src`
+    /// Write a value at the cursor: a scalar big-endian in its width, `size` bytes, or the value of `src`
+    /// (from a STRING the text without the NUL). Then the cursor moves by `offset`, which must not be less
+    /// than the size. The bytes in between stay as they are.
+    /// @return 0; 0x800001f5 if this is no buffer or has too little room, if `data` is null, or if `src` is
     ///         empty: then nothing changes.
     template <typename T, RequireVariantScalar<T> = 0>
     unsigned int Append(T number, unsigned int offset = kOffsetOfSize) {
@@ -189,16 +191,16 @@ public:
     }
     unsigned int Append(const char* data, unsigned int size, unsigned int offset = kOffsetOfSize);
     unsigned int Append(const Variant& src, unsigned int offset = kOffsetOfSize);
-    /// Converts `src` itself to `new_type` first.
-    /// @return as above; 0x800001f5 also when it cannot be converted.
+    /// First converts `src` itself to `new_type`, and then appends it.
+    /// @return as above; 0x800001f5 also if `src` cannot be converted.
     unsigned int Append(Variant& src, VariantType new_type, unsigned int offset = kOffsetOfSize);
     unsigned int Append(const Variant&, VariantType, unsigned int = kOffsetOfSize) = delete;
 
-    /// Reads a value at the cursor: a scalar, `size` bytes, or a value of the type that `out` has; a block
-    /// of `out` is filled from its start with min(its room, `offset`) bytes, a STRING keeping its NUL. Then
-    /// the cursor moves by `offset`.
-    /// @return 0; 0x800001f5 when this is no buffer, holds too little, or `out` is null or empty:
-    ///         then nothing changes, `out` neither.
+    /// Read a value at the cursor: a scalar, `size` bytes, or a value of the type of `out`. If `out` has a
+    /// block, it is filled from its start with min(its room, `offset`) bytes, and a STRING keeps its NUL.
+    /// Then the cursor moves by `offset`.
+    /// @return 0; 0x800001f5 if this is no buffer or has too few bytes, or if `out` is null or empty: then
+    ///         nothing changes, not even `out`.
     template <typename T, RequireVariantScalar<T> = 0>
     unsigned int Fetch(T& number, unsigned int offset = kOffsetOfSize) const {
         const char* const place = Claim(sizeof(number), offset, Access::kFetch);
@@ -212,17 +214,16 @@ public:
     // ---- As a record: 1 byte type, 4 bytes length, the value as `Append` writes it ----
 
     /// Appends this value to the buffer `out` as a record.
-    /// @return 0; 0x800001f5 for an empty value or too little room: the parts written before stay,
-    ///         with the cursor behind them.
+    /// @return 0; 0x800001f5 for an empty value or too little room: the parts that were written stay, and the
+    ///         cursor is after them.
     unsigned int Serialize(Variant& out) const;
 
-    /// Takes the value of the record at the cursor of the buffer `in` and moves that cursor by the record's
-    /// length. A scalar takes as many bytes as its type has, whatever that length is. A record of a type
-    /// above BUFFER, and a BUFFER of length 0, are skipped and change nothing.
-    /// @return 0, for a BUFFER that found no block too; 0x800001f5 when type or length cannot be
-    ///         fetched or the value is not there in full (this object then stays as it was), and when there
-    ///         is no block for a STRING: the cursor then stands behind what was fetched, not behind the
-    ///         value.
+    /// Reads the value of the record at the cursor of the buffer `in`, and moves that cursor by the length of
+    /// the record. A scalar is read from as many bytes as its type has, even if the length says otherwise. A
+    /// record of a type above BUFFER, and a BUFFER of length 0, are skipped and change nothing.
+    /// @return 0, even if there is no block for a BUFFER; 0x800001f5 if the record is not complete (this
+    ///         object then stays as it was), and if there is no block for a STRING: the cursor is then after
+    ///         the parts that were read, but before the value.
     unsigned int UnSerialize(const Variant& in);
 
 private:
@@ -234,12 +235,12 @@ private:
 
     bool IsScalar() const { return type < VARIANT_TYPE_STRING; }
     bool IsBlock() const { return type == VARIANT_TYPE_STRING || type == VARIANT_TYPE_BUFFER; }
-    /// The bytes that count: of a STRING its text, else `len`.
+    /// Returns the length of the contents: of a STRING its text, else `len`.
     unsigned int ContentLen() const {
         return type == VARIANT_TYPE_STRING ? static_cast<unsigned int>(std::strlen(value.buff)) : len;
     }
 
-    /// Makes a scalar of an object without a block.
+    /// Sets a scalar. The object has no block.
     template <typename T>
     void SetScalar(T number) {
         type = VariantTypeOf<T>;
@@ -255,10 +256,10 @@ private:
         return number;
     }
 
-    /// Gives the old block back and takes one of a block type for `size` bytes (one more for a STRING), zero
-    /// but for the bytes copied from `src` unless that is null. The object is empty on failure.
+    /// Gives the old block back and takes one for `size` bytes, and one more for the NUL of a STRING. It is
+    /// filled from `src`, or with zeros if `src` is null. On failure the object is empty.
     unsigned int AllocBuffer(VariantType new_type, unsigned int size, const char* src);
-    /// Gives the block of a block type back; all fields stay.
+    /// Gives the block of a block type back. All fields stay.
     void FreeBuffer();
     /// Makes the object empty without giving a block back.
     void Forget() {
@@ -267,27 +268,29 @@ private:
         pos = 0;
         value.bits = 0;
     }
-    /// Takes over the value and the block of `src`, which is left empty; of a STRING only the text counts.
-    /// This object has no block.
+    /// Takes over the value and the block of `src`, which is empty afterwards. From a STRING only the text
+    /// counts. This object has no block.
     void Take(Variant& src);
     bool OwnsByte(const char* place) const;
-    /// Makes a STRING of the `size` characters at `text`.
+    /// Sets a STRING of the `size` characters at `text`.
     unsigned int SetText(const char* text, unsigned int size);
-    /// Decodes hexadecimal `text` into a STRING or BUFFER.
+    /// Sets a STRING or BUFFER from hexadecimal `text`.
     unsigned int SetHex(VariantType new_type, const std::string& text);
     unsigned int ConvertScalar(VariantType new_type);
     unsigned int ConvertBlock(VariantType new_type);
 
-    /// The bytes between cursor and end, a STRING's NUL not counted.
+    /// Returns the bytes between the cursor and the end, without the NUL of a STRING.
     unsigned int Room() const {
         const unsigned int end = type == VARIANT_TYPE_STRING ? len - 1 : len;
         return pos < end ? end - pos : 0;
     }
-    /// True when this is a buffer with room for the value and the step; else one log line.
+    /// Returns whether this is a buffer with room for the value and the step. If not, one log line is
+    /// written.
     bool Admits(unsigned int size, unsigned int offset, Access access) const {
         return (IsBlock() && IsEnough(size, offset)) || Refuse(size, offset, access);
     }
-    /// The place at the cursor, which moves on; null, after a log line, when the value is not admitted.
+    /// Returns the place at the cursor and moves the cursor; null, after a log line, if the value does not
+    /// fit.
     char* Claim(unsigned int size, unsigned int offset, Access access) const {
         if (!Admits(size, offset, access)) return nullptr;
         char* const place = value.buff + pos;
@@ -300,8 +303,8 @@ private:
     unsigned int len = 0;
     mutable unsigned int pos = 0;
     union alignas(8) {
-        unsigned long long bits; ///< all of it
-        char* buff;              ///< the block of a block type; a scalar lies at the start of the union
+        unsigned long long bits; ///< the whole union
+        char* buff;              ///< the block of a block type. A scalar is at the start of the union
     } value = {0};
 };
 

@@ -4,11 +4,11 @@
 
 #include <type_traits>
 
-/// What a `Variant` holds. The numbers are written into records and stay as they are; every number above
-/// `VARIANT_TYPE_BUFFER` counts as empty.
+/// The types of a `Variant`. The numbers are written into records, so they must not change. Every number
+/// above `VARIANT_TYPE_BUFFER` means empty.
 enum VariantType : unsigned int {
     VARIANT_TYPE_BOOL = 0,    ///< one byte, 0 or 1
-    VARIANT_TYPE_CHAR = 1,    ///< one byte, taken as 0..255 wherever it is widened
+    VARIANT_TYPE_CHAR = 1,    ///< one byte; converted to wider types as 0..255
     VARIANT_TYPE_UCHAR = 2,   ///< unsigned, 8 bits
     VARIANT_TYPE_SHORT = 3,   ///< signed, 16 bits
     VARIANT_TYPE_USHORT = 4,  ///< unsigned, 16 bits
@@ -21,18 +21,18 @@ enum VariantType : unsigned int {
     VARIANT_TYPE_NONE = 255,  ///< nothing
 };
 
-/// The scalar types by their `VariantType` numbers, from 0 on: the one place that ties a number to a C++
-/// type and so to a width.
+/// The C++ types of the scalar types, in the order of their `VariantType` numbers from 0 on. This is the only
+/// place that connects a number with a C++ type and its width.
 template <typename... Scalars>
 struct VariantScalarTable {
-    /// Calls `visit(T())` for the C++ type `T` of a scalar type. @return false when `type` is no scalar.
+    /// Calls `visit(T())` for the C++ type `T` of a scalar type. @return false if `type` is no scalar type.
     template <typename Visitor>
     static constexpr bool Visit(VariantType type, Visitor&& visit) {
         unsigned int number = 0;
         return ((number++ == type ? (visit(Scalars()), true) : false) || ...);
     }
 
-    /// The type of the C++ type `T`; `VARIANT_TYPE_NONE` when it is none of the table.
+    /// Returns the type of the C++ type `T`; `VARIANT_TYPE_NONE` if it is not in the table.
     template <typename T>
     static constexpr VariantType TypeOf() {
         unsigned int number = 0;
@@ -41,7 +41,7 @@ struct VariantScalarTable {
         return static_cast<VariantType>(found);
     }
 
-    /// The size of a scalar type in bytes; 0 for any other type.
+    /// Returns the size of a scalar type in bytes; 0 for any other type.
     static constexpr unsigned int WidthOf(VariantType type) {
         unsigned int width = 0;
         Visit(type, [&width](auto scalar) { width = sizeof(scalar); });
@@ -52,8 +52,8 @@ struct VariantScalarTable {
 using VariantScalars = VariantScalarTable<bool, char, unsigned char, short, unsigned short, int, unsigned int,
                                           long long, unsigned long long>;
 
-/// `long` stands for the type of its width, so that the fixed-width integers of <cstdint> mean the same on
-/// boards of 32 and 64 bits.
+/// `long` has the type of the integer of its width. So the fixed-width integers of <cstdint> have the same
+/// types on boards of 32 and of 64 bits.
 template <typename T>
 constexpr VariantType VariantTypeOf = VariantScalars::TypeOf<T>();
 template <>
@@ -63,8 +63,9 @@ template <>
 inline constexpr VariantType VariantTypeOf<unsigned long> = sizeof(long) == sizeof(int) ? VARIANT_TYPE_UINT
                                                                                         : VARIANT_TYPE_UINT64;
 
-/// Admits a template argument that is the C++ type of a scalar, as it stands: no enumerations, no pointers,
-/// no floating point, and of the small integers `char`, not `std::int8_t`. Cast these to one of the table.
+/// Accepts only template arguments that are exactly the C++ type of a scalar type. Enumerations, pointers and
+/// floating-point types are not accepted. Of the small integers, `char` is accepted but not `std::int8_t`.
+/// Cast such values to a type of the table.
 template <typename T>
 using RequireVariantScalar = std::enable_if_t<VariantTypeOf<T> != VARIANT_TYPE_NONE, int>;
 
