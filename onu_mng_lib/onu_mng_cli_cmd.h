@@ -1,4 +1,4 @@
-/* The layouts of the library's five reports.
+/* The columns of the library's five reports.
  */
 #ifndef ONU_MNG_LIB_ONU_MNG_CLI_CMD_H
 #define ONU_MNG_LIB_ONU_MNG_CLI_CMD_H
@@ -7,7 +7,7 @@
 extern "C" {
 #endif
 
-/* The reports by the ids under which they are registered. */
+/* The ids under which the reports are registered. */
 enum onu_mng_cli_report {
     CLI_CMD_SHOW_STATE_CONTEXT = 0,
     CLI_CMD_SHOW_MODULE_SUMMARY = 1,
@@ -16,15 +16,16 @@ enum onu_mng_cli_report {
     CLI_CMD_SHOW_SYSTEM_ENV = 4
 };
 
-/* Each registers its report under an id: title, head line and columns. Where memory is short the report
- * prints less than it should (one level-13 line). */
+/* Each function registers one report under an id: title, head line and columns. If memory is short, the
+ * report prints less than it should (one level-13 line). */
 void InitCmdCLI_CMD_SHOW_STATE_CONTEXT(unsigned int cmd_id);
 void InitCmdCLI_CMD_SHOW_MODULE_SUMMARY(unsigned int cmd_id);
 void InitCmdCLI_CMD_SHOW_MODULE(unsigned int cmd_id);
 void InitCmdCLI_CMD_SHOW_ONU_TRACE(unsigned int cmd_id);
 void InitCmdCLI_CMD_SHOW_SYSTEM_ENV(unsigned int cmd_id);
 
-/* Registers all five under their ids. The host calls it once, before a show command runs. Does not block.
+/* Registers all five reports under their ids. The host calls it once, before any show command runs. Does not
+ * block.
  * Returns 0. */
 unsigned int onu_mng_init_cli_cmd(void);
 

@@ -1,4 +1,4 @@
-/// Which ONUs' log lines are written.
+/// The registry of traced ONUs.
 #ifndef ONU_MNG_LIB_ONU_MNG_LOG_H
 #define ONU_MNG_LIB_ONU_MNG_LOG_H
 
@@ -12,57 +12,60 @@
 #include "onu_mng_lib/onu_mng_log_index.h"
 #include "onu_mng_lib/onu_mng_obj.h"
 
-/// What is traced for one key.
+/// The log levels that are traced for one key.
 struct OnuLogPara {
     std::set<int> debug_levels;
 };
 
-/// The per-ONU trace registry: keys with the log levels traced for them.
+/// The per-ONU trace registry: entries with a key and the log levels that are traced for it.
 ///
-/// The numbers (p, 0xFFFF) cover PON p, (0xFFFF, 0xFFFF) every ONU; (0xFFFF, n) covers none. A
-/// key may carry a serial number. The entry that governs an ONU is the first found of: the ONU itself (with a
-/// serial number: that serial number on that PON), its numbers, its PON, all; failing these, in key order,
-/// the first entry with a serial number whose numbers are the ONU's, its PON's wildcard, or all.
+/// A key has a PON number, an ONU number and perhaps a serial number. The numbers (p, 0xFFFF) cover PON p,
+/// (0xFFFF, 0xFFFF) covers every ONU, (0xFFFF, n) covers none. The first of these entries applies to an ONU:
 ///
-/// One instance for the process; any task. `IsTraceOnu` never allocates, and takes the lock only while the
-/// registry changes and in the rare cases that `TraceIndex` names.
+/// 1. if a serial number is given: the entry with that PON and that serial number;
+/// 2. the entry without a serial number that has its numbers, then that of its PON, then that of every ONU;
+/// 3. in the order of the keys, the first entry with a serial number whose numbers cover the ONU.
+///
+/// One instance for the process. Any task. `IsTraceOnu` never allocates. It takes the lock only while the
+/// registry changes, and in the rare cases that `TraceIndex` names.
 class OnuMngLog {
 public:
     static OnuMngLog* GetInstance();
 
-    /// Adds `level` to the entry that governs the ONU, or makes an entry for it, and opens the level in the
-    /// log. While tracing is off no entry governs, and an ONU whose key is there already gets nothing. `sn`
-    /// is null or 8 bytes. Where memory is short the registry stays as it was (one level-13 line).
+    /// Adds `level` to the entry that applies to the ONU, or makes an entry for the ONU, and opens the level
+    /// in the log. While tracing is off, no entry applies; if the key of the ONU is there already, its levels
+    /// do not change. `sn` is null or 8 bytes. If memory is short, the registry stays as it was (one level-13
+    /// line).
     void AddOnuTracer(unsigned short pon, unsigned short onu, const unsigned char* sn, int level);
 
-    /// Closes in the log every level that was opened, and removes all entries.
+    /// Removes all entries, and closes in the log every level that they opened.
     void ClearOnuTracer();
 
-    /// Finds the entry that governs an ONU, for a caller that knows that nobody changes the registry
-    /// meanwhile: this takes no lock, and `para` is valid until the registry changes.
-    /// @return true with `para` set; false with `para` null when there is none, or left alone while tracing
-    ///         is off.
+    /// Finds the entry that applies to an ONU. It takes no lock: the caller makes sure that no other task
+    /// changes the registry. `para` is valid until the registry changes.
+    /// @return true with `para` set; false with `para` null if no entry applies; false with `para` unchanged
+    ///         while tracing is off.
     bool MatchOnu(unsigned short pon, unsigned short onu, const unsigned char* sn, OnuLogPara*& para);
 
-    /// Whether the ONU is traced at `level`. Does not block, but for the short change of another task.
+    /// Returns whether the ONU is traced at `level`. Blocks only while another task changes the registry.
     bool IsTraceOnu(unsigned short pon, unsigned short onu, const unsigned char* sn, int level);
 
-    /// Prints the registry as a report to the terminal `vty`, or to standard output when it is null. The rows
-    /// are gathered under the lock and printed without it.
+    /// Prints the registry as a report to the terminal `vty`, or to standard output if `vty` is null. The
+    /// rows are collected under the lock and printed without it.
     void Print(void* vty) const;
 
     std::atomic<bool> trace_switch{false};
 
 private:
-    static constexpr int kLogLevels = 16; ///< what ulogSetModIgnore() takes
+    static constexpr int kLogLevels = 16; ///< the levels that ulogSetModIgnore() accepts
 
-    /// A key that is only looked up: it refers to the caller's serial number.
+    /// A key for a look-up. It refers to the serial number of the caller.
     struct KeyView {
         unsigned short pon;
         unsigned short onu;
         const unsigned char* sn;
     };
-    /// Orders stored keys, and stored keys against views, as `OnuNo` orders itself.
+    /// The order of `OnuNo`, for stored keys and for views.
     struct KeyLess {
         using is_transparent = void;
         bool operator()(const OnuNo& a, const OnuNo& b) const { return a < b; }

@@ -1,4 +1,4 @@
-/// The answers of the trace registry, readable without a lock.
+/// The answers of the trace registry, without a lock.
 #ifndef ONU_MNG_LIB_ONU_MNG_LOG_INDEX_H
 #define ONU_MNG_LIB_ONU_MNG_LOG_INDEX_H
 
@@ -10,10 +10,10 @@
 
 /// The levels of all entries of the trace registry, in a hash table with open addressing.
 ///
-/// One task at a time writes, under the registry's lock; any number of tasks read meanwhile and never wait: a
-/// reader that meets a change gets no answer and asks the registry under its lock. Only `Reserve` allocates.
-/// Outgrown tables are kept, because readers may still use them; together they are smaller than the current
-/// one.
+/// One task at a time writes, under the lock of the registry. Any number of tasks read at the same time and
+/// never wait. A reader that meets a change gets no answer and asks the registry under its lock. Only
+/// `Reserve` allocates. Tables that were replaced are kept, because readers may still use them. Together they
+/// are smaller than the current one.
 class TraceIndex {
 public:
     TraceIndex() = default;
@@ -21,15 +21,15 @@ public:
     TraceIndex(const TraceIndex&) = delete;
     TraceIndex& operator=(const TraceIndex&) = delete;
 
-    /// Whether the entry that governs the ONU has `level`. `sn` is null or 8 bytes. False when `is_on` is
-    /// false; `is_on` and the entries are those of one moment.
-    /// @return nothing when the registry has to be asked: during a change, for a level outside 0 to 15 where
-    ///         an entry has such levels, and when the order of two serial numbers decides which entry governs.
+    /// Returns whether the entry that applies to the ONU has `level`. `sn` is null or 8 bytes. Returns false
+    /// if `is_on` is false; `is_on` and the entries are those of one moment.
+    /// @return nothing if the registry must be asked: during a change, for a level outside 0 to 15 if an
+    ///         entry has such levels, and if the order of two serial numbers decides which entry applies.
     std::optional<bool> IsTraced(unsigned short pon, unsigned short onu, const unsigned char* sn, int level,
                                  const std::atomic<bool>& is_on) const;
 
-    /// Makes room for one more entry, with a serial number or without. Throws std::bad_alloc; then nothing has
-    /// changed.
+    /// Makes room for one more entry, with a serial number or without. Throws std::bad_alloc: then nothing
+    /// has changed.
     void Reserve(bool has_sn);
 
     struct Entry {
@@ -39,7 +39,7 @@ public:
         /// Whether it is the one without a serial number of the entries with its numbers, or else the first.
         bool governs_numbers;
     };
-    /// Sets the levels of an entry, for which there is room.
+    /// Sets the levels of an entry. There must be room for it (`Reserve`).
     void Set(const Entry& entry, const std::set<int>& levels);
 
     /// Removes all levels.

@@ -7,13 +7,16 @@
 extern "C" {
 #endif
 
-/* Offers a message to the modules in the order of their registration; the first that claims it receives it,
- * queued to its task or handled at once in this one, as the module chooses. `src_mod` and `msg_type` are
- * numbers of the clients. The `pkg_size` bytes at `data` stay the caller's. Any task, once the system is
- * started; does not wait but for a module that handles at once. Returns 0 when the message was queued, or the
- * result of the module that handled it; 0x800001f5, after a log line, when no module claims it, the claiming
- * module is not started, `data` is null or `pkg_size` 0, the pool is exhausted or the module's queue is full:
- * the message is then lost. */
+/* Offers a message to the modules in the order of their registration. The first module that claims it
+ * receives it. That module also chooses whether the message is queued to its task or handled at once, in the
+ * task of the caller.
+ *
+ * `src_mod` and `msg_type` are numbers that the clients define. The caller keeps the `pkg_size` bytes at
+ * `data`. Any task, after onu_mng_system_start(). Blocks only if the module handles the message at once.
+ * Returns 0 if the message was queued, or the result of the module that has handled it. Returns 0x800001f5,
+ * after a log line, if no module claims the message, if the module is not started, if `data` is null or
+ * `pkg_size` is 0, if the pool is exhausted, or if the queue of the module is full: the message is then lost.
+ */
 unsigned int onu_mng_module_send_msg(unsigned int src_mod, unsigned int msg_type, unsigned short pon_no,
                                      unsigned short onu_id, char* data, unsigned int pkg_size);
 

@@ -4,10 +4,10 @@
 
 class ServiceModule;
 
-/// Registers a module that was created with `new`, between onu_mng_system_init() and onu_mng_system_start().
-/// The order of registration is the order in which modules are offered messages.
-/// @return 0: the library owns the module; 0x800001f5 for null, a module registered already and when memory
-///         is short: the caller owns it.
+/// Registers a module that was created with `new`. Call it between onu_mng_system_init() and
+/// onu_mng_system_start(). Modules are offered messages in the order of their registration.
+/// @return 0: the library owns the module; 0x800001f5 if `module` is null or already registered, or if memory
+///         is short: the caller still owns the module.
 extern "C" unsigned int onu_mng_module_reg_service_module(ServiceModule* module);
 
 #endif

@@ -6,18 +6,19 @@
 
 /// A PON port number, an ONU id on that port and, optionally, the ONU's 8-byte serial number.
 ///
-/// A plain value without a lock. A serial number takes a block of the library's pool; where the pool has
-/// none, the identity holds no serial number, which `HasSn` tells.
+/// A plain value without a lock. A serial number takes a block of the library's pool. If the pool has none,
+/// the identity has no serial number; `HasSn` tells.
 ///
-/// Order and equality go by the PON port first. Within a port, identities without a serial number come first
-/// and go by their ONU id; those with one go by the serial number alone.
+/// Identities are ordered and compared by the PON port first. On one port, identities without a serial number
+/// come first, in the order of their ONU ids. Those with a serial number follow, in the order of the serial
+/// numbers; their ONU ids do not count.
 class OnuNo {
 public:
     static constexpr unsigned short kNotSet = 0xFFFF;
 
     OnuNo() = default;
     OnuNo(unsigned short pon, unsigned short onu) : pon_no(pon), onu_id(onu) {}
-    /// `sn` is null, for none, or 8 bytes that are copied.
+    /// `sn` is null, or 8 bytes that are copied.
     OnuNo(unsigned short pon, unsigned short onu, const unsigned char* sn);
     OnuNo(const OnuNo& other);
     OnuNo& operator=(const OnuNo& other);
@@ -25,13 +26,13 @@ public:
     void operator()(unsigned short pon, unsigned short onu) { (*this)(pon, onu, nullptr); }
     void operator()(unsigned short pon, unsigned short onu, const unsigned char* sn);
 
-    /// Back to nothing set.
+    /// Makes the identity empty.
     void Reset() { (*this)(kNotSet, kNotSet); }
 
-    /// False only when nothing is set.
+    /// Returns false only if the identity is empty.
     bool IsValid() const { return pon_no != kNotSet || onu_id != kNotSet || HasSn(); }
     bool HasSn() const { return !onu_sn.IsEmpty(); }
-    /// The 8 bytes of the serial number, valid until it changes; null when there is none.
+    /// Returns the 8 bytes of the serial number, which are valid until it changes; null if there is none.
     const unsigned char* GetSn() const { return reinterpret_cast<const unsigned char*>(onu_sn.GetBuff()); }
 
     bool operator<(const OnuNo& other) const;

@@ -1,4 +1,4 @@
-/// Gathering the rows of a report and printing it.
+/// Collects the rows of a report and prints it.
 #ifndef ONU_MNG_LIB_REPORT_ROWS_H
 #define ONU_MNG_LIB_REPORT_ROWS_H
 
@@ -9,13 +9,13 @@
 #include "onu_mng_lib/onu_mng_common/cmd_fmt.h"
 #include "onu_mng_lib/onu_mng_common/text_output.h"
 
-/// Adds a cell. A value that found no block in the pool gets none, so that its column prints blanks and
-/// those behind it stay in their places.
+/// Adds a cell. If there was no block for the value, no cell is added: its column then prints blanks, and the
+/// columns after it keep their positions.
 inline void AddCell(std::vector<ParameterContent>& row, unsigned int param_id, Variant value) {
     if (!value.IsEmpty()) row.push_back({param_id, std::move(value)});
 }
 
-/// A row of one cell for each value, for the columns 0, 1, 2, ...
+/// Returns a row with one cell for each value, for the columns 0, 1, 2, ...
 template <typename... Values>
 std::vector<ParameterContent> MakeRow(const Values&... values) {
     std::vector<ParameterContent> row;
@@ -25,9 +25,9 @@ std::vector<ParameterContent> MakeRow(const Values&... values) {
     return row;
 }
 
-/// Has `gather(rows)` gather all rows of a report and prints it then, when whatever `gather` locked is free.
-/// @return true; false when memory was short and the report was not printed, which a line on the
-///         terminal tells.
+/// Calls `gather(rows)`, which collects all rows of a report, and then prints the report. So nothing that
+/// `gather` locks is locked while printing.
+/// @return true; false if memory was short: the report was not printed, and a line on the terminal says so.
 template <typename Gather>
 bool PrintReport(unsigned int report_id, void* terminal, Gather gather) {
     CommandFormatMgr::Rows rows;

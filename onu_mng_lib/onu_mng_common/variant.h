@@ -154,12 +154,13 @@ public:
 
     /// Reads a value from a text.
     ///
-    /// Numbers as strtol and strtoul with base 0 and 32 bits read them, whatever follows, then cut to the
-    /// type: no digits give 0, too large a number saturates, an unsigned one may have a minus sign. BUFFER,
-    /// and STRING where the text begins with 0x, take hexadecimal text; a STRING then ends at the first NUL.
-    /// A type above BUFFER, and "0x" for a BUFFER, change nothing.
-    /// @return 0, for a value that found no block too; 0x800001f5 when hexadecimal text is malformed, is
-    ///         empty, or there is no block to decode it in: nothing changes.
+    /// Numbers are read like strtol and strtoul with base 0 and 32 bits, and then cut to the type: text
+    /// without digits gives 0, a number that is too large saturates, an unsigned number may have a minus
+    /// sign, and text after the number is ignored. A BUFFER is read from hexadecimal text, and so is a STRING
+    /// if the text begins with 0x; it then ends at the first NUL. A type above BUFFER, and "0x" for a BUFFER,
+    /// change nothing.
+    /// @return 0, even if there is no block for the value; 0x800001f5 if hexadecimal text is malformed or
+    ///         empty, or if there is no block to decode it: nothing changes.
     unsigned int FromString(VariantType new_type, std::string text);
 
     /// Writes the value to the terminal `out` (a `vty*`), or to standard output if `out` is null. Numbers are
