@@ -79,7 +79,7 @@ int install_element(unsigned int node, cmd_element* command);
 /* Runs one line on a terminal, in the calling task. Blocks as long as the handler does. Words may be
  * shortened as long as only one word fits; a complete word takes precedence. The handler runs only if the
  * line fits its syntax. The line may end in "| include RE", "| exclude RE", "| begin RE" (extended regular
- * expressions) or "| count". Every node also has the commands "help", "list" and "exit".
+ * expressions), "| count" or "| json". Every node also has the commands "help", "list" and "exit".
  * Returns the result of the handler; 0 for an empty line and for a comment, which starts with "!" or "#"; -1
  * after one error message on the terminal for any other line, for a line longer than 1023 characters, and if
  * the handler throws; -1 also for a null argument. */

@@ -1,9 +1,12 @@
 // Output filters with output of any shape, and the one that saves.
 
 #include <csignal>
+#include <cstdlib>
 #include <fstream>
 #include <iterator>
+#include <random>
 #include <string>
+#include <vector>
 
 #include <malloc.h>
 #include <sys/resource.h>
@@ -88,6 +91,94 @@ TEST_F(CliFilterTest, ExpressionsStayWithinBounds) {
     EXPECT_EQ(vty_execute(terminal, kNode, (line + "c").c_str()), 5);
     EXPECT_EQ(terminal.Text(), "");
     EXPECT_LT(in_use - before, 40'000'000U);
+}
+
+std::string Report(const std::string& body) {
+    const std::string separator = "------------------------------\r\n";
+    return "\r\nThe result is shown as follows\r\n" + separator + "\r\n" + body +
+           "\r\nThe parameter description:\r\nID               : Context ID       \r\n\r\n" + separator +
+           "Total result number = 2\r\n\r\n";
+}
+
+TEST_F(CliFilterTest, JsonHasAnObjectForEachEntry) {
+    const struct {
+        std::string text;
+        std::vector<std::string> objects;
+    } cases[] = {
+        {"", {}},
+        {Report("\r\n"), {}},
+        {Report(
+             "ID     NAME  TIME        \r\n1      a     0x1f        \r\n-2     longer 0xffffffffffffffff \r\n"
+             "       b c               \r\n"),
+         {R"({"ID":1,"NAME":"a","TIME":31})", R"({"ID":-2,"NAME":"longer","TIME":18446744073709551615})",
+          R"({"ID":null,"NAME":"b c","TIME":null})"}},
+        {Report("FLAG             = True            \r\nSN               = 123456789012    \r\n"
+                "LEVELS           = 4,7,            \r\nMAC              =                 \r\n") +
+             "and more",
+         {R"({"FLAG":true,"SN":"123456789012","LEVELS":"4,7,","MAC":null})", R"({"text":"and more"})"}},
+        {"Two of them:\nUp to bytes      Used  Bytes  State\n         16         7      8  in sync\n"
+         "2 of them: 2 used, 8 bytes in all of them\n\nAn Empty One\nName  Bytes  Place at\nx   123456  "
+         "a:1\n",
+         {R"({"text":"Two of them:"})", R"({"Up to bytes":16,"Used":7,"Bytes":8,"State":"in sync"})",
+          R"({"text":"2 of them: 2 used, 8 bytes in all of them"})", R"({"text":"An Empty One"})",
+          R"({"Name":"x","Bytes":123456,"Place at":"a:1"})"}},
+        {"Size  Size  Size\n   1     2    03\n", {R"({"Size":1,"Size 2":2,"Size 3":"03"})"}},
+        {"% Out of range.\r\n  <1-9>  a number\r\n  state          in sync, not\r\n",
+         {R"({"error":"Out of range."})", R"({"name":"<1-9>","value":"a number"})",
+          R"({"name":"state","value":"in sync, not"})"}},
+        {"a \"b\" \\ \x1b\t\xc3\x9c\xf0\x9f\x98\x80\xed\xa0\x80\xc0\x80\xe2\x82",
+         {R"({"text":"a \"b\" \\ \u001b\u0009\u00dc\ud83d\ude00\ufffd\ufffd\ufffd\ufffd\ufffd\ufffd\ufffd"})"}},
+    };
+    for (const auto& each : cases) {
+        output = each.text;
+        std::string expected;
+        for (const std::string& object : each.objects)
+            expected += (expected.empty() ? "[\r\n" : ",\r\n") + object;
+        EXPECT_EQ(Filtered("json"), expected.empty() ? "[]\r\n" : expected + "\r\n]\r\n");
+    }
+    EXPECT_EQ(vty_execute(terminal, kNode, "print it | js"), -1);
+    EXPECT_EQ(terminal.Text().substr(0, 31), "[\r\n{\"error\":\"Unknown command.\"}");
+}
+
+TEST_F(CliFilterTest, JsonIsValidWhateverTheText) {
+    if (std::system("jq --version > /dev/null 2>&1") != 0) GTEST_SKIP() << "jq is not installed";
+    const char* const parts[] = {"\r\n",
+                                 "\n\n",
+                                 "------------------------------\r\n",
+                                 " = ",
+                                 "ID  NAME  AT\n",
+                                 "The parameter description:\n",
+                                 "Total result number = ",
+                                 "\"",
+                                 "\\",
+                                 "0x",
+                                 "1",
+                                 "-",
+                                 "07",
+                                 " ",
+                                 "  ",
+                                 "% ",
+                                 "True",
+                                 "Up",
+                                 "to",
+                                 "\xff",
+                                 "\xc3",
+                                 "\xa9",
+                                 "\x01"};
+    std::minstd_rand random(1);
+    const TemporaryDirectory directory;
+    std::ofstream all(directory.path + "/all");
+    for (int i = 0; i < 1000; ++i) {
+        output.clear();
+        for (auto left = random() % 60; left > 0; --left)
+            output += parts[random() % std::size(parts)];
+        EXPECT_EQ(vty_execute(terminal, kNode, "print | json"), 5);
+        all << terminal.Text();
+    }
+    all.close();
+    const std::string test =
+        "jq -es 'length == 1000 and all(type == \"array\" and all(type == \"object\"))' ";
+    EXPECT_EQ(std::system((test + directory.path + "/all > /dev/null").c_str()), 0);
 }
 
 class CliSaveTest : public CliFilterTest {

@@ -32,6 +32,7 @@ TEST(CliMemory, LinesFailWholeAndCommandsAreInstalledOrNot) {
          "% Out of memory.\r\n-1", "a-name-that-is-longer-than-a-small-string 3\r\n0"},
         // The line that memory was short for may be lost.
         {"a filter", [=] { execute("take one 1 two 2 | count"); }, {}, "1 line\r\n0"},
+        {"JSON", [=] { execute("take one 1 two 2 | json"); }, {}, "[\r\n{\"text\":\"1 2\"}\r\n]\r\n0"},
         {"an installation", [&] { result = install_element(kNode, &late); }, "-1", "0"},
         {"help", [&] { onu_mng_platform::Describe(terminal, kNode, "li"); }, "% Out of memory.\r\n0",
          "  list  the syntax of every command\r\n0"},

@@ -4,6 +4,7 @@
 #include <cstring>
 #include <exception>
 #include <new>
+#include <optional>
 
 #include "onu_mng_platform/bep.h"
 #include "onu_mng_platform/common/cli/answer.h"
@@ -92,9 +93,20 @@ const Command* Resolve(const Output& output, const std::string& line, const std:
     return command;
 }
 
-/// @return false after an error line.
+/// The filter of a line if it takes messages too; null for any other, and for none.
+std::unique_ptr<OutputFilter> FilterForErrors(const vty& terminal, const CommandLine& line) {
+    Match match(FilterCommands(terminal.may_save));
+    const auto fits = [&match](TypedWord word) { return match.Take(word); };
+    if (!std::all_of(line.filter.begin(), line.filter.end(), fits)) return nullptr;
+    const Command* filter = match.Complete();
+    if (filter == nullptr || !FilterTakesErrors(*filter)) return nullptr;
+    std::string error;
+    return MakeFilter(*filter, {}, terminal.output, &error);
+}
+
+/// Makes the filter of a line unless it is made already. @return false after an error line.
 bool ResolveFilter(const vty& terminal, const CommandLine& line, std::unique_ptr<OutputFilter>* filter) {
-    if (!line.has_filter) return true;
+    if (!line.has_filter || *filter != nullptr) return true;
     Match match(FilterCommands(terminal.may_save));
     const Command* command = Resolve(terminal.output, line.text, line.filter, &match);
     if (command == nullptr) return false;
@@ -125,32 +137,42 @@ std::string CauseOfException() {
     return cause;
 }
 
-int RunGuarded(vty* terminal, const Command& command, ArgumentBlock* arguments, OutputFilter* filter) {
+/// @return nothing after an error line.
+std::optional<int> ResolveAndRun(vty* terminal, const CommandLine& line, const Output& errors,
+                                 std::unique_ptr<OutputFilter>* filter) {
+    const auto commands = CommandTable::GetInstance().Find(terminal->node);
+    Match match(*commands);
+    const Command* command = Resolve(errors, line.text, line.words, &match);
+    if (command == nullptr || !ResolveFilter(*terminal, line, filter)) return std::nullopt;
+    ArgumentBlock arguments(match.Arguments());
+    LogCommand(*terminal, *command, line);
     try {
-        const int result = Run(terminal, command, arguments, filter);
-        return filter == nullptr || filter->Finish() ? result : kRefused;
+        return Run(terminal, *command, &arguments, filter->get());
     } catch (const std::bad_alloc&) {
         throw;
     } catch (...) {
         const std::string cause = CauseOfException();
-        LogPort(kErrorLevel, "command %s failed: %s\r\n", command.record->syntax, cause.c_str());
-        AnswerError(terminal->output, "Command failed: " + cause);
-        return kRefused;
+        LogPort(kErrorLevel, "command %s failed: %s\r\n", command->record->syntax, cause.c_str());
+        AnswerError(errors, "Command failed: " + cause);
+        return std::nullopt;
     }
 }
 
 int Execute(vty* terminal, unsigned int node, const CommandLine& line) {
     if (line.IsEmpty()) return 0;
     const TerminalScope scope(terminal, node);
-    const auto commands = CommandTable::GetInstance().Find(node);
-    Match match(*commands);
-    const Command* command = Resolve(terminal->output, line.text, line.words, &match);
-    std::unique_ptr<OutputFilter> filter;
-    if (command == nullptr || !ResolveFilter(*terminal, line, &filter)) return kRefused;
-
-    ArgumentBlock arguments(match.Arguments());
-    LogCommand(*terminal, *command, line);
-    return RunGuarded(terminal, *command, &arguments, filter.get());
+    std::unique_ptr<OutputFilter> filter = FilterForErrors(*terminal, line);
+    const Output errors = filter == nullptr ? terminal->output : filter->Errors();
+    std::optional<int> result;
+    try {
+        result = ResolveAndRun(terminal, line, errors, &filter);
+    } catch (const std::bad_alloc&) {
+        errors("% Out of memory.\r\n");
+    }
+    if (filter == nullptr) return result.value_or(kRefused);
+    if (result) return filter->Finish() ? *result : kRefused;
+    filter->Fail();
+    return kRefused;
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iterator>
 
+#include "onu_mng_platform/common/cli/json_filter.h"
 #include "onu_mng_platform/common/cli/line_filter.h"
 #include "onu_mng_platform/common/cli/save_filter.h"
 
@@ -10,7 +11,7 @@ namespace onu_mng_platform {
 namespace {
 
 // The one that not every terminal has comes last.
-enum FilterKind { kInclude, kExclude, kBegin, kCount, kSave };
+enum FilterKind { kInclude, kExclude, kBegin, kCount, kJson, kSave };
 cmd_element filters[] = {
     {"include <RE>", nullptr, "only the lines that match\nextended regular expression", 0, 1, "include"},
     {"exclude <RE>", nullptr, "only the lines that do not match\nextended regular expression", 0, 1,
@@ -18,6 +19,7 @@ cmd_element filters[] = {
     {"begin <RE>", nullptr, "all from the first line that matches\nextended regular expression", 0, 1,
      "begin"},
     {"count", nullptr, "the number of lines", 0, 0, "count"},
+    {"json", nullptr, "as an array of JSON objects", 0, 0, "json"},
     {"save <FILE>", nullptr, "into a file of the host\nname of the file", 0, 1, "save"},
 };
 
@@ -92,6 +94,10 @@ bool FilterSaves(std::string_view name) {
     return IsShortFor(filters[kSave].name, name); // no other filter begins like it
 }
 
+bool FilterTakesErrors(const Command& filter) {
+    return filter.record == &filters[kJson];
+}
+
 std::unique_ptr<OutputFilter> MakeFilter(const Command& filter, const std::string& argument, Output next,
                                          std::string* error) {
     switch (static_cast<FilterKind>(filter.record - filters)) {
@@ -103,6 +109,8 @@ std::unique_ptr<OutputFilter> MakeFilter(const Command& filter, const std::strin
         return MakePatternFilter(PatternFilter::Kind::kBegin, argument, next, error);
     case kSave:
         return MakeSaveFilter(argument, next, error);
+    case kJson:
+        return std::make_unique<JsonFilter>(next);
     case kCount:
         break;
     }

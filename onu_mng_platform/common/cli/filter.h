@@ -22,6 +22,12 @@ public:
     /// Writes what is left once the command has ended. @return false after an error line.
     virtual bool Finish() = 0;
 
+    /// Where messages about the command go: past the filter, or through one that has a form for them.
+    virtual Output Errors() = 0;
+
+    /// Called instead of Finish() when there is no result.
+    virtual void Fail() {}
+
     /// An output that leads here.
     Output AsOutput();
 };
@@ -31,6 +37,9 @@ const CommandList& FilterCommands(bool may_save);
 
 /// Whether a filter's name, which may be shortened, is that of the one that writes a file.
 bool FilterSaves(std::string_view name);
+
+/// Whether a filter takes messages too, so that it is to be made before the command is looked up.
+bool FilterTakesErrors(const Command& filter);
 
 /// Makes the filter that one of FilterCommands() stands for; it writes to `next`.
 /// @return null, with the cause in `error`, for an expression or a file that cannot be used. Throws

@@ -14,6 +14,7 @@ public:
     explicit LineFilter(Output next) : next_(next) {}
     void Put(std::string_view text) final;
     bool Finish() override;
+    Output Errors() override { return next_; }
 
 protected:
     virtual bool Passes(const std::string& line) = 0;

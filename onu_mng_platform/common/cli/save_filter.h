@@ -26,6 +26,7 @@ public:
 
     void Put(std::string_view text) override;
     bool Finish() override;
+    Output Errors() override { return next_; }
 
 private:
     int CreateDraft();
