@@ -65,8 +65,16 @@ std::string Host::Start() {
 
 // Precedence: the answer to a get of ONU data is the first service's, that to any other get the second's.
 bool Host::AddServices() {
-    const ServiceGround ground{table,          channels,         fiber,           now, told, options.queue,
-                               options.window, TimesOf(options), RetryOf(options)};
+    const ServiceGround ground{table,
+                               channels,
+                               fiber,
+                               now,
+                               told,
+                               options.queue,
+                               options.window,
+                               TimesOf(options),
+                               RetryOf(options),
+                               options.chart};
     return rack.Add(std::make_unique<MibUploadService>(ground, TicksOf(options.audit_s, options))) &&
            rack.Add(std::make_unique<ProvisioningService>(ground)) &&
            rack.Add(std::make_unique<NotificationService>(ground));

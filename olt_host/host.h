@@ -24,10 +24,11 @@ struct HostOptions {
     unsigned int window = 256; ///< procedures that a service has under way at a time
     unsigned int queue = 1024; ///< length of each queue
     unsigned int supervision_s = 5;
-    unsigned int attempts = 1; ///< bring-ups of an ONU; 0: until it is in sync
-    unsigned int audit_s = 0;  ///< between two audits of an ONU in sync; 0: none
-    std::uint64_t seed = 1;    ///< of the impairments
-    WireTap* tap = nullptr;    ///< beside the capture; may be null; outlives the host
+    unsigned int attempts = 1;   ///< bring-ups of an ONU; 0: until it is in sync
+    unsigned int audit_s = 0;    ///< between two audits of an ONU in sync; 0: none
+    std::uint64_t seed = 1;      ///< of the impairments
+    StateChart* chart = nullptr; ///< of the services' states; may be null; outlives the host
+    WireTap* tap = nullptr;      ///< beside the capture; may be null; outlives the host
 };
 
 /// Owns all of it. Its destruction ends the host's tasks and then the services. One at a time in a process, as `ServiceRack` says.

@@ -6,6 +6,7 @@
 #include <sstream>
 
 #include "olt_host/host.h"
+#include "olt_host/operators/charts.h"
 #include "olt_host/operators/commands.h"
 #include "olt_host/operators/end_signals.h"
 #include "olt_host/operators/operators.h"
@@ -104,7 +105,12 @@ int BringUp(const Options& options) {
     for (const int number : {SIGPIPE, SIGXFSZ})
         std::signal(number, SIG_IGN);
     EndSignals signals;
-    Host host(options.host);
+    Charts charts(options.charts);
+    if (const std::string failed = charts.Check(); !failed.empty()) return Fail(failed);
+    HostOptions wanted = options.host;
+    wanted.chart = charts.States();
+    wanted.tap = charts.Sequence();
+    Host host(wanted);
     if (options.verbose > 1) TraceAll();
     SetFaults(options, host.Line(), host.Table());
     if (!options.pcap.empty()) {
@@ -120,10 +126,11 @@ int BringUp(const Options& options) {
             return Fail(failed);
     }
     const bool are_in_sync = Serve(options, host, signals, operators);
+    signals.LetThrough(); // a second one need not wait until all that the first one ends has ended
     operators.CloseConsole();
     if (const std::string capture = host.Wire().End(); !capture.empty())
         ulogPrintf(Operators::kLogModule, Operators::kLogLevel, "capture %s\r\n", capture.c_str());
-    signals.LetThrough(); // a second one need not wait until all that the first one ends has ended
+    if (const std::string failed = charts.Write(); !failed.empty()) return Fail(failed);
     return are_in_sync ? 0 : 1;
 }
 

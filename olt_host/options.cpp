@@ -91,12 +91,30 @@ void AddFaults(CLI::App& app, Options& options) {
     app.add_option("--seed", options.host.seed, "of what is left to chance (1)")->option_text("N");
 }
 
-void CheckMute(const Options& options) {
-    for (const OnuKey onu : options.mute) {
-        if (onu.pon_no <= options.host.pons && onu.onu_id <= options.host.onus) continue;
-        throw CLI::ValidationError("--mute", "there is no ONU " + std::to_string(onu.pon_no) + '/' +
-                                                 std::to_string(onu.onu_id));
-    }
+void CheckOnu(const char* option, OnuKey onu, const HostOptions& host) {
+    if (onu.pon_no <= host.pons && onu.onu_id <= host.onus) return;
+    throw CLI::ValidationError(option, "there is no ONU " + std::to_string(onu.pon_no) + '/' +
+                                           std::to_string(onu.onu_id));
+}
+
+void CheckOnus(const Options& options) {
+    for (const OnuKey onu : options.mute)
+        CheckOnu("--mute", onu, options.host);
+    CheckOnu("--sequence-onu", options.charts.onu, options.host);
+}
+
+void AddCharts(CLI::App& app, Charts::Options& charts) {
+    app.add_option("--state-chart", charts.state_file,
+                   "at the end, write the services' states and their transitions to FILE, for Graphviz")
+        ->option_text("FILE");
+    CLI::Option* sequence = app.add_option("--sequence-chart", charts.sequence_file,
+                                           "at the end, write what OLT and ONU said to FILE, for Mermaid")
+                                ->option_text("FILE");
+    app.add_option_function<std::string>(
+           "--sequence-onu", [&charts](const std::string& onu) { charts.onu = ReadOnu(onu); },
+           "the ONU of that chart (1/1)")
+        ->needs(sequence)
+        ->option_text("PON/ONU");
 }
 
 void AddWork(CLI::App& app, Options& options) {
@@ -129,13 +147,14 @@ std::optional<int> ReadOptions(int argc, char** argv, Options& options) {
     AddTimes(app, options);
     AddFaults(app, options);
     AddWork(app, options);
+    AddCharts(app, options.charts);
     app.set_version_flag("--version", std::string("olt_host ") + onu_mng_version(), "print the version");
     app.add_flag("-v,--verbose", options.verbose,
                  "list every ONU or frame, count what happened on the PONs, and log warnings; twice: trace "
                  "the state machines of every ONU");
     try {
         app.parse(argc, argv);
-        CheckMute(options);
+        CheckOnus(options);
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? 0 : kUsageStatus;
     }

@@ -8,6 +8,7 @@
 
 #include "olt_host/host.h"
 #include "olt_host/onu/onu_key.h"
+#include "olt_host/operators/charts.h"
 
 namespace olt_host {
 
@@ -27,6 +28,7 @@ struct Options {
     unsigned int limit_s = 300;
     std::string replay; ///< the file; empty: bring ONUs up
     bool check_mic = false;
+    Charts::Options charts;
     std::string pcap;       ///< the file for a capture; empty: none
     std::string cli_socket; ///< for operators; empty: none
     int verbose = 0;

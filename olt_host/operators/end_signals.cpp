@@ -7,6 +7,12 @@
 
 namespace olt_host {
 
+namespace {
+
+constexpr int kOwnSignal = SIGUSR1;
+
+} // namespace
+
 EndSignals::EndSignals() {
     sigemptyset(&signals);
     sigaddset(&signals, SIGTERM);
@@ -15,7 +21,9 @@ EndSignals::EndSignals() {
         sigaction(number, nullptr, &action);
         if (action.sa_handler != SIG_IGN) sigaddset(&signals, number); // else as nohup wants it
     }
-    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+    awaited = signals;
+    sigaddset(&awaited, kOwnSignal);
+    pthread_sigmask(SIG_BLOCK, &awaited, nullptr);
 }
 
 void EndSignals::LetThrough() const {
@@ -24,17 +32,17 @@ void EndSignals::LetThrough() const {
 
 bool EndSignals::HasCome() {
     const timespec at_once{0, 0};
-    has_come = has_come || sigtimedwait(&signals, nullptr, &at_once) > 0;
+    has_come = has_come || sigtimedwait(&awaited, nullptr, &at_once) > 0;
     return has_come;
 }
 
 void EndSignals::Wait() {
     while (!has_come)
-        has_come = sigwaitinfo(&signals, nullptr) > 0;
+        has_come = sigwaitinfo(&awaited, nullptr) > 0;
 }
 
 void EndSignals::Raise() {
-    kill(getpid(), SIGTERM);
+    kill(getpid(), kOwnSignal);
 }
 
 } // namespace olt_host

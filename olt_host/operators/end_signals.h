@@ -20,11 +20,12 @@ public:
     /// Lets them end the process where it stands, from now on.
     void LetThrough() const;
 
-    /// Sends one. Any task.
+    /// Asks for the end as a signal does. One that comes too late ends nothing. Any task.
     static void Raise();
 
 private:
-    sigset_t signals;
+    sigset_t signals; ///< that others send
+    sigset_t awaited; ///< with the one that `Raise` sends, which is never let through
     bool has_come = false;
 };
 

@@ -38,7 +38,7 @@ public:
         auto room = static_cast<unsigned int>(bytes.size());
         const bool is_hexadecimal = CUtil::CovertHexStringToBytes(text.c_str(), bytes.data(), &room) == 0;
         bytes.resize(is_hexadecimal ? room : 0);
-        kind = is_hexadecimal ? Kind::kOmci : Kind::kNotHexadecimal;
+        content = is_hexadecimal ? Content::kFrame : Content::kNotHexadecimal;
         return true;
     }
     const char* Unit() const override { return "lines"; }
@@ -67,7 +67,7 @@ public:
         }
         ++number;
         auto omci = UnwrapOmci(reader.Frame());
-        kind = omci ? Kind::kOmci : Kind::kNotOmci;
+        content = omci ? Content::kFrame : Content::kNotOmci;
         bytes = omci ? omci->bytes : std::string_view();
         if (omci) conversation = std::move(omci->addresses);
         return true;

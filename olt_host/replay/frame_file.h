@@ -28,9 +28,9 @@ public:
     /// The number of the frame's line, or of its Ethernet frame, from 1.
     unsigned int Number() const { return number; }
 
-    enum class Kind { kOmci, kNotHexadecimal, kNotOmci };
-    Kind FrameKind() const { return kind; }
-    /// Its bytes, which may be no OMCI frame nevertheless; none unless it is of the kind kOmci.
+    enum class Content { kFrame, kNotHexadecimal, kNotOmci };
+    Content Held() const { return content; }
+    /// The bytes of a frame, in which `OmciFrame::Parse` may find faults; none of any other content.
     const std::string& Bytes() const { return bytes; }
     /// Tells the frames of one ONU from those of others; empty in text.
     const std::string& Conversation() const { return conversation; }
@@ -41,7 +41,7 @@ protected:
     FrameFile() = default;
 
     unsigned int number = 0;
-    Kind kind = Kind::kOmci;
+    Content content = Content::kFrame;
     std::string bytes;
     std::string conversation;
     std::string fault;

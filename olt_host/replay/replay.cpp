@@ -97,11 +97,11 @@ void Player::Play(FrameFile& file) {
 }
 
 void Player::Take(const FrameFile& file) {
-    if (file.FrameKind() == FrameFile::Kind::kNotOmci) {
+    if (file.Held() == FrameFile::Content::kNotOmci) {
         ++counts.not_omci;
         return;
     }
-    if (file.FrameKind() == FrameFile::Kind::kNotHexadecimal) {
+    if (file.Held() == FrameFile::Content::kNotHexadecimal) {
         ++counts.not_hexadecimal;
         return Report(file.Number(), "not hexadecimal");
     }

@@ -18,14 +18,15 @@ bool ReadDataSync(const OmciFrame& answer, std::uint8_t& data_sync) {
 } // namespace
 
 MibUpload::MibUpload(const ServiceGround& service_ground) : Procedure(kMibUploadModule, service_ground) {
-    const auto add = [this](State state, Step<MibUpload>::AskHook ask, Step<MibUpload>::TakeHook take) {
-        AddState(std::make_unique<Step<MibUpload>>(state, ground.times.limit_s, ask, take));
+    const auto add = [this](State state, const char* name, Step<MibUpload>::AskHook ask,
+                            Step<MibUpload>::TakeHook take) {
+        AddState(std::make_unique<Step<MibUpload>>(state, ground.times.limit_s, ask, take), name);
     };
-    add(kAudit, &MibUpload::AskDataSync, &MibUpload::TakeAudit);
-    add(kReset, &MibUpload::AskReset, &MibUpload::TakeReset);
-    add(kUpload, &MibUpload::AskUpload, &MibUpload::TakeUpload);
-    add(kNext, &MibUpload::AskNext, &MibUpload::TakeNext);
-    add(kVerify, &MibUpload::AskDataSync, &MibUpload::TakeVerify);
+    add(kAudit, "AUDIT", &MibUpload::AskDataSync, &MibUpload::TakeAudit);
+    add(kReset, "RESET", &MibUpload::AskReset, &MibUpload::TakeReset);
+    add(kUpload, "UPLOAD", &MibUpload::AskUpload, &MibUpload::TakeUpload);
+    add(kNext, "NEXT", &MibUpload::AskNext, &MibUpload::TakeNext);
+    add(kVerify, "VERIFY", &MibUpload::AskDataSync, &MibUpload::TakeVerify);
 }
 
 unsigned int MibUpload::Prepare() {

@@ -19,8 +19,10 @@ bool AnyBit(const char* bitmap) {
 
 AlarmSync::AlarmSync(const ServiceGround& service_ground) : Procedure(kNotificationModule, service_ground) {
     const unsigned long limit_s = ground.times.limit_s;
-    AddState(std::make_unique<Step<AlarmSync>>(kAll, limit_s, &AlarmSync::AskAll, &AlarmSync::TakeAll));
-    AddState(std::make_unique<Step<AlarmSync>>(kNext, limit_s, &AlarmSync::AskNext, &AlarmSync::TakeNext));
+    AddState(std::make_unique<Step<AlarmSync>>(kAll, limit_s, &AlarmSync::AskAll, &AlarmSync::TakeAll),
+             "ALL");
+    AddState(std::make_unique<Step<AlarmSync>>(kNext, limit_s, &AlarmSync::AskNext, &AlarmSync::TakeNext),
+             "NEXT");
 }
 
 unsigned int AlarmSync::Prepare() {

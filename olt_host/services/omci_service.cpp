@@ -25,7 +25,9 @@ Tick PauseAfter(unsigned int attempts, const RetryPolicy& retry) {
 
 OmciService::OmciService(ModuleType type, const char* name, const ServiceGround& service_ground)
     : ServiceModule(type, name, kPriority, kMessagePriority, service_ground.queue_length, kStack),
-      ground(service_ground), of_onu(service_ground.table.Size(), nullptr) {}
+      ground(service_ground), of_onu(service_ground.table.Size(), nullptr) {
+    if (ground.chart != nullptr) ground.chart->NameService(type, name);
+}
 
 OmciService::~OmciService() {
     EndTask();

@@ -35,13 +35,16 @@ public:
 
 Procedure::Procedure(unsigned int service, const ServiceGround& service_ground)
     : StateContext(service), ground(service_ground) {
-    AddState(std::make_unique<Start>(ground.times.limit_s));
-    AddState(std::make_unique<Success>());
-    AddState(std::make_unique<ServiceState>(STATE_FAIL)); // does nothing and frees the context
+    AddState(std::make_unique<Start>(ground.times.limit_s), "INIT");
+    AddState(std::make_unique<Success>(), "SUCC");
+    AddState(std::make_unique<ServiceState>(STATE_FAIL), "FAIL"); // does nothing and frees the context
 }
 
-void Procedure::AddState(std::unique_ptr<ServiceState> state) {
-    if (RegisterState(state.get()) != ONU_MNG_OK) throw std::bad_alloc();
+void Procedure::AddState(std::unique_ptr<ServiceState> state, const char* name) {
+    const unsigned int result = ground.chart == nullptr
+                                    ? RegisterState(state.get())
+                                    : ground.chart->RegisterState(*this, state.get(), name);
+    if (result != ONU_MNG_OK) throw std::bad_alloc();
     state.release();
 }
 

@@ -73,8 +73,8 @@ public:
     unsigned int resent = 0;
 
 protected:
-    /// Takes a state over. Throws std::bad_alloc.
-    void AddState(std::unique_ptr<ServiceState> state);
+    /// Takes a state over; `name` is for charts. Throws std::bad_alloc.
+    void AddState(std::unique_ptr<ServiceState> state, const char* name);
     /// Prepares a new run and gives the state after INIT.
     virtual unsigned int Prepare() = 0;
 

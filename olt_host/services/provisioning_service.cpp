@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <iterator>
+#include <utility>
 
 #include "onu_mng_lib/onu_mng_common/variant_util.h"
 
@@ -67,9 +68,11 @@ unsigned int WriteValues(const Planned& planned, unsigned short onu_id, char* ou
 
 Provisioning::Provisioning(const ServiceGround& service_ground)
     : Procedure(kProvisioningModule, service_ground) {
-    for (const State state : {kCreate, kSet, kGet})
+    constexpr std::pair<State, const char*> kStates[] = {{kCreate, "CREATE"}, {kSet, "SET"}, {kGet, "GET"}};
+    for (const auto& [state, name] : kStates)
         AddState(std::make_unique<Step<Provisioning>>(state, ground.times.limit_s, &Provisioning::AskPlanned,
-                                                      &Provisioning::TakePlanned));
+                                                      &Provisioning::TakePlanned),
+                 name);
 }
 
 unsigned int Provisioning::Prepare() {

@@ -9,6 +9,7 @@
 #include "olt_host/services/messages.h"
 #include "olt_host/services/omci_channel.h"
 #include "olt_host/services/onu_table.h"
+#include "onu_mng_lib/onu_mng_common/state_chart.h"
 
 namespace olt_host {
 
@@ -42,6 +43,7 @@ struct ServiceGround {
     unsigned int window;       ///< procedures that a service has under way at a time
     RequestTimes times;
     RetryPolicy retry;
+    StateChart* chart = nullptr; ///< watches the procedures; may be null
 };
 
 } // namespace olt_host

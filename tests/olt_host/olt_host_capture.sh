@@ -6,7 +6,9 @@ set -eux
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cd "$work"
-"$1" --pcap frames > report
+"$1" --pcap frames --state-chart states.dot --sequence-chart sequence.mmd --sequence-onu 2/3 > report
+[ "$(grep -c '>>O' sequence.mmd)" -eq 146 ]
+! command -v dot || dot -Tsvg states.dot | grep NEXT
 cp frames host.pcap
 [ "$(tshark -r frames -Y 'eth.type == 0x88b5 && !_ws.malformed && frame.len == 62' | wc -l)" -eq 1168 ]
 [ "$(tshark -r frames -Y 'eth.dst == 02:00:00:00:02:03 && eth.src == 02:00:00:00:02:00' | wc -l)" -eq 73 ]

@@ -14,6 +14,7 @@
 #include "olt_host/services/notification_service.h"
 #include "olt_host/services/provisioning_service.h"
 #include "olt_host/services/service_rack.h"
+#include "onu_mng_lib/onu_mng_common/state_chart.h"
 #include "onu_mng_lib/onu_mng_module_cinterface.h"
 #include "onu_mng_platform/sim/simulation.h"
 #include "tests/support/omci_frames.h"
@@ -113,20 +114,21 @@ TEST(OltHostServices, TakeFramesInOrderOfPrecedence) {
     };
     OnBench([&](Bench& bench) {
         bench.table.Update(0, [](OnuStatus& status) { status.phase = OnuPhase::kProvisioning; });
-        for (const auto& sample : cases) {
-            std::vector<unsigned long> expected;
+        const auto frames = [&bench] {
+            std::vector<unsigned long> of_services;
             for (const OmciService* service : bench.rack.Services())
-                expected.push_back(service->Frames() +
-                                   (sample.service == static_cast<int>(expected.size()) ? 1 : 0));
+                of_services.push_back(service->Frames());
+            return of_services;
+        };
+        for (const auto& sample : cases) {
+            std::vector<unsigned long> expected = frames();
+            if (sample.service >= 0) ++expected[static_cast<std::size_t>(sample.service)];
             std::string bytes = Bytes(sample.frame, OmciFrame::kSizeWithoutTrailer);
             EXPECT_EQ(onu_mng_module_send_msg(kFiberModule, kMsgFrame, 1, 1, bytes.data(),
                                               OmciFrame::kSizeWithoutTrailer) == ONU_MNG_OK,
                       sample.service >= 0);
             bench.board.Settle();
-            std::vector<unsigned long> frames;
-            for (const OmciService* service : bench.rack.Services())
-                frames.push_back(service->Frames());
-            EXPECT_EQ(frames, expected) << sample.frame;
+            EXPECT_EQ(frames(), expected) << sample.frame;
         }
     });
 }
@@ -246,6 +248,19 @@ TEST(OltHostServices, KeepAlarms) {
         EXPECT_EQ(alarm().alarmed.Size(), 1u);
         EXPECT_EQ(bench.link.requests.size(), before + 3) << "all and one next";
         EXPECT_EQ(bench.Settled().alarms, 4u);
+    });
+}
+
+TEST(StateChart, LeavesStatesThatAreRefusedToTheirOwner) {
+    OnBench([](Bench&) {
+        StateChart chart;
+        StateContext context(1);
+        ServiceState too_high(STATE_MAX + 1);
+        ServiceState second(5);
+        EXPECT_EQ(chart.RegisterState(context, nullptr, "NONE"), ONU_MNG_FAILURE);
+        EXPECT_EQ(chart.RegisterState(context, &too_high, "HIGH"), ONU_MNG_FAILURE);
+        EXPECT_EQ(chart.RegisterState(context, new ServiceState(5), "FIRST"), ONU_MNG_OK);
+        EXPECT_EQ(chart.RegisterState(context, &second, "SECOND"), ONU_MNG_OK);
     });
 }
 

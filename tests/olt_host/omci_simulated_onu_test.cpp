@@ -132,13 +132,6 @@ TEST_F(SimulatedOnuTest, AnswersARepeatedTransactionFromItsStore) {
     EXPECT_EQ(Repeat(create).Result(), OmciResult::kOk);
 }
 
-TEST_F(SimulatedOnuTest, CountsChangesAround) {
-    for (unsigned int change = 1; change <= 300; ++change) {
-        Ask(OmciType::kSet, kTCont, Bytes("80000100"));
-        ASSERT_EQ(onu.Mib().DataSync(), change <= 255 ? change : change - 255);
-    }
-}
-
 TEST_F(SimulatedOnuTest, TellsItsAlarms) {
     const auto all = [this] { return Ask(OmciType::kGetAllAlarms, kMib).Get<std::uint16_t>(9); };
     EXPECT_EQ(all(), 0);

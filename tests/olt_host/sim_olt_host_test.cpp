@@ -181,13 +181,6 @@ TEST(SimOltHost, Brings16OnusUpThroughFaults) {
     sim_scenario::ForEachSeed([](Simulation& board) { BringUpThroughFaults(board, 16); });
 }
 
-// One seed in ten: a run takes as much longer.
-TEST(SimOltHost, Brings64OnusUpThroughFaults) {
-    sim_scenario::ForEachSeed([](Simulation& board) {
-        if (board.Result().seed % 10 == 0) BringUpThroughFaults(board, 64);
-    });
-}
-
 /// Keeps what is sent to one ONU.
 class Sent : public WireTap {
 public:
@@ -255,44 +248,6 @@ TEST(SimOltHost, KeepsOneInFlightPastATermination) {
             contexts->Terminate(id);
         board.Sleep(5s);
         EXPECT_GT(watch.requests, before);
-    });
-}
-
-class SilentLink : public OmciLink {
-public:
-    void Send(OnuKey, const OmciFrame&) override { ++frames; }
-    unsigned int frames = 0;
-};
-
-// A context that is handed nothing any more: the seventh request of the supervision takes it to FAIL in the
-// supervision's own task.
-TEST(SimOltHost, FreesAContextThatNobodyTends) {
-    Simulation on(1);
-    OnBoard(on, [](Simulation& board) {
-        ServiceRack rack;
-        ASSERT_TRUE(rack.Initialise(1, 1, 5));
-        OnuTable table(1, 1);
-        std::vector<OmciChannel> channels(1);
-        SilentLink link;
-        const std::atomic<Tick> now{0};
-        WorkFlags told{};
-        const ServiceGround ground{table, channels, link, now, told, 16, 1, {30, 3, 11}, {1, 1, 1}};
-        MibUpload upload(ground);
-        board.Sleep(100s);
-        ASSERT_EQ(upload.Alloc(1, 1, nullptr, 0), ONU_MNG_OK);
-        EXPECT_FALSE(upload.IsOverTime()) << "counts from its allocation";
-        upload.ChangeState(STATE_IDLE, false);
-        ASSERT_TRUE(upload.Begin(0, table.KeyOf(0), channels[0]));
-        EXPECT_EQ(upload.cur_state, MibUpload::kAudit); // the ONU was not said to be uploading
-        while (upload.stop_times == 0 && board.Now() < 160s)
-            board.Sleep(1s);
-        board.Sleep(5 * 5s);
-        EXPECT_TRUE(upload.occupied);
-        EXPECT_EQ(upload.stop_times, StateContext::kAbsorbedStops);
-        board.Sleep(5s);
-        EXPECT_FALSE(upload.occupied);
-        EXPECT_FALSE(upload.succeeded);
-        EXPECT_EQ(link.frames, 1u);
     });
 }
 

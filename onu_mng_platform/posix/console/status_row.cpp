@@ -7,6 +7,7 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+#include "onu_mng_platform/posix/cli/thread.h"
 #include "onu_mng_platform/posix/console/terminal_modes.h"
 
 namespace onu_mng_platform {
@@ -41,9 +42,9 @@ std::string Fitting(const std::vector<std::string>& texts, size_t columns) {
 } // namespace
 
 bool StatusRow::Show(const std::vector<std::string>& texts) {
-    if (IsInBackground()) return true; // the screen is the shell's
     winsize size{};
-    if (!HasRows() || ioctl(screen_, TIOCGWINSZ, &size) != 0 || size.ws_row < kLeastRows) {
+    if (!HasRows() || IsInBackground() || ioctl(screen_, TIOCGWINSZ, &size) != 0 ||
+        size.ws_row < kLeastRows) {
         Hide();
         return false;
     }
@@ -74,7 +75,9 @@ void StatusRow::Hide() {
     Flush();
 }
 
+// From the background too, where the system would stop the process for writing: the row is to go.
 void StatusRow::Flush() {
+    const SignalShield shield;
     while (!unsent_.empty()) {
         const ssize_t sent = write(screen_, unsent_.data(), unsent_.size());
         if (sent < 0 && errno == EINTR) continue;

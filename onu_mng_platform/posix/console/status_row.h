@@ -21,8 +21,8 @@ public:
 
     /// Shows the first of `texts` that fits into the width of the terminal, or the beginning of the last one.
     /// ASCII without control characters.
-    /// @return false, with nothing shown, where $TERM names no terminal that can address its rows ("dumb"), or
-    ///         the terminal has fewer than 4 rows. Throws std::bad_alloc.
+    /// @return false, with nothing shown, where $TERM names no terminal that can address its rows ("dumb"), the
+    ///         terminal has fewer than 4 rows, or it is another job's. Throws std::bad_alloc.
     bool Show(const std::vector<std::string>& texts);
 
     /// Clears the row and lets the whole terminal scroll again. Nothing when it is not shown.
