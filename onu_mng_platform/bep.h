@@ -25,7 +25,7 @@
 #include <stdint.h>
 
 #ifdef __cplusplus
-#include <cxxabi.h>
+#include <exception>
 
 extern "C" {
 #endif
@@ -143,11 +143,8 @@ inline void bep_passTaskEnd() {
         throw;
     } catch (const bep_TaskEnd&) {
         throw;
-#ifdef __GLIBCXX__
-    } catch (const abi::__forced_unwind&) {
-        throw;
-#endif
     } catch (...) {
+        if (std::current_exception() == nullptr) throw; // it is not from C++: pthread_exit()
     }
 }
 #endif

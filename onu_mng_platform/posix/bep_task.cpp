@@ -1,4 +1,3 @@
-#include <cxxabi.h>
 #include <pthread.h>
 #include <sched.h>
 #include <unistd.h>
@@ -61,9 +60,8 @@ void RunGuarded(const Task& task) {
     } catch (const TaskEnd&) {
     } catch (const std::exception& failure) {
         LogPort(15, "Task %s has ended by an exception: %s\r\n", task.name, failure.what());
-    } catch (abi::__forced_unwind&) {
-        throw; // pthread_exit() and pthread_cancel() end the thread themselves
     } catch (...) {
+        if (std::current_exception() == nullptr) throw; // pthread_exit() and pthread_cancel() end the thread
         LogPort(15, "Task %s has ended by an exception that is no std::exception\r\n", task.name);
     }
 }
