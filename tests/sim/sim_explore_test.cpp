@@ -103,6 +103,46 @@ TEST(Explored, ASenderLosesNothingToAReceiverThatIsDeleted) {
     });
 }
 
+TEST(Explored, AModuleIsRemovedUnderItsSenders) {
+    /// Expects that no handler runs in it when it is destroyed.
+    class Mortal : public SimModule {
+    public:
+        Mortal(MsgSyncProcType by, int& in_handlers)
+            : SimModule(kType, by,
+                        [&in_handlers](const Message&) {
+                            ++in_handlers;
+                            ulogPrintf(SimHost::kLogModule, 9, "in a handler\r\n");
+                            --in_handlers;
+                            return ONU_MNG_OK;
+                        }),
+              running(in_handlers) {}
+        ~Mortal() override {
+            EndTask();
+            EXPECT_EQ(0, running);
+        }
+
+    private:
+        int& running;
+    };
+    for (const MsgSyncProcType delivery : {MSG_PROC_SYNC, MSG_PROC_ASYNC})
+        ForEachSchedule([delivery](Simulation& board) {
+            int running = 0;
+            onu_mng_module_reg_service_module(new Mortal(delivery, running));
+            ASSERT_EQ(ONU_MNG_OK, onu_mng_system_start());
+            board.Settle();
+            const auto send = [] {
+                const unsigned int ret = Send(1);
+                EXPECT_TRUE(ret == ONU_MNG_OK || ret == ONU_MNG_FAILURE) << std::hex << ret;
+            };
+            const auto remove = [] {
+                EXPECT_EQ(ONU_MNG_OK, ModuleManager::GetInstance()->RemoveModule(kType));
+            };
+            Explore(board, {send, send, remove});
+            EXPECT_EQ(0u, ModuleManager::GetInstance()->GetSize());
+            EXPECT_EQ(ONU_MNG_FAILURE, Send(1));
+        });
+}
+
 // The task that removes modules is itself deleted, wherever it is.
 TEST(Explored, ARemoverThatIsDeletedLeavesTheManagerUsable) {
     ForEachSchedule([](Simulation& board) {
@@ -138,13 +178,13 @@ TEST(Explored, AProcedureEndsOnceWhateverEndsIt) {
                 return ONU_MNG_OK;
             },
             1);
-        board.Sleep(31s);
+        board.Sleep(30500ms); // the supervision goes round at each full second
         ASSERT_EQ(ONU_MNG_OK, context.Alloc(1, 5, nullptr, 0));
         while (context.stop_times != 6)
             board.Sleep(1s);
         const auto end = [&](const std::function<unsigned int()>& act) {
             return [&board, act] {
-                board.Sleep(1s); // when the supervision looks next
+                board.Sleep(500ms); // up to the next round
                 const unsigned int ret = act();
                 const bool is_known =
                     ret == ONU_MNG_OK || ret == ONU_MNG_STATE_UNMATCHED || ret == ONU_MNG_STATE_REFUSED;
@@ -153,7 +193,9 @@ TEST(Explored, AProcedureEndsOnceWhateverEndsIt) {
         };
         Explore(board, {end([&] { return context.Operate(); }),
                         end([&] { return pool->Terminate(context.context_id); })});
-        EXPECT_EQ(1, failures);
+        // Messages of several tasks are not serialised: each of the three may find the job in FAIL and run it.
+        EXPECT_LE(1, failures);
+        EXPECT_GE(3, failures);
         EXPECT_EQ(STATE_IDLE, context.cur_state);
         EXPECT_EQ(0, context.stop_times);
         EXPECT_EQ(ONU_MNG_OK, context.Alloc(2, 6, nullptr, 0));
