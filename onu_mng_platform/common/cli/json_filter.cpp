@@ -80,7 +80,7 @@ Output JsonFilter::Errors() {
     const auto put = [](void* self, const char* data, size_t size) {
         auto* const filter = static_cast<JsonFilter*>(self);
         try {
-            filter->LineFilter::Put(std::string_view(data, size));
+            filter->Put(std::string_view(data, size));
         } catch (const std::bad_alloc&) {
             filter->is_memory_short_ = true;
         }
@@ -177,7 +177,7 @@ JsonFilter::State JsonFilter::TakeReportEntry(std::string_view line) {
     if (is_entry_open_)
         next_(member.replace(0, 1, ","));
     else
-        Put(member);
+        PutElement(member);
     is_entry_open_ = true;
     return State::kReportList;
 }
@@ -208,19 +208,19 @@ void JsonFilter::PutText(std::string_view line) {
     constexpr std::string_view kErrorMark = "% ";
     const std::string_view text = Trimmed(line);
     if (text.empty()) return;
-    if (StartsWith(text, kErrorMark)) return Put(ObjectOf("error", text.substr(kErrorMark.size())));
+    if (StartsWith(text, kErrorMark)) return PutElement(ObjectOf("error", text.substr(kErrorMark.size())));
     const std::string named = table_.names().empty() ? NamedValue(line) : std::string();
-    Put(named.empty() ? ObjectOf("text", text) : named);
+    PutElement(named.empty() ? ObjectOf("text", text) : named);
 }
 
 void JsonFilter::PutRow(const std::vector<std::string_view>& cells, size_t most_digits) {
     std::string object = "{";
     for (size_t i = 0; i < cells.size(); ++i)
         AppendMember(&object, table_.names()[i], cells[i], most_digits);
-    Put(object.append("}"));
+    PutElement(object.append("}"));
 }
 
-void JsonFilter::Put(const std::string& element) {
+void JsonFilter::PutElement(const std::string& element) {
     const std::string text = (has_elements_ ? ",\r\n" : "[\r\n") + element;
     next_(text);
     has_elements_ = true;

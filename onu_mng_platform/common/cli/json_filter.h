@@ -44,7 +44,7 @@ private:
     void PutHeld();
     void PutText(std::string_view line);
     void PutRow(const std::vector<std::string_view>& cells, size_t most_digits);
-    void Put(const std::string& element);
+    void PutElement(const std::string& element);
     void CloseEntry();
 
     State state_ = State::kText;
