@@ -21,6 +21,9 @@ struct CloseStream {
 };
 using Stream = std::unique_ptr<std::FILE, CloseStream>;
 
+/// Characters that are kept of a line; more than the longest frame needs.
+constexpr std::size_t kMostOfLine = 8192;
+
 class TextFile final : public FrameFile {
 public:
     explicit TextFile(Stream from) : in(std::move(from)) {}
@@ -48,7 +51,7 @@ private:
         text.clear();
         int character = 0;
         while ((character = std::getc(in.get())) != EOF && character != '\n')
-            text.push_back(static_cast<char>(character));
+            if (text.size() < kMostOfLine) text.push_back(static_cast<char>(character));
         if (std::ferror(in.get()) != 0) fault = std::strerror(errno);
         return fault.empty() && (character != EOF || !text.empty());
     }

@@ -10,7 +10,7 @@ namespace olt_host {
 /// The frames of a file, one after the other:
 ///
 /// - text: one frame a line in hexadecimal digits; blanks around it, and what follows a tab or a #, are not
-///   part of it, and empty lines are passed over;
+///   part of it, and empty lines are passed over. Only the first 8,192 characters of a line are looked at;
 /// - a capture in the pcap or pcapng format: OMCI in Ethernet frames of type 0x88B5, with or without VLAN tags.
 class FrameFile {
 public:

@@ -109,8 +109,8 @@ TEST_F(OltHostReplay, TellsMalformedLinesApart) {
                              Line("0001290c00020000...") +             // 8
                              Line("0001290b00020000...", 60) +         // 9
                              Line("0001290a00020000...00000029", 44) + // 10
-                             Line("0001290a00020000...0000002812345678", 48) + // 11
-                             "000\n";                                          // 12
+                             Line("0001290a00020000...0000002812345678", 48).substr(0, 96) + // 11
+                             std::string(9000, ' ') + "not looked at\n" + "000\n";           // 12
     Outcome outcome = Run(text, {false, true});
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(outcome.err, "FILE:3: not hexadecimal\n"
