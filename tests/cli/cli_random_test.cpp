@@ -2,10 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "onu_mng_platform/common/cli/assist.h"
-#include "tests/cli/cli_oracle.h"
-#include "tests/cli/cli_test_commands.h"
-#include "tests/support/captured_terminal.h"
+#include "tests/cli/cli_rules.h"
 #include "tests/support/seeded.h"
 
 namespace {
@@ -76,39 +73,16 @@ private:
     Seeded random_;
 };
 
-std::vector<Form> AllForms(unsigned int node) {
-    cli_test::Install();
-    std::vector<cmd_element> commands = cli_test::Commands(node);
-    for (const char* name : {"help", "list", "exit"})
-        commands.push_back({name, nullptr, nullptr, 0, 0, ""});
-    return cli_test::FormsOf(commands);
-}
-
-bool IsError(const std::string& screen) {
-    return screen.compare(0, 2, "% ") == 0;
-}
-
 class CliRandomTest : public testing::TestWithParam<unsigned int> {
 protected:
-    const std::vector<Form> forms = AllForms(GetParam());
-    Typist typist{forms};
-    CapturedTerminal terminal;
+    cli_test::Rules rules{GetParam()};
+    Typist typist{rules.forms};
 };
 
 TEST_P(CliRandomTest, HandlersGetWhatTheirSyntaxAllowsAndNothingElse) {
     int accepted = 0;
-    for (int i = 0; i < 50000; ++i) {
-        const std::string line = typist.Line();
-        const Words words = cli_test::Matches(line, "[^\\x01-\\x20\\x7f]+");
-        Words meaning = cli_test::MeaningOf(words, forms);
-        const int result = vty_execute(terminal, GetParam(), line.c_str());
-        const std::string screen = terminal.Text();
-        ASSERT_EQ(result, meaning.empty() && !words.empty() ? -1 : 0) << line;
-        ASSERT_EQ(IsError(screen), result != 0) << line << "\nscreen: " << screen;
-        accepted += meaning.empty() ? 0 : 1;
-        if (!meaning.empty() && meaning[0].empty()) meaning.clear(); // commands of every node tell nothing
-        ASSERT_EQ(cli_test::TakeCall(), meaning) << "typed: " << line << "\nscreen: " << screen;
-    }
+    for (int i = 0; i < 50000; ++i)
+        ASSERT_NO_FATAL_FAILURE(rules.Execute(typist.Line(), &accepted));
     EXPECT_GT(accepted, 10000);
     EXPECT_LT(accepted, 40000);
 }
@@ -118,15 +92,7 @@ TEST_P(CliRandomTest, CompletionsCanStandWhereTheyAreOffered) {
     for (int i = 0; i < 5000; ++i) {
         std::string line = typist.Line();
         line.resize(line.size() * (static_cast<size_t>(i) % 7) / 6);
-        const onu_mng_platform::Completion tab = onu_mng_platform::Complete(terminal, GetParam(), line);
-        onu_mng_platform::Describe(terminal, GetParam(), line);
-        const std::string help = "\n" + terminal.Text();
-        for (const std::string& choice : tab.choices)
-            ASSERT_NE(help.find("\n  " + choice), std::string::npos) << line << "\nhelp: " << help;
-        if (tab.insert.empty()) continue;
-        onu_mng_platform::Describe(terminal, GetParam(), line + tab.insert);
-        ASSERT_FALSE(IsError(terminal.Text())) << line << "\nTAB: " << tab.insert;
-        ++completed;
+        ASSERT_NO_FATAL_FAILURE(rules.Complete(line, &completed));
     }
     EXPECT_GT(completed, 100);
 }

@@ -1,66 +1,21 @@
-// The registry against a model that follows its rules literally, entry by entry.
+// The registry of traced ONUs.
 
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <map>
-#include <optional>
-#include <set>
 #include <thread>
-#include <vector>
 
 #include "onu_mng_lib/onu_mng_common/mem_mgr.h"
 #include "onu_mng_lib/onu_mng_log.h"
-#include "onu_mng_lib/onu_mng_log_cinterface.h"
 #include "onu_mng_lib/onu_mng_system_reg_interface.h"
 #include "onu_mng_platform/ulog.h"
 #include "tests/support/log_lines.h"
-#include "tests/support/seeded.h"
+#include "tests/support/trace_rules.h"
 
 namespace {
 
 constexpr unsigned short kAny = 0xFFFF;
 constexpr unsigned int kLogModule = 21;
-
-struct Onu {
-    unsigned short pon;
-    unsigned short onu;
-    unsigned char* sn;
-};
-
-class Model {
-public:
-    void Add(const Onu& onu, int level) {
-        if (std::set<int>* levels = Find(onu))
-            levels->insert(level);
-        else
-            entries.try_emplace(OnuNo(onu.pon, onu.onu, onu.sn), std::set<int>{level});
-    }
-    bool IsTraced(const Onu& onu, int level) {
-        const std::set<int>* levels = Find(onu);
-        return levels != nullptr && levels->count(level) != 0;
-    }
-    void Clear() { entries.clear(); }
-
-    bool is_on = false;
-
-private:
-    std::set<int>* Find(const Onu& onu) {
-        if (!is_on) return nullptr;
-        std::vector<OnuNo> keys = {OnuNo(onu.pon, onu.onu, onu.sn)};
-        if (onu.sn != nullptr) keys.emplace_back(onu.pon, kAny, onu.sn);
-        const std::vector<OnuNo> numbers = {{onu.pon, onu.onu}, {onu.pon, kAny}, {kAny, kAny}};
-        keys.insert(keys.end(), numbers.begin(), numbers.end());
-        for (const OnuNo& key : keys)
-            if (const auto entry = entries.find(key); entry != entries.end()) return &entry->second;
-        for (auto& [key, levels] : entries)
-            for (const OnuNo& number : numbers)
-                if (OnuNo(key.pon_no, key.onu_id) == number) return &levels;
-        return nullptr;
-    }
-
-    std::map<OnuNo, std::set<int>> entries;
-};
 
 class TraceRegistry : public testing::Test {
 protected:
@@ -74,46 +29,16 @@ protected:
         Switch(false);
         registry->ClearOnuTracer();
     }
-    void Switch(bool on) {
-        registry->trace_switch = on;
-        model.is_on = on;
-    }
-    void Add(const Onu& onu, int level) {
-        registry->AddOnuTracer(onu.pon, onu.onu, onu.sn, level);
-        model.Add(onu, level);
-    }
+    void Switch(bool on) { registry->trace_switch = on; }
+    void Add(const TracedOnu& onu, int level) { registry->AddOnuTracer(onu.pon, onu.onu, onu.sn, level); }
 
     OnuMngLog* registry = OnuMngLog::GetInstance();
-    Model model;
 };
 
 TEST_F(TraceRegistry, AnswersAsItsRulesForRandomRegistriesAndQuestions) {
     Seeded random;
-    constexpr int kLevels[] = {4, 15, 40}; // the last one the log does not know
-    unsigned char serials[3][8] = {"serial0", "serial1", "serial2"};
-    const auto any_onu = [&]() {
-        const auto number = [&]() {
-            return static_cast<unsigned short>(random.Below(4) == 0 ? kAny : random.Below(3));
-        };
-        const std::size_t serial = random.Below(4);
-        return Onu{number(), number(), serial == 3 ? nullptr : serials[serial]};
-    };
-    for (int round = 0; round < 300; ++round) {
-        for (int step = 0; step < 12; ++step) {
-            Switch(random.Below(5) != 0);
-            Add(any_onu(), kLevels[random.Below(3)]);
-        }
-        Switch(true);
-        for (int question = 0; question < 60; ++question) {
-            const Onu onu = any_onu();
-            const int level = kLevels[random.Below(3)];
-            ASSERT_EQ(model.IsTraced(onu, level) ? 1 : 0,
-                      onu_mng_log_is_trace_onu(onu.pon, onu.onu, onu.sn, level))
-                << "PON " << onu.pon << " ONU " << onu.onu << " level " << level;
-        }
-        registry->ClearOnuTracer();
-        model.Clear();
-    }
+    for (int round = 0; round < 300; ++round)
+        ASSERT_NO_FATAL_FAILURE(ChangeAndAskTheRegistry(random));
 }
 
 TEST_F(TraceRegistry, GivesNothingOfAnOnuThatIsNotTracedAndNothingAtAllWhileOff) {

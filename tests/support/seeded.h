@@ -6,8 +6,23 @@
 #include <iostream>
 #include <random>
 
+/// Where random rules take their choices from: a seed here, a fuzzer's input in fuzz/.
+class Choices {
+public:
+    virtual ~Choices() = default;
+    /// A number of so many bytes.
+    virtual unsigned long long Bits(unsigned int bytes) = 0;
+
+    unsigned long long Bits() { return Bits(sizeof(unsigned long long)); }
+    /// A number from 0 to `limit` - 1.
+    unsigned int Below(unsigned int limit) {
+        return static_cast<unsigned int>(Bits(limit > 16 ? 4 : 1) % limit);
+    }
+    char Byte() { return static_cast<char>(Bits(1)); }
+};
+
 /// A generator from a fresh seed, which is printed; ONU_MNG_TEST_SEED in the environment repeats a run.
-class Seeded {
+class Seeded final : public Choices {
 public:
     Seeded() {
         const char* const given = std::getenv("ONU_MNG_TEST_SEED");
@@ -17,10 +32,8 @@ public:
         generator.seed(seed);
     }
 
-    /// A number from 0 to `limit` - 1.
-    unsigned int Below(unsigned int limit) { return static_cast<unsigned int>(generator() % limit); }
-    char Byte() { return static_cast<char>(generator()); }
-    unsigned long long Bits() { return generator(); }
+    using Choices::Bits;
+    unsigned long long Bits(unsigned int) override { return generator(); }
 
 private:
     std::mt19937_64 generator;

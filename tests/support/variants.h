@@ -44,7 +44,7 @@ inline Variant Buffer(const std::string& bytes) {
 }
 
 /// A value of any type, the empty one included; from a small range, so that equal ones come up.
-inline Variant AnyVariant(Seeded& random) {
+inline Variant AnyVariant(Choices& random) {
     Variant variant;
     const VariantType type = static_cast<VariantType>(random.Below(12));
     std::string bytes(type < VARIANT_TYPE_STRING ? 8 : random.Below(4), '\0');
