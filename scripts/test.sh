@@ -1,8 +1,9 @@
 #!/bin/sh
-# Installs what is missing and runs every check: the format, a GCC and a Clang build with all tests, and the tests
-# under AddressSanitizer with UndefinedBehaviorSanitizer and under ThreadSanitizer. Stops at the first failure.
+# Installs what is missing and runs every check: the format, a GCC and a Clang build with all tests, the tests under
+# AddressSanitizer with UndefinedBehaviorSanitizer and under ThreadSanitizer, and each fuzz target for 10 seconds.
+# Stops at the first failure.
 #
-# scripts/test.sh [STEP ...]   STEP: format, dev, clang, asan-ubsan, tsan (default: all, in this order)
+# scripts/test.sh [STEP ...]   STEP: format, dev, clang, asan-ubsan, tsan, fuzz (default: all, in this order)
 set -eu
 cd "$(dirname "$0")/.."
 . scripts/packages.sh
@@ -11,7 +12,7 @@ cd "$(dirname "$0")/.."
 need_packages $build_packages $test_packages
 
 check_format() {
-    find onu_mng_lib onu_mng_platform olt_host tests examples bench \( -name '*.h' -o -name '*.cpp' -o -name '*.c' \) \
+    find onu_mng_lib onu_mng_platform olt_host tests fuzz examples bench \( -name '*.h' -o -name '*.cpp' -o -name '*.c' \) \
         -print0 | xargs -0 clang-format --dry-run -Werror
 }
 
@@ -21,11 +22,12 @@ build_and_test() {
     ctest --preset "$1" -j2
 }
 
-[ $# -gt 0 ] || set -- format dev clang asan-ubsan tsan
+[ $# -gt 0 ] || set -- format dev clang asan-ubsan tsan fuzz
 for step in "$@"; do
     echo "== $step"
     case $step in
     format) check_format ;;
+    fuzz) scripts/fuzz.sh all 10 ;;
     *) build_and_test "$step" ;;
     esac
 done

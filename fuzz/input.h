@@ -1,0 +1,47 @@
+/// A fuzzer's input as choices, numbers and texts.
+#ifndef ONU_MNG_FUZZ_INPUT_H
+#define ONU_MNG_FUZZ_INPUT_H
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+#include "tests/support/seeded.h"
+
+/// Read from its begin to its end; behind that all is 0.
+class FuzzInput final : public Choices {
+public:
+    FuzzInput(const std::uint8_t* data, std::size_t size) : next(data), end(data + size) {}
+
+    using Choices::Bits;
+    unsigned long long Bits(unsigned int bytes) override {
+        unsigned long long bits = 0;
+        for (; bytes > 0 && next != end; --bytes)
+            bits = bits << 8 | *next++;
+        return bits;
+    }
+    /// At most `most` bytes.
+    std::string Bytes(std::size_t most) {
+        const std::size_t size = std::min<std::size_t>(most, static_cast<std::size_t>(end - next));
+        const std::string bytes(next, next + size);
+        next += size;
+        return bytes;
+    }
+    std::string Rest() { return Bytes(SIZE_MAX); }
+    /// Up to a byte that ends it, which is passed over, or to the end.
+    std::string Until(char delimiter) {
+        std::string text(next, std::find(next, end, static_cast<std::uint8_t>(delimiter)));
+        next += text.size() + (IsOver(text.size()) ? 0 : 1);
+        return text;
+    }
+    bool IsOver() const { return next == end; }
+
+private:
+    bool IsOver(std::size_t size) const { return static_cast<std::size_t>(end - next) == size; }
+
+    const std::uint8_t* next;
+    const std::uint8_t* const end;
+};
+
+#endif
