@@ -21,8 +21,8 @@ Tick TicksOf(unsigned int seconds, const HostOptions& options) {
     return (Tick{seconds} * kMsPerSecond + options.tick_ms - 1) / options.tick_ms;
 }
 
-/// One tick more than the time-out, since a request may be sent right before a tick. A state has a second
-/// more than all repetitions of its request take.
+/// The time-out has one extra tick, because a request may be sent just before a tick. A state's time limit is
+/// one second longer than all transmissions of its request.
 RequestTimes TimesOf(const HostOptions& options) {
     const Tick timeout = TicksOf(kTimeoutSeconds, options) + 1;
     const Tick limit_ms = timeout * kSends * options.tick_ms + kMsPerSecond;
@@ -63,13 +63,14 @@ std::string Host::Start() {
     return {};
 }
 
-// Precedence: the answer to a get of ONU data is the first service's, that to any other get the second's.
+// The order matters, because the first service that claims a frame gets it: answers to a get of ONU data
+// belong to the MIB upload, answers to any other get to the provisioning.
 bool Host::AddServices() {
     const ServiceGround ground{table,
                                channels,
                                fiber,
                                now,
-                               told,
+                               work_queued,
                                options.queue,
                                options.window,
                                TimesOf(options),

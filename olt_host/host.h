@@ -1,4 +1,4 @@
-/// A whole host: services, and simulated ONUs at the ends of simulated PONs.
+/// The host: its services, and simulated ONUs on simulated PONs.
 #ifndef OLT_HOST_HOST_H
 #define OLT_HOST_HOST_H
 
@@ -21,17 +21,18 @@ struct HostOptions {
     unsigned int onus = 4;  ///< on each PON
     unsigned int ports = 4; ///< Ethernet ports of each ONU
     unsigned int tick_ms = 100;
-    unsigned int window = 256; ///< procedures that a service has under way at a time
+    unsigned int window = 256; ///< procedures that a service runs at a time
     unsigned int queue = 1024; ///< length of each queue
     unsigned int supervision_s = 5;
-    unsigned int attempts = 1;   ///< bring-ups of an ONU; 0: until it is in sync
-    unsigned int audit_s = 0;    ///< between two audits of an ONU in sync; 0: none
-    std::uint64_t seed = 1;      ///< of the impairments
-    StateChart* chart = nullptr; ///< of the services' states; may be null; outlives the host
-    WireTap* tap = nullptr;      ///< beside the capture; may be null; outlives the host
+    unsigned int attempts = 1;   ///< bring-ups of an ONU before it is given up; 0: no limit
+    unsigned int audit_s = 0;    ///< seconds between two audits of an ONU in sync; 0: no audits
+    std::uint64_t seed = 1;      ///< for the random impairments
+    StateChart* chart = nullptr; ///< records the services' states; may be null; must outlive the host
+    WireTap* tap = nullptr;      ///< sees the same frames as the capture; may be null; must outlive the host
 };
 
-/// Owns all of it. Its destruction ends the host's tasks and then the services. One at a time in a process, as `ServiceRack` says.
+/// Owns the services, the simulated ONUs and the host's tasks. The destructor ends the tasks first, then the
+/// services. A process has one host at a time, because it has one `ServiceRack` at a time.
 class Host {
 public:
     explicit Host(const HostOptions& options);
@@ -39,17 +40,17 @@ public:
     Host(const Host&) = delete;
     Host& operator=(const Host&) = delete;
 
-    /// Starts the library, the services and the host's tasks; ONUs come up from then on.
-    /// @return what could not be done; empty when all was.
+    /// Starts the library, the services and the host's tasks. The services then bring the ONUs up.
+    /// @return a message about the step that failed; empty on success.
     std::string Start();
 
     OnuTable& Table() { return table; }
     Fiber& Line() { return fiber; }
     Capture& Wire() { return capture; }
     const std::vector<OmciService*>& Services() const { return rack.Services(); }
-    /// The host's time since its start.
+    /// The time since the start, in whole ticks.
     std::chrono::milliseconds Elapsed() const { return std::chrono::milliseconds(now * options.tick_ms); }
-    /// Procedures under way in all services.
+    /// The number of procedures that all services together are running.
     unsigned int Active() const;
 
 private:
@@ -57,13 +58,13 @@ private:
 
     const HostOptions options;
     std::atomic<Tick> now{0};
-    WorkFlags told{};
+    WorkFlags work_queued{};
     OnuTable table;
-    std::vector<OmciChannel> channels; ///< by the index of the table
+    std::vector<OmciChannel> channels; ///< by index in `table`
     Capture capture;
     Fiber fiber;
     Ticker ticker;
-    ServiceRack rack; ///< the services use what stands above
+    ServiceRack rack; ///< last, because the services use the members above
 };
 
 } // namespace olt_host

@@ -28,7 +28,7 @@ using namespace std::chrono_literals;
 
 constexpr unsigned int kMostListed = 64;
 constexpr auto kRedrawPeriod = 100ms;
-constexpr auto kLinePeriod = 10s; ///< where there is no row to draw
+constexpr auto kLinePeriod = 10s; ///< between two log lines when there is no status row
 
 void TraceAll() {
     OnuMngLog* trace = OnuMngLog::GetInstance();
@@ -55,7 +55,8 @@ int Fail(const std::string& what) {
     return 1;
 }
 
-/// Waits until every ONU is in sync or given up, for the limit, or for a signal; tells operators how far it is.
+/// Waits until every ONU is in sync or given up, the time limit has passed or a signal has arrived. Shows the
+/// progress to operators.
 void WaitForOnus(const Options& options, Host& host, Operators& operators, EndSignals& signals) {
     const std::chrono::seconds limit(options.limit_s);
     Progress progress(host.Table(), host.Line().counters, limit);
@@ -80,8 +81,8 @@ void PrintReport(std::ostream& out, const Options& options, Host& host, const On
     if (options.verbose > 0) PrintLine(out, host.Line().counters);
 }
 
-/// Brings ONUs up and serves operators. The console and the report share the terminal: while the console is
-/// open it prints the report.
+/// Brings ONUs up and serves operators. While the console is open, the console prints the report, because
+/// both share the terminal.
 /// @return whether every ONU was in sync.
 bool Serve(const Options& options, Host& host, EndSignals& signals, Operators& operators) {
     const bool has_console = operators.OpenConsole(EndSignals::Raise);
@@ -101,7 +102,7 @@ bool Serve(const Options& options, Host& host, EndSignals& signals, Operators& o
 }
 
 int BringUp(const Options& options) {
-    // Lost readers and limits on the size of files are errors of the writer's.
+    // A lost reader and a file-size limit show up as write errors instead of ending the process.
     for (const int number : {SIGPIPE, SIGXFSZ})
         std::signal(number, SIG_IGN);
     EndSignals signals;
@@ -126,7 +127,7 @@ int BringUp(const Options& options) {
             return Fail(failed);
     }
     const bool are_in_sync = Serve(options, host, signals, operators);
-    signals.LetThrough(); // a second one need not wait until all that the first one ends has ended
+    signals.LetThrough(); // a second signal ends the process without waiting for the shutdown
     operators.CloseConsole();
     if (const std::string capture = host.Wire().End(); !capture.empty())
         ulogPrintf(Operators::kLogModule, Operators::kLogLevel, "capture %s\r\n", capture.c_str());
@@ -134,7 +135,7 @@ int BringUp(const Options& options) {
     return are_in_sync ? 0 : 1;
 }
 
-/// The status to end with: output that got lost is a failure.
+/// Returns the exit status. Lost output is a failure.
 int Finish(int status) {
     if (std::cout.flush()) return status;
     std::cerr << "olt_host: the output could not be written\n";
@@ -145,7 +146,7 @@ int Finish(int status) {
 
 int main(int argc, char** argv) {
     OpenStandardFiles();
-    std::setlocale(LC_CTYPE, ""); // what is typed on the console may be more than ASCII
+    std::setlocale(LC_CTYPE, ""); // input on the console may go beyond ASCII
     try {
         Options options;
         if (const auto status = ReadOptions(argc, argv, options)) return *status;

@@ -25,7 +25,7 @@ constexpr const char* kAbout =
     "1 when not, 2 for a command line that makes no sense and for an unreadable file.\n"
     "On a terminal, and with --cli-socket, operators are served before it ends.";
 
-/// "PON/ONU"; throws what CLI11 reports.
+/// Parses "PON/ONU". Throws CLI::ValidationError.
 OnuKey ReadOnu(const std::string& text) {
     OnuKey onu{0, 0};
     const char* const end = text.data() + text.size();
@@ -37,7 +37,7 @@ OnuKey ReadOnu(const std::string& text) {
     throw CLI::ValidationError("'" + text + "' is not PON/ONU");
 }
 
-/// A number with its limits and its default in the help.
+/// Adds a numeric option whose help shows its limits and its default.
 void Number(CLI::App& app, const char* name, unsigned int& value, unsigned int least, unsigned int most,
             const std::string& what) {
     const std::string range = std::to_string(least) + " to " + std::to_string(most);

@@ -12,7 +12,7 @@
 
 namespace olt_host {
 
-/// The status of a command line that makes no sense, and of a file that cannot be read.
+/// The exit status for an invalid command line and for an unreadable file.
 constexpr int kUsageStatus = 2;
 
 struct Options {
@@ -34,9 +34,9 @@ struct Options {
     int verbose = 0;
 };
 
-/// Reads the command line into `options`; says on standard error what is wrong with it, on standard output
-/// what --help asks for.
-/// @return the status to end with; none to go on.
+/// Reads the command line into `options`. Prints errors to standard error, and the output of --help and
+/// --version to standard output.
+/// @return the exit status if the program must end; otherwise nothing.
 std::optional<int> ReadOptions(int argc, char** argv, Options& options);
 
 } // namespace olt_host

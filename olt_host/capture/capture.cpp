@@ -20,7 +20,7 @@ constexpr std::size_t kMostWaiting = 65536;
 constexpr int kPauseMs = 2;
 constexpr unsigned int kPatienceSeconds = 10;
 
-/// In microseconds since 1970.
+/// The time in microseconds since 1970.
 std::int64_t Now() {
     timespec now{};
     clock_gettime(CLOCK_REALTIME, &now);
@@ -74,7 +74,7 @@ std::string Capture::End() {
 }
 
 void Capture::WaitUntilWritten() {
-    written.TryWait(0); // of an earlier request
+    written.TryWait(0); // an earlier request may have timed out and left its signal
     {
         const LockGuard guard(buffer_lock);
         is_asked = true;
@@ -99,12 +99,12 @@ void Capture::Take(OnuKey onu, Direction direction, const OmciFrame& frame) {
             return;
         }
         waiting.push_back(record);
-        if (waiting.size() > 1) return; // the task has been told
+        if (waiting.size() > 1) return; // the first record has woken the task
     }
     wake.Signal();
 }
 
-// The pause lets more frames come together, and keeps a broken semaphore from making it spin.
+// The pause collects several frames for each write, and prevents a spin if the semaphore fails.
 void Capture::Run() {
     for (;; Clock::Delay(kPauseMs)) {
         wake.Wait();
@@ -118,7 +118,7 @@ void Capture::Run() {
     }
 }
 
-/// @return whether somebody waits until it is written.
+/// @return whether `End` waits for these records.
 bool Capture::TakeWaiting() {
     writing.clear();
     const LockGuard guard(buffer_lock);

@@ -1,4 +1,4 @@
-/// What goes over the PONs, into a file.
+/// Captures the frames on the PONs into a file.
 #ifndef OLT_HOST_CAPTURE_CAPTURE_H
 #define OLT_HOST_CAPTURE_CAPTURE_H
 
@@ -14,32 +14,33 @@
 
 namespace olt_host {
 
-/// Writes what the OLT sends and receives into a file for protocol analysers (`WrapOmci`, `PcapWriter`).
+/// Writes the frames that the OLT sends and receives into a file for protocol analysers (`WrapOmci`,
+/// `PcapWriter`).
 ///
-/// The tasks that send and receive only put a copy into a buffer for 65,536 frames, and count the frame as
-/// dropped when that is full. A task of the capture writes them. Task and buffers (8 MiB) are there from the first
-/// capture on.
+/// The tasks that send and receive copy each frame into a buffer of 65,536 frames. If the buffer is full,
+/// they count the frame as dropped. The capture's own task writes the file. The first capture creates the
+/// task and the buffers (8 MiB); both stay until the destructor.
 ///
 /// Thread safety: any task may begin and end captures.
 class Capture : public WireTap, private Thread {
 public:
-    /// The ONUs whose frames are wanted; 0 stands for all.
+    /// The ONUs whose frames are captured. 0 means all.
     struct Filter {
         unsigned short pon_no = 0;
         unsigned short onu_id = 0;
     };
 
     Capture() = default;
-    /// Ends a capture, and the task. No other task uses the object any more.
+    /// Ends the capture and the task. No other task may still use the object.
     ~Capture() override;
 
-    /// Begins a capture. Blocks for as long as the disk does.
-    /// @return what could not be done, also while a capture runs; empty when it has begun. Throws
-    ///         std::bad_alloc.
+    /// Begins a capture. Blocks while the disk does. Throws std::bad_alloc.
+    /// @return an error message, for instance if a capture is already running; empty on success.
     std::string Begin(const std::string& path, Filter filter);
-    /// Ends the capture when the frames that wait are in its file, or after 10 seconds.
-    /// @return what became of it: "FILE: 584 frames, 0 dropped", and why it ended before when it did; empty
-    ///         when there was none. Throws std::bad_alloc.
+    /// Ends the capture. First waits until the buffered frames are in the file, at most 10 seconds. Throws
+    /// std::bad_alloc.
+    /// @return a summary, "FILE: 584 frames, 0 dropped", with the reason if the capture ended early; empty if
+    ///         there was no capture.
     std::string End();
 
     void OnSend(OnuKey onu, const OmciFrame& frame) override { Take(onu, Direction::kDown, frame); }
@@ -61,19 +62,19 @@ private:
     void Write();
     void WaitUntilWritten();
 
-    ReadWriteLock control; ///< held by a task that begins or ends a capture; taken before `lock`
-    ReadWriteLock lock;    ///< guards `writer`; held while the disk is waited for
+    ReadWriteLock control; ///< held while a capture begins or ends; taken before `lock`
+    ReadWriteLock lock;    ///< guards `writer`; held during disk access
     PcapWriter writer;
-    std::string path; ///< under `control`; empty without a capture
+    std::string path; ///< guarded by `control`; empty if there is no capture
     bool has_task = false;
     std::atomic<bool> is_on{false};
     std::atomic<unsigned short> pon_no{0}; ///< of the filter
     std::atomic<unsigned short> onu_id{0};
     std::atomic<unsigned long> dropped{0};
-    ReadWriteLock buffer_lock; ///< guards the next two
+    ReadWriteLock buffer_lock; ///< guards `waiting` and `is_asked`
     std::vector<Record> waiting;
-    bool is_asked = false;       ///< to tell when what waits is written
-    std::vector<Record> writing; ///< of the task
+    bool is_asked = false;       ///< `End` wants `written` signalled
+    std::vector<Record> writing; ///< used by the capture's task only
     Semaphore wake;
     Semaphore written;
 };

@@ -15,7 +15,7 @@ constexpr std::uint16_t kOmci = 0x88B5;
 constexpr std::uint16_t kVlan = 0x8100;
 constexpr std::uint16_t kServiceVlan = 0x88A8;
 constexpr char kLocal = 0x02;
-constexpr unsigned short kOlt = 0; ///< in the place of the ONU
+constexpr unsigned short kOlt = 0; ///< ONU id in the OLT's address
 
 void PutAddress(char* at, OnuKey onu) {
     at[0] = kLocal;
@@ -27,7 +27,7 @@ std::uint16_t TypeAt(std::string_view ethernet, std::size_t at) {
     return ethernet.size() < at + kType ? std::uint16_t{0} : VariantUtil::Load<std::uint16_t>(&ethernet[at]);
 }
 
-/// A captured frame ends with padding when it is shorter than Ethernet's shortest, and perhaps with a check sum.
+/// Removes the padding to Ethernet's minimum size and the frame check sequence after an OMCI frame.
 std::string_view WithoutPadding(std::string_view omci) {
     constexpr std::size_t kDevice = 3;
     constexpr char kBaseline = 0x0A;

@@ -1,4 +1,4 @@
-/// OMCI frames in Ethernet frames, as protocol analysers take them.
+/// OMCI frames wrapped in Ethernet frames, the form that protocol analysers decode.
 #ifndef OLT_HOST_CAPTURE_ETHERNET_H
 #define OLT_HOST_CAPTURE_ETHERNET_H
 
@@ -17,16 +17,17 @@ enum class Direction : std::uint8_t { kDown, kUp };
 /// Destination, source, type 0x88B5, the OMCI frame.
 using EthernetFrame = std::array<char, 14 + OmciFrame::kSize>;
 
-/// ONU 3/7 has the address 02:00:00:00:03:07, the OLT's end of its PON 02:00:00:00:03:00. Such addresses are
-/// locally administered. PON and ONU are at most 255.
+/// Wraps an OMCI frame. ONU 3/7 has the address 02:00:00:00:03:07, the OLT's end of its PON
+/// 02:00:00:00:03:00. Both are locally administered addresses. PON and ONU numbers must be at most 255.
 EthernetFrame WrapOmci(OnuKey onu, Direction direction, const OmciFrame& frame);
 
-/// What an Ethernet frame with or without VLAN tags carries of OMCI.
+/// The OMCI part of an Ethernet frame.
 struct WrappedOmci {
-    std::string_view bytes; ///< as `OmciFrame::Parse` takes them, without the padding of short frames
-    std::string addresses;  ///< of both ends, the same in both directions
+    std::string_view bytes; ///< input for `OmciFrame::Parse`, without the padding of short frames
+    std::string addresses;  ///< of both ends, the same for both directions
 };
-/// @return nothing for a frame of another type. Throws std::bad_alloc.
+/// Finds the OMCI frame in an Ethernet frame with or without VLAN tags. Throws std::bad_alloc.
+/// @return nothing for a frame of another type. `bytes` points into `ethernet`.
 std::optional<WrappedOmci> UnwrapOmci(std::string_view ethernet);
 
 } // namespace olt_host

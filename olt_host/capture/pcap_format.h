@@ -1,4 +1,4 @@
-/// How capture files begin.
+/// Recognises capture files by their first bytes.
 #ifndef OLT_HOST_CAPTURE_PCAP_FORMAT_H
 #define OLT_HOST_CAPTURE_PCAP_FORMAT_H
 
@@ -10,8 +10,8 @@ namespace olt_host {
 
 constexpr std::size_t kPcapMagicSize = 4;
 
-/// Whether the first bytes of a file are those of the pcap format, with microseconds or nanoseconds and in
-/// either byte order, or of the pcapng format.
+/// Whether a file starts with `start` in the pcap format (microseconds or nanoseconds, either byte order) or
+/// in the pcapng format.
 inline bool IsPcap(const char* start) {
     for (const char* magic : {"\xa1\xb2\xc3\xd4", "\xd4\xc3\xb2\xa1", "\xa1\xb2\x3c\x4d", "\x4d\x3c\xb2\xa1",
                               "\x0a\x0d\x0d\x0a"}) {

@@ -1,4 +1,4 @@
-/// Capture files of protocol analysers.
+/// Reads capture files of protocol analysers.
 #ifndef OLT_HOST_CAPTURE_PCAP_READER_H
 #define OLT_HOST_CAPTURE_PCAP_READER_H
 
@@ -17,13 +17,13 @@ public:
     PcapReader(const PcapReader&) = delete;
     PcapReader& operator=(const PcapReader&) = delete;
 
-    /// Takes over a stream that stands at its beginning.
-    /// @return what is wrong with it; empty when nothing is.
+    /// Opens a stream that is at its beginning. Takes ownership of the stream, also on failure.
+    /// @return an error message; empty on success.
     std::string Open(std::FILE* stream);
 
-    /// Goes to the next frame. @return false at the end, and when the file cannot be read on (`Fault`).
+    /// Goes to the next frame. @return false at the end and on a read error (`Fault`).
     bool Next();
-    /// What was captured of it, until the next call.
+    /// The captured bytes of the frame, valid until the next call of `Next`.
     std::string_view Frame() const { return frame; }
     const std::string& Fault() const { return fault; }
 

@@ -22,7 +22,7 @@ constexpr std::uint64_t kRecordHeader = 16;
 constexpr int kLongestFrame = 65535;
 constexpr std::int64_t kMicroseconds = 1000000;
 
-/// Why a file must not be written over; empty when it may be.
+/// Why a file must not be overwritten; empty if it may be.
 std::string ObjectionTo(int descriptor) {
     struct stat there {};
     if (fstat(descriptor, &there) != 0) return std::strerror(errno);
@@ -39,14 +39,14 @@ std::string ObjectionTo(int descriptor) {
 struct PcapWriter::File {
     File() = default;
     ~File() {
-        if (dumper != nullptr) pcap_dump_close(dumper); // and the stream
+        if (dumper != nullptr) pcap_dump_close(dumper); // closes the stream, too
         if (pcap != nullptr) pcap_close(pcap);
         if (descriptor >= 0) close(descriptor);
     }
     File(const File&) = delete;
     File& operator=(const File&) = delete;
 
-    int descriptor = -1; ///< beside the stream's, to cut the file when that is closed
+    int descriptor = -1; ///< a second one beside the stream's; truncates the file after the stream is closed
     pcap_t* pcap = nullptr;
     pcap_dumper_t* dumper = nullptr;
 };
@@ -59,7 +59,7 @@ PcapWriter::~PcapWriter() {
 
 std::string PcapWriter::Open(const std::string& path) {
     auto opened = std::make_unique<File>();
-    // Does not wait for the other end of a pipe.
+    // O_NONBLOCK: opening a FIFO must not wait for its other end.
     opened->descriptor = open(path.c_str(), O_RDWR | O_CREAT | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, 0666);
     if (opened->descriptor < 0) return std::strerror(errno);
     if (std::string why = ObjectionTo(opened->descriptor); !why.empty()) return why;
@@ -106,12 +106,12 @@ bool PcapWriter::Flush() {
     return true;
 }
 
-/// Closes the file behind its last whole frame.
+/// Truncates the file after its last whole frame and closes it.
 bool PcapWriter::Fail(std::string why) {
     fault = std::move(why);
     frames = safe_frames;
     const int descriptor = std::exchange(file->descriptor, -1);
-    file = nullptr; // may write once more what it holds
+    file = nullptr; // closing may write buffered data again, so truncate afterwards
     if (ftruncate(descriptor, static_cast<off_t>(safe_size)) != 0) fault += ", the last frame is cut";
     close(descriptor);
     return false;

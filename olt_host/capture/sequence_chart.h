@@ -1,4 +1,4 @@
-/// A chart of what an OLT and an ONU say to each other.
+/// A sequence chart of the frames between the OLT and one ONU.
 #ifndef OLT_HOST_CAPTURE_SEQUENCE_CHART_H
 #define OLT_HOST_CAPTURE_SEQUENCE_CHART_H
 
@@ -12,12 +12,12 @@
 
 namespace olt_host {
 
-/// Keeps the first 400 frames between the OLT and one ONU, and tells them as a sequence chart.
+/// Keeps the first 400 frames between the OLT and one ONU and draws them as a sequence chart.
 ///
 /// Thread safety: every operation may be called from any task. Only `Mermaid` allocates.
 class SequenceChart : public WireTap {
 public:
-    /// Frames that are kept: a chart of more is longer than the tools that draw it take.
+    /// The number of frames that are kept. Rendering tools reject longer charts.
     static constexpr std::size_t kMost = 400;
 
     /// Throws std::bad_alloc.
@@ -26,8 +26,8 @@ public:
     void OnSend(OnuKey to, const OmciFrame& frame) override { Take(to, Direction::kDown, frame); }
     void OnReceive(OnuKey from, const OmciFrame& frame) override { Take(from, Direction::kUp, frame); }
 
-    /// The chart in the language of Mermaid, an arrow a line, with the milliseconds since the chart was made. A
-    /// frame that got lost shows by the answer that is missing. Throws std::bad_alloc.
+    /// Returns the chart in Mermaid syntax, with one arrow a line and times in milliseconds since
+    /// construction. A lost frame shows as a missing answer. Throws std::bad_alloc.
     std::string Mermaid() const;
 
 private:
@@ -43,7 +43,7 @@ private:
     const Clock begin;
     mutable ReadWriteLock lock; ///< guards all below
     std::vector<Step> steps;
-    unsigned long more = 0; ///< frames that are not kept
+    unsigned long more = 0; ///< frames that are counted but not kept
 };
 
 } // namespace olt_host

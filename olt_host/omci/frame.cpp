@@ -84,7 +84,7 @@ FrameKind OmciFrame::Kind() const {
     case OmciType::kTestResult:
         return FrameKind::kNotification;
     default:
-        return FrameKind::kRequest; // one that wants no answer
+        return FrameKind::kRequest; // a request without an answer
     }
 }
 

@@ -36,9 +36,9 @@ enum class OmciType : std::uint8_t {
     kGetCurrentData = 28,
     kSetTable = 29,
 };
-constexpr unsigned int kOmciTypes = 32; ///< numbers a frame can hold
+constexpr unsigned int kOmciTypes = 32; ///< type numbers that 5 bits can hold
 
-/// Byte 9 of the answers that have one.
+/// The result and reason code, byte 9 of most answers (`HasResult`).
 enum class OmciResult : std::uint8_t {
     kOk = 0,
     kProcessingError = 1,
@@ -51,7 +51,8 @@ enum class OmciResult : std::uint8_t {
     kAttributesFailed = 9,
 };
 
-/// False for the MIB upload and get all alarms answers and those of their next commands.
+/// Whether answers of a type carry a result. Those to MIB upload, get all alarms and their "next" commands do
+/// not.
 bool HasResult(OmciType type);
 
 enum class FrameKind { kRequest, kAnswer, kNotification };
@@ -68,58 +69,59 @@ constexpr bool operator!=(MeId a, MeId b) {
     return !(a == b);
 }
 
-constexpr std::uint16_t kOnuData = 2; ///< the class that stands for the MIB
+constexpr std::uint16_t kOnuData = 2; ///< the managed entity class that represents the MIB
 constexpr MeId kMib{kOnuData, 0};
 
-/// Why bytes are no frame.
+/// Why bytes are not a valid frame.
 enum class FrameFault {
     kNone,
-    kExtended, ///< the extended format, which this host only recognises
-    kSize,     ///< not 48 bytes, or one of the shorter forms where they are admitted
+    kExtended, ///< the extended format, which this host does not support
+    kSize,     ///< neither 48 bytes nor a shorter size that the rules allow
     kDevice,   ///< neither the baseline nor the extended format
-    kFlags,    ///< request and answer at once, or the reserved bit
+    kFlags,    ///< marked as request and as answer, or the reserved bit is set
     kTrailer,  ///< the length in the trailer is not 40
     kMic,      ///< the check sum is wrong
 };
 constexpr unsigned int kFrameFaults = 7;
 
-/// What `OmciFrame::Parse` insists on.
+/// What `OmciFrame::Parse` checks.
 struct FrameRules {
-    bool whole = true; ///< all 48 bytes; else also 44 (no MIC) and 40 (no trailer), and a length of 0
-    bool mic = true;   ///< a right MIC where there is one
+    bool whole = true; ///< require 48 bytes; else accept also 44 (no MIC), 40 (no trailer) and a length of 0
+    bool mic = true;   ///< require a correct MIC in frames of 48 bytes
 };
-/// On a PON.
+/// For frames on a PON.
 constexpr FrameRules kOnTheLine{};
-/// In captures, which often lack parts of the trailer.
+/// For frames from captures, which often lack parts of the trailer.
 constexpr FrameRules kInCaptures{false, false};
 
 /// The CRC-32 of the I.363.5 adaptation layer: polynomial 0x04C11DB7, most significant bit first, initial
 /// value and final xor 0xFFFFFFFF.
 std::uint32_t OmciMic(const char* data, std::size_t size);
 
-/// One frame. Fields are named by the position of their first byte, counted from 1 as the recommendation
-/// does; integers are big-endian.
+/// One frame. The position of a field is that of its first byte, counted from 1 as in the recommendation.
+/// Integers are big-endian.
 class OmciFrame {
 public:
     static constexpr std::size_t kSize = 48;
     static constexpr std::size_t kSizeWithoutMic = 44;
     static constexpr std::size_t kSizeWithoutTrailer = 40;
-    static constexpr unsigned int kContents = 9; ///< where the contents start
+    static constexpr unsigned int kContents = 9; ///< position of the first byte of the contents
     static constexpr unsigned int kContentsSize = 32;
 
-    /// A frame of zeros but for the device id and the length in the trailer.
+    /// All bytes are zero except the device id and the length in the trailer.
     OmciFrame();
 
     static OmciFrame Request(OmciType type, MeId me);
-    /// The head of the answer to a request: its transaction, type and entity.
+    /// An answer with the transaction id, type and entity of a request, and empty contents.
     static OmciFrame AnswerTo(const OmciFrame& request);
     static OmciFrame Notification(OmciType type, MeId me);
 
-    /// Reads `size` bytes at `data` into `frame`, which is left alone when they are no baseline frame at all.
-    /// @return kNone; else the first fault in the order of `FrameFault`: from kFlags on `frame` was read.
+    /// Reads `size` bytes at `data` into `frame`.
+    /// @return kNone, or the first fault in the order of `FrameFault`. With kExtended, kSize and kDevice
+    ///         `frame` is unchanged; with the later faults it holds the bytes.
     static FrameFault Parse(const char* data, std::size_t size, FrameRules rules, OmciFrame& frame);
 
-    /// 0 in notifications.
+    /// The transaction id; 0 in notifications.
     std::uint16_t Tid() const { return Get<std::uint16_t>(1); }
     void SetTid(std::uint16_t tid) { Set(1, tid); }
     OmciType Type() const { return static_cast<OmciType>(Get<std::uint8_t>(3) & 0x1F); }
@@ -129,7 +131,7 @@ public:
     OmciResult Result() const { return static_cast<OmciResult>(Get<std::uint8_t>(kContents)); }
     void SetResult(OmciResult result) { Set(kContents, static_cast<std::uint8_t>(result)); }
 
-    /// An integer at a position; it lies within the frame.
+    /// Reads or writes an integer at a position. All of it must lie within the frame.
     template <typename T>
     T Get(unsigned int position) const {
         return VariantUtil::Load<T>(&bytes[position - 1]);
@@ -138,11 +140,11 @@ public:
     void Set(unsigned int position, T number) {
         VariantUtil::Store(&bytes[position - 1], number);
     }
-    /// The bytes from a position on.
+    /// Points to the byte at a position.
     const char* At(unsigned int position) const { return &bytes[position - 1]; }
     char* At(unsigned int position) { return &bytes[position - 1]; }
 
-    /// Writes the MIC of what the frame holds now.
+    /// Computes the MIC and writes it into the trailer.
     void Seal() { Set(45, OmciMic(bytes.data(), kSizeWithoutMic)); }
 
 private:

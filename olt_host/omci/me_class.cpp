@@ -8,7 +8,7 @@ namespace olt_host {
 
 namespace {
 
-/// By number.
+/// In ascending order of their numbers, for the binary search.
 constexpr MeClass kClasses[] = {
     {2, "ONU data", 0, 0x8000, {1}},
     {5, "cardholder", 0, 0x7380, {1, 1, 1, 20, 20, 1, 1, 1, 1}},

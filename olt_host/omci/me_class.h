@@ -1,4 +1,4 @@
-/// The classes of managed entities that this host knows.
+/// The managed entity classes that this host knows.
 #ifndef OLT_HOST_OMCI_ME_CLASS_H
 #define OLT_HOST_OMCI_ME_CLASS_H
 
@@ -14,26 +14,26 @@ struct MeClass {
 
     std::uint16_t number;
     const char* name;
-    /// The attributes that a create request carries; 0 for entities that only the ONU creates.
+    /// Mask of the attributes in a create request; 0 if only the ONU creates such entities.
     std::uint16_t set_by_create = 0;
-    std::uint16_t writable = 0; ///< what a set request may change
-    /// Bytes of each attribute, 0 where there is none; all 0 for a class of which only the name is known.
+    std::uint16_t writable = 0; ///< mask of the attributes that a set request may change
+    /// Size of each attribute in bytes, 0 if the class does not have it. All 0 if only the name is known.
     std::array<std::uint8_t, kAttributes> widths{};
 
-    /// All attributes of the class.
+    /// The mask of all attributes.
     std::uint16_t Mask() const;
-    /// Bytes of the attributes in a mask.
+    /// The total size in bytes of the attributes in a mask.
     std::size_t SizeOf(std::uint16_t mask) const;
-    /// Where an attribute starts when all follow each other. `index` counts from 0.
+    /// The offset of an attribute in bytes when all attributes are stored in order. `index` counts from 0.
     std::size_t OffsetOf(unsigned int index) const;
 };
 
-/// The bit of an attribute in a mask; `index` counts from 0.
+/// The bit of an attribute in a mask. `index` counts from 0.
 constexpr std::uint16_t AttributeBit(unsigned int index) {
     return static_cast<std::uint16_t>(0x8000u >> index);
 }
 
-/// The class with a number; null when it is not known.
+/// Returns the class with a number; null if it is not known.
 const MeClass* FindMeClass(std::uint16_t number);
 
 } // namespace olt_host

@@ -98,7 +98,7 @@ constexpr Field kFields[] = {
     {OmciType::kEndSoftwareDownload, kRequest, "size", 13, Form::kNumber32},
 };
 
-/// The name of a number, else the number behind what it is.
+/// Returns the name of a number, or `what` and the number if it has no name.
 template <std::size_t N>
 std::string NameOf(const std::array<const char*, N>& names, unsigned int number, const char* what) {
     if (number < N && names[number] != nullptr) return names[number];

@@ -1,4 +1,4 @@
-/// OMCI in words.
+/// Readable text for OMCI frames.
 #ifndef OLT_HOST_OMCI_TEXT_H
 #define OLT_HOST_OMCI_TEXT_H
 
@@ -19,8 +19,8 @@ std::string FrameName(FrameKind kind, OmciType type);
 /// "wrong MIC"
 const char* FaultName(FrameFault fault);
 
-/// One line about a frame, without a line end: what it is, its transaction, its entity, and the numbers that
-/// its contents start with.
+/// Describes a frame in one line without a line end: its kind and type, its transaction id, its entity, its
+/// result and the first fields of its contents.
 std::string Describe(const OmciFrame& frame);
 
 } // namespace olt_host

@@ -9,10 +9,10 @@
 
 namespace olt_host {
 
-/// The entities of an ONU that have an alarm; never allocates.
+/// The managed entities of an ONU that have an active alarm. Never allocates.
 class AlarmList {
 public:
-    static constexpr std::size_t kMost = 64; ///< further ones are not kept
+    static constexpr std::size_t kMost = 64; ///< further alarms are dropped
 
     void Set(MeId me, bool is_active) {
         MeId* const place = std::find(entities.data(), entities.data() + size, me);

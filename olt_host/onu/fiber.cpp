@@ -21,9 +21,9 @@ constexpr std::size_t kMostLate = 4096;
 
 } // namespace
 
-/// What the queue carries.
+/// A message in the fiber's queue.
 struct Fiber::Parcel {
-    OnuKey onu; ///< PON 0: time has gone on
+    OnuKey onu; ///< PON 0 marks a tick
     OmciFrame frame;
 };
 
@@ -56,20 +56,21 @@ void Fiber::Send(OnuKey onu, const OmciFrame& frame) {
 
 void Fiber::Advance() {
     Parcel parcel{{0, 0}, {}};
-    queue.SendMsg(reinterpret_cast<char*>(&parcel), sizeof parcel, kNoWait); // lost, the next says as much
+    // If the queue is full, the tick is lost; the next one does the same work.
+    queue.SendMsg(reinterpret_cast<char*>(&parcel), sizeof parcel, kNoWait);
 }
 
 void Fiber::Run() {
     for (;;) {
         Parcel parcel;
         if (queue.RecvMsg(reinterpret_cast<char*>(&parcel), sizeof parcel, kForEver) != sizeof parcel) {
-            Clock::Delay(kRetryMs); // so that a broken queue does not make it spin
+            Clock::Delay(kRetryMs); // do not spin if the queue fails
             continue;
         }
         try {
             Carry(parcel);
         } catch (const std::bad_alloc&) {
-            ++counters.lost; // what memory is too short for, and not the line to all ONUs
+            ++counters.lost; // lose one frame, not the connection to all ONUs
         }
     }
 }
@@ -102,7 +103,7 @@ void Fiber::MayCorrupt(OmciFrame& frame) {
     ++counters.corrupted;
 }
 
-/// At the ONU's end: what has a wrong MIC is dropped there.
+/// Hands a frame to the ONU. The ONU drops frames with a wrong MIC.
 void Fiber::Reach(unsigned int index, const OmciFrame& frame) {
     Drop& drop = *onus[index];
     if (IsLost() || drop.is_mute || now < drop.silent_until) return;
@@ -131,7 +132,7 @@ void Fiber::Arrive(unsigned int index, const OmciFrame& frame) {
     ++counters.delayed;
 }
 
-/// At the OLT's end: what has a wrong MIC is dropped here, the rest goes to the services.
+/// Drops frames with a wrong MIC and sends the others to the services.
 void Fiber::Deliver(OnuKey onu, const OmciFrame& frame) {
     OmciFrame received;
     if (OmciFrame::Parse(frame.At(1), OmciFrame::kSize, kOnTheLine, received) != FrameFault::kNone) {

@@ -1,4 +1,4 @@
-/// The PONs and the ONUs at their ends.
+/// The simulated PONs with their ONUs.
 #ifndef OLT_HOST_ONU_FIBER_H
 #define OLT_HOST_ONU_FIBER_H
 
@@ -18,62 +18,62 @@
 
 namespace olt_host {
 
-/// What goes wrong on the way. All 0: nothing. May be changed at any time by any task.
+/// The simulated faults. 0 switches a fault off. Any task may change the values at any time.
 struct Impairments {
-    std::atomic<unsigned int> loss_percent{0};      ///< of the frames, in both directions
-    std::atomic<unsigned int> corrupt_percent{0};   ///< of the frames: a byte changes, the MIC does not
-    std::atomic<unsigned int> duplicate_percent{0}; ///< of the frames: carried twice
-    std::atomic<unsigned int> delay_percent{0};     ///< of the frames from the ONUs: come late
-    std::atomic<unsigned int> delay_ticks{0};       ///< at most so late
-    std::atomic<unsigned int> restart_ticks{0};     ///< between two restarts of an ONU, on average; 0: none
-    std::atomic<unsigned int> link_ticks{0};        ///< between two changes of a link of an ONU; 0: none
+    std::atomic<unsigned int> loss_percent{0};      ///< frames lost, in both directions
+    std::atomic<unsigned int> corrupt_percent{0};   ///< frames with one changed byte and the old MIC
+    std::atomic<unsigned int> duplicate_percent{0}; ///< frames delivered twice
+    std::atomic<unsigned int> delay_percent{0};     ///< frames from the ONUs that arrive late
+    std::atomic<unsigned int> delay_ticks{0};       ///< the maximum delay
+    std::atomic<unsigned int> restart_ticks{0};     ///< average time between two restarts of an ONU
+    std::atomic<unsigned int> link_ticks{0};        ///< average time between two link changes of an ONU
 
     void Clear();
 };
 
-/// What happened on the way, and at the OLT's end of it.
+/// Counts frames and faults on the PONs and at the OLT.
 struct FiberCounters {
     std::atomic<unsigned long> down{0}; ///< frames sent to ONUs
-    std::atomic<unsigned long> up{0};   ///< frames from ONUs that the services were offered
+    std::atomic<unsigned long> up{0};   ///< frames from ONUs that were offered to the services
     std::atomic<unsigned long> lost{0};
     std::atomic<unsigned long> corrupted{0};
     std::atomic<unsigned long> duplicated{0};
     std::atomic<unsigned long> delayed{0};
     std::atomic<unsigned long> restarts{0};
-    std::atomic<unsigned long> overrun{0};   ///< dropped at the full queue of the fiber
+    std::atomic<unsigned long> overrun{0};   ///< dropped because the fiber's queue was full
     std::atomic<unsigned long> malformed{0}; ///< dropped at the OLT: wrong MIC and other faults
-    std::atomic<unsigned long> refused{0};   ///< no service took it, or its queue was full
+    std::atomic<unsigned long> refused{0};   ///< no service took the frame, or the service's queue was full
 };
 
-/// Carries frames between the services and simulated ONUs, in a task of its own.
+/// Carries frames between the services and the simulated ONUs, in its own task.
 ///
-/// Stands for the PON driver and everything behind it: what arrives at the OLT with a right MIC is sent to
-/// the modules. ONUs answer at once; what is to come late waits for a tick.
+/// Replaces the PON driver and everything behind it. Frames that reach the OLT with a correct MIC are sent to
+/// the modules. ONUs answer at once; delayed answers wait for a tick.
 class Fiber : public Thread, public OmciLink {
 public:
     struct Setup {
         unsigned int ports;        ///< of each ONU
-        unsigned int queue_length; ///< frames on their way to the ONUs
-        Tick silent_ticks;         ///< that an ONU is silent after a restart
+        unsigned int queue_length; ///< frames and ticks that wait for the fiber's task
+        Tick silent_ticks;         ///< how long an ONU is silent after a restart
         std::uint64_t seed;
-        std::vector<WireTap*> taps; ///< they outlive the fiber
+        std::vector<WireTap*> taps; ///< must outlive the fiber
     };
 
-    /// ONUs for the numbers in a table. Table and time outlive the fiber.
+    /// Creates one ONU for each entry of the table. `table` and `now` must outlive the fiber.
     Fiber(const OnuTable& table, const std::atomic<Tick>& now, const Setup& setup);
     ~Fiber() override { EndTask(); }
 
-    /// @return false when the platform has no queue or task to give.
+    /// @return false if the platform cannot provide a queue or a task.
     bool Open();
     void Send(OnuKey onu, const OmciFrame& frame) override;
-    /// Says that time has gone on. Does not wait.
+    /// Tells the fiber's task that the time has advanced. Does not block.
     void Advance();
     /// Ends the task and returns when it has ended.
     void Close() { EndTask(); }
 
-    /// A mute ONU takes no frames. Any task.
+    /// A mute ONU ignores all frames and sends none. Any task.
     void SetMute(unsigned int index, bool is_mute) { onus[index]->is_mute = is_mute; }
-    /// Only while the task does not run.
+    /// Call it only while the fiber's task is not running.
     const SimulatedOnu& Onu(unsigned int index) const { return onus[index]->onu; }
 
     Impairments impairments;
@@ -81,7 +81,7 @@ public:
 
 private:
     struct Parcel;
-    /// The end of a PON at one ONU.
+    /// The drop fiber to one ONU, with the ONU.
     struct Drop {
         Drop(const SerialNumber& serial, unsigned int ports) : onu(serial, ports) {}
         SimulatedOnu onu;

@@ -22,10 +22,10 @@ constexpr std::uint16_t kTrafficScheduler = 278;
 constexpr std::uint16_t kLanSlot = 0x0101;
 constexpr std::uint16_t kAniSlot = 0x0180;
 constexpr std::uint16_t kAni = 0x8001;
-constexpr std::uint16_t kUpstream = 0x8000; ///< T-CONTs and their queues and schedulers
+constexpr std::uint16_t kUpstream = 0x8000; ///< bit in the instances of T-CONTs, their queues and schedulers
 constexpr unsigned int kQueuesPerPort = 2;
 
-/// Where an attribute lies in the values of an entity.
+/// The place of an attribute in the values of an entity.
 struct Place {
     std::uint16_t bit;
     std::size_t offset;
@@ -83,7 +83,7 @@ void OnuMib::AddSlot(std::uint16_t slot, unsigned int circuits) {
     Put({kCircuitPack, slot}, 2, std::string(serial.begin(), serial.end()));
 }
 
-/// One Ethernet port with what carries its traffic.
+/// Adds an Ethernet port with its T-CONT, traffic scheduler and priority queues.
 void OnuMib::AddPort(std::uint16_t number) {
     const auto port = static_cast<std::uint16_t>(kFirstPort + number);
     const auto upstream = static_cast<std::uint16_t>(kUpstream + number);
@@ -175,7 +175,7 @@ OmciResult OnuMib::Set(MeId me, Attributes& attributes) {
         stored.replace(place.offset, place.width, value, place.width);
         value += place.width;
     });
-    if (me != kMib) CountChange(); // there the counter itself was set
+    if (me != kMib) CountChange(); // setting ONU data sets the counter itself
     return OmciResult::kOk;
 }
 
@@ -203,7 +203,7 @@ OmciResult OnuMib::Get(MeId me, Attributes& attributes) const {
 std::vector<MibRow> OnuMib::Rows() const {
     std::vector<MibRow> rows;
     for (const Entity& entity : entities) {
-        std::size_t used = MibRow::kValues; // no row of this entity yet
+        std::size_t used = MibRow::kValues; // full, so the first attribute starts a row
         ForEach(*entity.kind, entity.kind->Mask(), [&](const Place& place) {
             if (used + place.width > MibRow::kValues) {
                 rows.emplace_back();

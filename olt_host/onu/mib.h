@@ -1,4 +1,4 @@
-/// The managed entities of a simulated ONU.
+/// The management information base (MIB) of a simulated ONU.
 #ifndef OLT_HOST_ONU_MIB_H
 #define OLT_HOST_ONU_MIB_H
 
@@ -13,41 +13,41 @@
 
 namespace olt_host {
 
-/// Entities with their attributes, ordered by class and instance. The first is ONU data, which holds the data
-/// sync counter.
+/// Managed entities with their attributes, ordered by class and instance. The first one is ONU data, which
+/// holds the MIB data sync counter.
 ///
-/// Changes answer with OMCI's own results and raise the counter where they succeed. No lock: one task at a
-/// time.
+/// Operations return the OMCI result. A successful change increments the counter. There is no lock: one task
+/// at a time.
 class OnuMib {
 public:
-    /// The first Ethernet port; the others follow.
+    /// The instance of the first Ethernet port. The others follow.
     static constexpr std::uint16_t kFirstPort = 0x0101;
     static constexpr unsigned int kMostPorts = 64;
 
-    /// The attributes of one request: which, and room for their values.
+    /// The attributes of one request and the buffer for their values.
     struct Attributes {
         std::uint16_t mask;
         char* values;
-        std::size_t room;
-        std::uint16_t unknown = 0; ///< out: of `mask`, those that the class does not have
-        std::uint16_t failed = 0;  ///< out: of `mask`, those that could not be read or set
+        std::size_t room;          ///< size of `values` in bytes
+        std::uint16_t unknown = 0; ///< out: the attributes in `mask` that the class does not have
+        std::uint16_t failed = 0;  ///< out: the attributes in `mask` that could not be read or set
     };
 
-    /// The MIB of an ONU with 1 to 64 Ethernet ports.
+    /// `ports` is the number of Ethernet ports, 1 to 64.
     OnuMib(const SerialNumber& serial, unsigned int ports);
 
-    /// Back to the entities that the ONU creates by itself; data sync 0.
+    /// Returns to the entities that the ONU creates by itself, with a data sync counter of 0.
     void Reset();
 
-    /// `values` are the attributes that the class sets by create, in order.
+    /// `values` holds the set-by-create attributes of the class, in order.
     OmciResult Create(MeId me, const char* values);
     OmciResult Delete(MeId me);
-    /// On kAttributesFailed nothing was set.
+    /// Sets all attributes in the mask or, if the result is not kOk, none.
     OmciResult Set(MeId me, Attributes& attributes);
-    /// Leaves in the mask what was read, also on kAttributesFailed.
+    /// Reduces the mask to the attributes that were read, also on kAttributesFailed.
     OmciResult Get(MeId me, Attributes& attributes) const;
 
-    /// What a MIB upload gives.
+    /// The rows of a MIB upload.
     std::vector<MibRow> Rows() const;
 
     std::uint8_t DataSync() const { return static_cast<std::uint8_t>(entities.front().values.front()); }
@@ -57,7 +57,7 @@ private:
     struct Entity {
         MeId me;
         const MeClass* kind;
-        bool of_onu; ///< created by the ONU itself
+        bool of_onu; ///< created by the ONU itself; the OLT cannot delete it
         std::string values;
     };
 
@@ -67,7 +67,8 @@ private:
     void AddPort(std::uint16_t number);
     void CountChange();
     std::vector<Entity>::const_iterator At(std::size_t index) const;
-    /// kOk with the index of the entity; kUnknownEntity or kUnknownInstance with the index it would have.
+    /// Finds an entity. If it does not exist (kUnknownEntity, kUnknownInstance), `index` is its insertion
+    /// point.
     OmciResult Find(MeId me, std::size_t& index) const;
 
     const SerialNumber serial;

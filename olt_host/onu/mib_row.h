@@ -10,15 +10,15 @@
 
 namespace olt_host {
 
-/// Attributes of one entity, as many as fit into an upload next answer. An entity has one row or several.
+/// Attributes of one entity, as many as fit into a MIB upload next answer. An entity has one or more rows.
 struct MibRow {
     static constexpr unsigned int kValues = 26;
 
     MeId me{0, 0};
     std::uint16_t mask = 0;
-    std::array<char, kValues> values{}; ///< of the attributes in `mask`, in order
+    std::array<char, kValues> values{}; ///< values of the attributes in `mask`, in order
 
-    /// What an ONU answers when it has no row for a sequence number.
+    /// Whether the row is empty: an ONU sends an empty row if it has none for a sequence number.
     bool IsNone() const { return me.me_class == 0; }
 
     static MibRow Read(const OmciFrame& answer) {

@@ -1,4 +1,4 @@
-/// Which ONU.
+/// Identifies an ONU of this host.
 #ifndef OLT_HOST_ONU_ONU_KEY_H
 #define OLT_HOST_ONU_ONU_KEY_H
 
@@ -8,7 +8,7 @@
 
 namespace olt_host {
 
-/// An ONU by the numbers that messages carry, both from 1.
+/// The PON and the ONU number as messages carry them. Both start at 1.
 struct OnuKey {
     unsigned short pon_no;
     unsigned short onu_id;
@@ -17,10 +17,10 @@ constexpr bool operator==(OnuKey a, OnuKey b) {
     return a.pon_no == b.pon_no && a.onu_id == b.onu_id;
 }
 
-/// 4 characters of the vendor, then 4 bytes that the vendor counts with.
+/// 4 characters of the vendor id, then 4 bytes that the vendor assigns.
 using SerialNumber = std::array<char, 8>;
 
-/// The serial number that this host's ONU with these numbers has.
+/// The serial number of this host's simulated ONU with these numbers.
 inline SerialNumber SerialOf(OnuKey onu) {
     SerialNumber serial{'S', 'I', 'M', 'U'};
     VariantUtil::SetUshort(&serial[4], onu.pon_no);

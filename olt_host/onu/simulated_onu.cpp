@@ -14,7 +14,7 @@ MeId PortMe(unsigned int port) {
 
 constexpr MeId kOnu{256, 0}; ///< ONU-G
 
-/// The result of a command that only one entity takes.
+/// The result of a command that only one entity accepts.
 OmciResult OnlyFor(MeId target, MeId me) {
     if (me == target) return OmciResult::kOk;
     return me.me_class == target.me_class ? OmciResult::kUnknownInstance : OmciResult::kUnknownEntity;

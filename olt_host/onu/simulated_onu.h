@@ -11,27 +11,27 @@
 
 namespace olt_host {
 
-/// Takes frames and gives frames; it has no task and no time of its own.
+/// Answers the OLT's frames. It has neither a task nor a clock.
 ///
-/// It knows MIB reset and upload, create, delete, set, get, get all alarms, synchronize time and reboot. Any
-/// other command is answered with kNotSupported. One task at a time.
+/// It supports MIB reset and upload, create, delete, set, get, get all alarms, synchronize time and reboot.
+/// The answer to any other command is kNotSupported. One task at a time.
 class SimulatedOnu {
 public:
     SimulatedOnu(const SerialNumber& serial, unsigned int ports);
 
-    /// Takes a frame from the OLT. One with a transaction id that was answered last gets that answer again,
-    /// and nothing else happens; what is no request is dropped.
-    /// @return true with a sealed `answer`, when the request wants one.
+    /// Processes a frame from the OLT. A request with the transaction id of the previous one is a repetition:
+    /// it gets the same answer and is not processed again. Frames that are not requests are dropped.
+    /// @return true if the request wants an answer; `answer` is then complete with its MIC.
     bool Take(const OmciFrame& request, OmciFrame& answer);
 
-    /// The link of an Ethernet port (from 0) goes down, or up again.
-    /// @return the sealed alarm notification.
+    /// Takes the link of an Ethernet port (from 0) down, or up again.
+    /// @return the alarm notification, complete with its MIC.
     OmciFrame ToggleLink(unsigned int port);
-    /// @return the sealed notification of the port's new operational state.
+    /// @return the notification of the port's operational state, complete with its MIC.
     OmciFrame ReportState(unsigned int port) const;
     bool IsLinkDown(unsigned int port) const { return link_down[port]; }
 
-    /// Power goes off and on: everything but the links is as at construction.
+    /// Simulates a power cycle: everything except the links is as after construction.
     void Restart();
 
     const OnuMib& Mib() const { return mib; }
@@ -49,7 +49,7 @@ private:
     OnuMib mib;
     std::vector<bool> link_down;
     std::uint8_t alarm_sequence = 0; ///< of the last alarm notification
-    std::vector<MibRow> upload;      ///< what the upload under way gives
+    std::vector<MibRow> upload;      ///< rows of the current upload
     std::vector<unsigned int> alarmed_ports;
     OmciFrame stored_answer;
     bool has_stored_answer = false;

@@ -1,4 +1,4 @@
-/// Looking at what goes over the PONs.
+/// Observes the frames on the PONs.
 #ifndef OLT_HOST_ONU_WIRE_TAP_H
 #define OLT_HOST_ONU_WIRE_TAP_H
 
@@ -7,13 +7,14 @@
 
 namespace olt_host {
 
-/// Sees what the OLT sends and receives. It does not wait: the tasks that carry frames call it.
+/// Sees the frames that the OLT sends and receives. Implementations must not block, because the tasks that
+/// carry frames call them.
 class WireTap {
 public:
     virtual ~WireTap() = default;
-    /// The OLT sends a frame, which may still be lost. In the sender's task.
+    /// The OLT sends a frame, which may still get lost. Called in the sender's task.
     virtual void OnSend(OnuKey, const OmciFrame&) {}
-    /// A frame with a right MIC reaches the OLT. In the fiber's task.
+    /// A frame with a correct MIC has reached the OLT. Called in the fiber's task.
     virtual void OnReceive(OnuKey, const OmciFrame&) {}
 };
 

@@ -8,7 +8,8 @@ namespace olt_host {
 
 namespace {
 
-/// Puts text into a file, or, in the mode std::ios::app, behind what is there.
+/// Writes text to a file; with std::ios::app appends it. Does nothing if the path is empty.
+/// @return an error message; empty on success.
 std::string Put(const std::string& path, const std::string& text, std::ios::openmode mode) {
     if (path.empty()) return {};
     errno = 0;

@@ -1,4 +1,4 @@
-/// The charts that the command line asks for.
+/// The charts that the command line requests.
 #ifndef OLT_HOST_OPERATORS_CHARTS_H
 #define OLT_HOST_OPERATORS_CHARTS_H
 
@@ -10,25 +10,27 @@
 
 namespace olt_host {
 
-/// Observers of a host, and the files that tell what they saw. Outlives the host. One task at a time.
+/// The charts that record what a host does, and the files that they are written to. Must outlive the host.
+/// One task at a time.
 class Charts {
 public:
     struct Options {
-        std::string state_file;    ///< empty: no such chart
-        std::string sequence_file; ///< the same
-        OnuKey onu{1, 1};          ///< of the sequence chart
+        std::string state_file;    ///< empty: no state chart
+        std::string sequence_file; ///< empty: no sequence chart
+        OnuKey onu{1, 1};          ///< the ONU of the sequence chart
     };
 
     /// Throws std::bad_alloc.
     explicit Charts(const Options& wanted) : options(wanted), sequence(wanted.onu) {}
 
-    /// The chart to observe with; null when it is not wanted.
+    /// The charts to attach to the host; null if they are not requested.
     StateChart* States() { return options.state_file.empty() ? nullptr : &states; }
     WireTap* Sequence() { return options.sequence_file.empty() ? nullptr : &sequence; }
 
-    /// Whether the files can be written, which are left as they are. @return why not; empty when they can.
+    /// Checks that the files can be opened for writing, without changing their contents.
+    /// @return an error message; empty on success.
     std::string Check() const;
-    /// Writes the files. @return what could not be done; empty when all was.
+    /// Writes the files. @return an error message; empty on success.
     std::string Write() const;
 
 private:

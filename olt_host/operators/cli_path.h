@@ -1,4 +1,4 @@
-/// Where a host and its operators meet when neither is told.
+/// The default path of the operators' socket.
 #ifndef ONU_MNG_OLT_HOST_OPERATORS_CLI_PATH_H
 #define ONU_MNG_OLT_HOST_OPERATORS_CLI_PATH_H
 
@@ -9,8 +9,9 @@
 
 namespace olt_host {
 
-/// The socket's path: /run/olt_host.sock for root; for others in their own $XDG_RUNTIME_DIR, else in the
-/// working directory. Where others could have put a socket first, connecting to it is refused.
+/// Returns /run/olt_host.sock for root. For other users the socket is in $XDG_RUNTIME_DIR, or in the working
+/// directory if that is not set. If another user could have created the socket, the client refuses to
+/// connect.
 inline std::string DefaultSocketPath() {
     if (geteuid() == 0) return "/run/olt_host.sock";
     const char* directory = std::getenv("XDG_RUNTIME_DIR");

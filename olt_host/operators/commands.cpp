@@ -23,13 +23,13 @@ int Refuse(vty* terminal, const std::string& message) {
     return 1;
 }
 
-/// The syntax lets only numbers up to 255 through.
+/// Converts a number. The commands' syntax limits it to 255.
 unsigned short NumberOf(const char* word) {
     return static_cast<unsigned short>(std::strtoul(word, nullptr, 10));
 }
 
-/// Rows are copied one by one and printed without the table's lock, so that a slow terminal holds up no
-/// service; the totals are those of the rows shown.
+/// Copies and prints row by row. The table is not locked while printing, so a slow terminal blocks no
+/// service. The totals count the rows shown.
 int ShowOnus(vty* terminal, Host& host, int argc, char** argv) {
     const OnuTable& table = host.Table();
     const bool is_one_pon = argc > 0;
@@ -70,7 +70,7 @@ int ShowServices(vty* terminal, Host& host, int, char**) {
     return 0;
 }
 
-/// Words in square brackets come before their numbers, in any order.
+/// argv holds the file, then pairs of "pon" or "onu" and a number, in any order.
 int StartCapture(vty* terminal, Host& host, int argc, char** argv) {
     Capture::Filter filter;
     for (int word = 1; word + 1 < argc; word += 2)
@@ -86,7 +86,7 @@ int StopCapture(vty* terminal, Host& host, int, char**) {
     return 0;
 }
 
-/// A handler that shows the host, if there is one.
+/// A command handler that calls `Show` with the current host, if there is one.
 template <int (*Show)(vty*, Host&, int, char**)>
 int OnHost(cmd_element*, vty* terminal, int argc, char** argv) {
     Host* const host = shown;

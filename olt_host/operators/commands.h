@@ -1,4 +1,4 @@
-/// The host's own commands, beside the library's.
+/// The host's own CLI commands.
 #ifndef OLT_HOST_OPERATORS_COMMANDS_H
 #define OLT_HOST_OPERATORS_COMMANDS_H
 
@@ -6,7 +6,7 @@ namespace olt_host {
 
 class Host;
 
-/// Makes known, and has show one host as long as it lives:
+/// Installs these commands and connects them to a host as long as the object lives:
 ///
 ///     show onu {pon <0-255>}*1
 ///     show onu detail pon <0-255> onu <0-255> {[mib]}*1
@@ -14,11 +14,11 @@ class Host;
 ///     capture start <file> {[pon] <1-64>}*1 {[onu] <1-128>}*1
 ///     capture stop
 ///
-/// Commands stay installed for as long as the process; without a host they say that there is none. One at a
-/// time; no command runs while it is destroyed.
+/// Commands cannot be removed again. Without a host they print that there is none. Only one object may exist
+/// at a time, and no command may run while it is destroyed.
 class HostCommands {
 public:
-    /// Installs them under `node`; the platform logs what it refuses.
+    /// Installs the commands under `node`. The platform logs commands that it refuses.
     HostCommands(Host& host, unsigned int node);
     ~HostCommands();
     HostCommands(const HostCommands&) = delete;

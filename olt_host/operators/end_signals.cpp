@@ -19,7 +19,7 @@ EndSignals::EndSignals() {
     for (const int number : {SIGINT, SIGHUP}) {
         struct sigaction action {};
         sigaction(number, nullptr, &action);
-        if (action.sa_handler != SIG_IGN) sigaddset(&signals, number); // else as nohup wants it
+        if (action.sa_handler != SIG_IGN) sigaddset(&signals, number); // nohup ignores SIGHUP: keep that
     }
     awaited = signals;
     sigaddset(&awaited, kOwnSignal);

@@ -1,4 +1,4 @@
-/// The signals that ask a program to end.
+/// Handles the signals that ask the program to end.
 #ifndef OLT_HOST_OPERATORS_END_SIGNALS_H
 #define OLT_HOST_OPERATORS_END_SIGNALS_H
 
@@ -6,26 +6,25 @@
 
 namespace olt_host {
 
-/// Takes SIGTERM, and SIGINT and SIGHUP unless they are ignored, for whoever asks or waits here, instead of
-/// the process ending where it stands. Made before other tasks are started, which then leave the signals
-/// alone.
+/// Blocks SIGTERM, and SIGINT and SIGHUP unless they are ignored, so that the program can end in order when
+/// one arrives. Create the object before any other task starts, because tasks inherit the signal mask.
 class EndSignals {
 public:
     EndSignals();
 
-    /// Whether one has come. Stays true.
+    /// Whether a signal has arrived. Does not block. Stays true.
     bool HasCome();
-    /// Returns when one has come.
+    /// Blocks until a signal has arrived.
     void Wait();
-    /// Lets them end the process where it stands, from now on.
+    /// Unblocks the signals: from now on they end the process at once.
     void LetThrough() const;
 
-    /// Asks for the end as a signal does. One that comes too late ends nothing. Any task.
+    /// Has the same effect as a signal. Has none after `LetThrough`. Any task.
     static void Raise();
 
 private:
-    sigset_t signals; ///< that others send
-    sigset_t awaited; ///< with the one that `Raise` sends, which is never let through
+    sigset_t signals; ///< the signals from outside
+    sigset_t awaited; ///< these and the signal of `Raise`, which stays blocked
     bool has_come = false;
 };
 

@@ -1,4 +1,4 @@
-// The operator's client: a terminal with line editing, or lines from the command line or a script.
+// The operator's client. It reads commands from a terminal with line editing, the command line or a script.
 
 #include <algorithm>
 #include <cerrno>
@@ -31,7 +31,7 @@ using onu_mng_platform::CliClient;
 using onu_mng_platform::CliEditor;
 using onu_mng_platform::CliStatus;
 
-/// Set when output could not be written, unless its reader had seen enough.
+/// Set when output could not be written. Not set when its reader has exited.
 bool is_output_lost = false;
 
 enum ExitStatus { kDone = 0, kCommandFailed = 1, kNoHost = 2 };
@@ -40,11 +40,11 @@ struct Options {
     std::string path = olt_host::DefaultSocketPath();
     std::vector<std::string> commands;
     bool stops_at_failure = false;
-    unsigned int patience_s = 60; // far longer than any command of a host is silent; 0: no limit
+    unsigned int patience_s = 60; // far longer than any command takes between two outputs; 0: no limit
 };
 
-/// Standard output, or a pager that is given the output of one command once it is whole: a host does not wait
-/// until somebody has turned the page.
+/// Standard output, or a pager for the output of one command. The pager starts when the output is complete,
+/// so the host does not wait while the operator pages.
 class Screen {
 public:
     explicit Screen(bool paged) : paged_(paged) {}
@@ -54,7 +54,7 @@ public:
     Screen(const Screen&) = delete;
     Screen& operator=(const Screen&) = delete;
 
-    /// Prints text as this system ends its lines.
+    /// Prints text with \n line ends instead of \r\n.
     void Print(std::string_view text) {
         std::string plain(text);
         plain.erase(std::remove(plain.begin(), plain.end(), '\r'), plain.end());
@@ -71,9 +71,9 @@ private:
     }
 
     void ShowPages() const {
-        constexpr int kNotFound = 127; // the shell's status for it
+        constexpr int kNotFound = 127; // the shell's status if the pager does not exist
         const char* pager = std::getenv("PAGER");
-        // The pager gets the signals as they were, and Ctrl-C is for it alone.
+        // The pager inherits the default SIGPIPE. While it runs, only the pager handles Ctrl-C.
         std::signal(SIGPIPE, SIG_DFL);
         std::FILE* pipe = popen(pager == nullptr || *pager == '\0' ? "less" : pager, "w");
         std::signal(SIGPIPE, SIG_IGN);
@@ -89,7 +89,7 @@ private:
     std::string pages_;
 };
 
-/// Takes " | more" off the end of a line.
+/// Removes " | more" from the end of a line. @return whether it was there.
 bool TakeMore(std::string* line) {
     const size_t end = line->find_last_not_of(" \t") + 1;
     for (const std::string_view more : {" | more", " |more"}) {
@@ -100,7 +100,7 @@ bool TakeMore(std::string* line) {
     return false;
 }
 
-/// A conversation with the host.
+/// The connection to the host and the resulting exit status.
 class Session {
 public:
     CliStatus Connect(const Options& options) {
@@ -109,11 +109,11 @@ public:
     }
     CliClient& client() { return client_; }
 
-    /// Whether the conversation goes on.
+    /// Whether the connection is still usable.
     bool IsOpen() const { return status_ != kNoHost && !client_.HasExited(); }
     ExitStatus status() const { return status_; }
 
-    /// Runs a line and prints its output. @return whether it succeeded.
+    /// Runs a command line and prints its output. @return whether the command succeeded.
     bool Run(std::string line) {
         const bool paged = TakeMore(&line);
         Screen screen(paged && isatty(STDOUT_FILENO) != 0);
@@ -123,7 +123,7 @@ public:
         return *result == 0;
     }
 
-    /// Says that the host has closed the connection or does not answer.
+    /// Prints that the host has closed the connection or does not answer.
     bool Lose() {
         if (client_.HasTimedOut())
             std::fprintf(stderr, "olt_cli: the host has not answered for %u s\n", patience_s_);
@@ -168,7 +168,7 @@ ExitStatus TypeLines(Session* session) {
     return session->status() == kNoHost ? kNoHost : kDone;
 }
 
-/// Runs the lines that `next` fills in until it returns false.
+/// Runs the lines that `next` supplies, until it returns false.
 template <typename Next>
 ExitStatus RunLines(Session* session, bool stops_at_failure, Next next) {
     for (std::string line; session->IsOpen() && next(&line);) {
@@ -203,14 +203,14 @@ ExitStatus Serve(const Options& options) {
     return types ? TypeLines(&session) : RunScript(&session, options);
 }
 
-/// The status to end with: output that got lost is a command that failed.
+/// Returns the exit status. Lost output counts as a failed command.
 ExitStatus Finish(ExitStatus status) {
     if (!is_output_lost) return status;
     std::fputs("olt_cli: the output could not be written\n", stderr);
     return status == kDone ? kCommandFailed : status;
 }
 
-/// @return the status to end with; none to go on.
+/// @return the exit status if the program must end; otherwise nothing.
 std::optional<ExitStatus> ReadOptions(int argc, char** argv, Options& options) {
     CLI::App app(
         "Types commands to a running olt_host. Without -c lines come from the terminal or from standard "
@@ -238,7 +238,8 @@ std::optional<ExitStatus> ReadOptions(int argc, char** argv, Options& options) {
 int main(int argc, char** argv) {
     olt_host::OpenStandardFiles();
     std::setlocale(LC_CTYPE, "");
-    // A pager that is left early, or a head behind this program, must not end it in the middle of an answer.
+    // The program must not end in the middle of an answer if the operator quits the pager or pipes into
+    // `head`.
     std::signal(SIGPIPE, SIG_IGN);
     onu_mng_platform::TerminalModes::RestoreOnSignals();
     try {

@@ -1,4 +1,4 @@
-/// Those who type commands.
+/// Access for operators: the console and the socket.
 #ifndef OLT_HOST_OPERATORS_OPERATORS_H
 #define OLT_HOST_OPERATORS_OPERATORS_H
 
@@ -9,13 +9,14 @@
 
 namespace olt_host {
 
-/// Serves the commands of a node on the host's console and over a socket, where the port can. The destructor
-/// ends all sessions and waits for the commands that run: what they look at outlives it.
+/// Serves the commands of a node on the host's console and over a socket, if the port supports that. The
+/// destructor ends all sessions and waits for running commands, so the objects that commands use must outlive
+/// it.
 ///
 /// Thread safety: one task uses it.
 class Operators {
 public:
-    /// What operators do, and what they are told, is logged under this number and at this level.
+    /// The log module and level of messages about operators and for them.
     static constexpr unsigned int kLogModule = 2;
     static constexpr int kLogLevel = 12;
 
@@ -24,19 +25,19 @@ public:
     Operators(const Operators&) = delete;
     Operators& operator=(const Operators&) = delete;
 
-    /// Serves a socket. @return what could not be done; empty when it was.
+    /// Starts to serve a socket. @return an error message; empty on success.
     std::string Listen(const std::string& path);
 
-    /// Opens the console; `on_exit` is called in its thread when the operator leaves.
-    /// @return false where there is no terminal.
+    /// Opens the console. `on_exit` is called in the console's thread when the operator leaves.
+    /// @return false if there is no terminal.
     bool OpenConsole(std::function<void()> on_exit);
     void CloseConsole();
 
-    /// Prints text on the console without disturbing what is typed there. Does not wait.
+    /// Prints text on the console without disturbing the line that is being typed. Does not block.
     void Print(const std::string& text);
-    /// Shows the first of `texts` that fits in a row at the bottom of the console, until it is hidden.
-    /// Meanwhile Ctrl-C on an empty line leaves the console.
-    /// @return false where there is no console, or none that can show it.
+    /// Shows a status row at the bottom of the console: the first of `texts` that fits. While it is shown,
+    /// Ctrl-C on an empty line leaves the console.
+    /// @return false if there is no console or it cannot show the row.
     bool ShowStatus(const std::vector<std::string>& texts);
     void HideStatus();
 

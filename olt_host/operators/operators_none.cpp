@@ -1,4 +1,4 @@
-// On a port that has no terminals to serve.
+// For ports without terminals.
 
 #include "olt_host/operators/operators.h"
 

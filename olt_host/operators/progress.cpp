@@ -38,7 +38,7 @@ std::vector<std::string> Progress::Look(Time elapsed) {
             std::to_string(in_sync) + '/' + all + " in sync"};
 }
 
-/// Over a second at least, but for the first look.
+/// Updates the rate over spans of at least a second. Only the first span may be shorter.
 void Progress::Measure(Time elapsed) {
     const Time span = elapsed - measured_at;
     const bool is_first = measured_at == 0ms;

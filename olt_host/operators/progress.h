@@ -1,4 +1,4 @@
-/// How far a bring-up is.
+/// The progress of a bring-up.
 #ifndef OLT_HOST_OPERATORS_PROGRESS_H
 #define OLT_HOST_OPERATORS_PROGRESS_H
 
@@ -11,18 +11,20 @@
 
 namespace olt_host {
 
-/// A line about the ONUs of a host that comes up, from looks at it every now and then. One task at a time.
+/// Produces a status line about the bring-up of a host's ONUs, from samples taken now and then. One task at a
+/// time.
 class Progress {
 public:
     using Time = std::chrono::milliseconds;
 
-    /// The host gives up waiting after `limit`. Table and counters outlive the object.
+    /// The host gives up waiting after `limit`. `table` and `counters` must outlive the object.
     Progress(const OnuTable& table, const FiberCounters& counters, Time limit);
 
-    /// Looks at the host; `elapsed` is the time since it started.
+    /// Takes a sample. `elapsed` is the time since the host started.
     /// @return the same line at several lengths, the longest first: "6 in sync, 1 failed, 1 in work of 8; 84
-    ///         requests/s; about 3 s left", down to "6/8 in sync". The time is estimated from those that are
-    ///         done; while none of them is new for 2 seconds it is what remains of the limit, "at most 290 s".
+    ///         requests/s; about 3 s left", down to "6/8 in sync". The remaining time is estimated from the
+    ///         ONUs that are done. If no further ONU gets done within 2 seconds, the line shows the rest of
+    ///         the limit instead: "at most 290 s left".
     std::vector<std::string> Look(Time elapsed);
 
 private:
@@ -33,10 +35,10 @@ private:
     const FiberCounters& counters;
     const Time limit;
     Time measured_at{0};
-    unsigned long measured_requests = 0; ///< sent until then
-    unsigned long rate = 0;              ///< requests a second, of the last second
+    unsigned long measured_requests = 0; ///< requests sent until `measured_at`
+    unsigned long rate = 0;              ///< requests per second in the last measured span
     unsigned int last_done = 0;
-    Time last_done_at{0}; ///< when that number changed
+    Time last_done_at{0}; ///< when `last_done` changed
 };
 
 } // namespace olt_host

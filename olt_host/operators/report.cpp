@@ -26,7 +26,7 @@ const char* FailureName(OnuFailure failure) {
     return kNames[static_cast<unsigned int>(failure)];
 }
 
-/// A column's width; negative for text, which stands on its left.
+/// A column's width; negative for left-aligned text.
 using Width = int;
 
 template <std::size_t Columns, typename... Cells>

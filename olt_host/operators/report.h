@@ -16,26 +16,26 @@ namespace olt_host {
 /// "in sync", "failed: no answer"
 std::string StateText(const OnuStatus& status);
 
-/// The columns of an ONU's row, and the row; without a line end.
+/// The header for ONU rows, and one row. Without a line end.
 std::string OnuHeader();
 std::string OnuRow(const OnuStatus& status);
 
-/// A row for each ONU, or only for those that are not in sync.
+/// Prints a row for each ONU (`all`), or only for those that are not in sync.
 void PrintOnus(std::ostream& out, const OnuTable& table, bool all);
 
-/// How many ONUs are in which state, and what it took: "8 ONUs: 8 in sync; 584 requests, 0 sent again"
+/// The number of ONUs in each state and the requests sent: "8 ONUs: 8 in sync; 584 requests, 0 sent again"
 std::string TotalsText(const OnuTotals& totals);
 
-/// Everything about one ONU but its MIB, line by line.
+/// Everything about one ONU except its MIB, line by line.
 std::vector<std::string> OnuDetails(const OnuStatus& status);
-/// The entity, the mask of its attributes and their values.
+/// The entity, its attribute mask and the values.
 std::string MibRowText(const MibRow& row);
 
-/// The columns of a service's row, and the row; without a line end.
+/// The header for service rows, and one row. Without a line end.
 std::string ServiceHeader();
 std::string ServiceRow(const OmciService& service);
 
-/// What happened to the frames on their way.
+/// Prints the counters that are not zero.
 void PrintLine(std::ostream& out, const FiberCounters& counters);
 
 } // namespace olt_host

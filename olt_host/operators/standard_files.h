@@ -1,4 +1,4 @@
-/// The three files that every program has.
+/// Standard input, output and error.
 #ifndef OLT_HOST_OPERATORS_STANDARD_FILES_H
 #define OLT_HOST_OPERATORS_STANDARD_FILES_H
 
@@ -7,8 +7,8 @@
 
 namespace olt_host {
 
-/// Opens those of standard input, output and error that are closed. Otherwise the next socket would take the
-/// place, and what is printed would go there. First thing in main().
+/// Opens /dev/null for each of standard input, output and error that is closed. Otherwise the next socket
+/// would get that descriptor, and printed text would go into it. Call this first in main().
 inline void OpenStandardFiles() {
     int file = 0;
     while (file >= 0 && file <= STDERR_FILENO)

@@ -22,7 +22,7 @@ StandardOutput::StandardOutput(EndSignals& end_signals)
 
 StandardOutput::~StandardOutput() {
     std::cout.flush();
-    const std::ios_base::iostate state = std::cout.rdstate(); // the exchange would clear it
+    const std::ios_base::iostate state = std::cout.rdstate(); // rdbuf() clears it
     std::cout.rdbuf(replaced);
     std::cout.setstate(state);
 }

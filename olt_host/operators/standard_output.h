@@ -1,4 +1,4 @@
-/// Standard output whose reader may hang or be gone.
+/// Standard output whose reader may stop reading or exit.
 #ifndef OLT_HOST_OPERATORS_STANDARD_OUTPUT_H
 #define OLT_HOST_OPERATORS_STANDARD_OUTPUT_H
 
@@ -9,14 +9,16 @@
 
 namespace olt_host {
 
-/// While it lives, std::cout writes through it, in a process that ignores SIGPIPE: a reader that is gone has
-/// seen enough, and the rest is dropped. A reader that takes nothing is waited for until an end signal has
-/// come, and 2 seconds more. Then, and when output cannot be written, std::cout goes bad.
+/// Replaces the buffer of std::cout while it lives. The process must ignore SIGPIPE.
 ///
-/// One at a time, of the task that waits for the signals.
+/// If the reader has exited, the remaining output is dropped without an error. If the reader does not read,
+/// output waits for it until 2 seconds after an end signal. After that, and on any other write error,
+/// std::cout goes bad.
+///
+/// Only one object may exist at a time. Use it in the task that waits for the signals.
 class StandardOutput : public std::streambuf {
 public:
-    /// `end_signals` outlives it.
+    /// `end_signals` must outlive the object.
     explicit StandardOutput(EndSignals& end_signals);
     ~StandardOutput() override;
 
@@ -29,7 +31,7 @@ private:
 
     EndSignals& signals;
     std::streambuf* const replaced;
-    std::array<char, 4096> buffer; ///< what a pipe that has any room takes at once
+    std::array<char, 4096> buffer; ///< PIPE_BUF: a pipe that is ready for writing accepts as much at once
 };
 
 } // namespace olt_host

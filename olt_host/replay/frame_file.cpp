@@ -81,7 +81,8 @@ private:
     PcapReader reader;
 };
 
-/// Looks at the first bytes of a stream and leaves it at its beginning. @return what failed.
+/// Finds out whether a stream is a capture. Leaves the stream at its beginning.
+/// @return an error message; empty on success.
 std::string LookAt(std::FILE* stream, bool& is_capture) {
     char start[kPcapMagicSize] = {};
     errno = 0;

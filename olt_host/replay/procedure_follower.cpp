@@ -43,7 +43,7 @@ void ProcedureFollower::ObserveRequest(const OmciFrame& frame, unsigned int line
     const Request request{frame.Type(), frame.Me(), is_open};
     const auto [place, is_new] = pending.insert({frame.Tid(), request});
     if (is_new || (place->second.type == request.type && place->second.me == request.me)) return;
-    ++totals.unanswered; // another one took over its transaction
+    ++totals.unanswered; // a different request reuses the transaction id
     place->second = request;
 }
 

@@ -18,9 +18,9 @@ namespace olt_host {
 
 namespace {
 
-constexpr OnuKey kOnu{1, 1}; ///< that all frames are taken to come from
+constexpr OnuKey kOnu{1, 1}; ///< the ONU that all frames are attributed to
 constexpr unsigned int kQueueLength = 256;
-constexpr unsigned int kFramesAtATime = 64; ///< fewer than a queue holds
+constexpr unsigned int kFramesAtATime = 64; ///< less than `kQueueLength`, so no queue overflows
 constexpr unsigned int kPatienceSeconds = 10;
 constexpr unsigned int kSupervisionSeconds = 30;
 constexpr int kUnreadableStatus = 2;
@@ -30,7 +30,7 @@ public:
     void Send(OnuKey, const OmciFrame&) override {}
 };
 
-/// Takes what no other service takes.
+/// Takes the frames that no other service claims.
 class UnclaimedService : public OmciService {
 public:
     explicit UnclaimedService(const ServiceGround& service_ground)
@@ -67,19 +67,19 @@ private:
     std::ostream& out;
     std::ostream& err;
     const std::atomic<Tick> now{0};
-    WorkFlags told{};
+    WorkFlags work_queued{};
     NoLink link;
     OnuTable table{1, 1};
     std::vector<OmciChannel> channels{1};
-    ServiceRack rack;                                   // the services use what stands above
-    std::map<std::string, ProcedureFollower> followers; ///< by conversation
+    ServiceRack rack;                                   ///< after the members that the services use
+    std::map<std::string, ProcedureFollower> followers; ///< by `FrameFile::Conversation`
     ProcedureTotals procedures;
     ReplayCounts counts;
 };
 
 bool Player::Start() {
     const unsigned int no_procedures = 0;
-    const ServiceGround ground{table,        channels,      link,      now,      told,
+    const ServiceGround ground{table,        channels,      link,      now,      work_queued,
                                kQueueLength, no_procedures, {1, 1, 1}, {1, 1, 1}};
     return rack.Initialise(1, 1, kSupervisionSeconds) &&
            rack.Add(std::make_unique<MibUploadService>(ground, 0)) &&
@@ -136,7 +136,7 @@ void Player::Send(OmciFrame& frame) {
     if (++counts.sent % kFramesAtATime == 0) Drain();
 }
 
-/// Waits until the services have taken what was sent to them.
+/// Waits until the services have handled all queued frames.
 void Player::Drain() {
     for (OmciService* service : rack.Services())
         if (!service->Drain(kPatienceSeconds)) ++counts.lost;

@@ -1,4 +1,4 @@
-/// What a replay counted, as text.
+/// The report of a replay.
 #ifndef OLT_HOST_REPLAY_REPORT_H
 #define OLT_HOST_REPLAY_REPORT_H
 
@@ -19,10 +19,11 @@ struct ReplayCounts {
     unsigned int not_hexadecimal = 0;
     unsigned int not_omci = 0; ///< Ethernet frames of other types
     unsigned int sent = 0;     ///< answers and notifications sent to the services
-    unsigned int lost = 0;     ///< of these, refused by the library; services that did not come to an end
+    unsigned int lost = 0;     ///< frames that the library refused, and services that did not finish in time
 };
 
-/// `unit` is what frames of the file are counted in: "lines". Frames by type and by the service that took them, malformed lines by reason, procedures.
+/// Prints the frames by type and by service, the malformed lines by reason, and the procedures. `unit` is the
+/// unit in which the file counts its frames (`FrameFile::Unit`).
 void PrintReplay(std::ostream& out, const std::string& path, const std::string& unit,
                  const ReplayCounts& counts, const ProcedureTotals& procedures,
                  const std::vector<OmciService*>& services);

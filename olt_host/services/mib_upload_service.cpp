@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::uint16_t kDataSyncAttribute = 0x8000;
 
-/// The data sync counter in the answer to a get of ONU data; false when it is not there.
+/// Reads the data sync counter from the answer to a get of ONU data. @return false if it is missing.
 bool ReadDataSync(const OmciFrame& answer, std::uint8_t& data_sync) {
     data_sync = answer.Get<std::uint8_t>(12);
     return answer.Result() == OmciResult::kOk && (answer.Get<std::uint16_t>(10) & kDataSyncAttribute) != 0;
@@ -81,13 +81,13 @@ OmciFrame MibUpload::AskNext() const {
 
 unsigned int MibUpload::TakeNext(const OmciFrame& answer) {
     const MibRow row = MibRow::Read(answer);
-    if (row.IsNone()) return Fail(OnuFailure::kMibRows); // the ONU has forgotten the upload
+    if (row.IsNone()) return Fail(OnuFailure::kMibRows); // a restarted ONU has discarded the upload
     rows.push_back(row);
     return rows.size() == rows_to_come ? kVerify : kNext;
 }
 
-// An ONU that was restarted or changed during the upload shows in its counter: the one it has now and the one
-// in the upload are both that of a MIB just reset.
+// Detects an ONU that was restarted or changed during the upload: the counter that it has now and the one in
+// the upload must both be that of a MIB just reset.
 unsigned int MibUpload::TakeVerify(const OmciFrame& answer) {
     std::uint8_t data_sync = 0;
     if (!ReadDataSync(answer, data_sync)) return Fail(OnuFailure::kRefused);
@@ -148,7 +148,7 @@ void MibUploadService::EndAudit(const MibUpload& audit) {
     ground.table.Update(audit.index, [&](OnuStatus& status) {
         NoteEnd(audit, OnuPhase::kInSync, status);
         if (!audit.succeeded) return;
-        status.alarms_lost = true; // the last notification may have been lost, with none behind it to tell
+        status.alarms_lost = true; // if the last notification was lost, no later one reveals the gap
         status.attempts = 0;
         status.due = ground.now + audit_period;
     });

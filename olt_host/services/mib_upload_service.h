@@ -1,4 +1,4 @@
-/// Bringing ONUs into sync.
+/// The service that uploads and audits the MIBs of ONUs.
 #ifndef OLT_HOST_SERVICES_MIB_UPLOAD_SERVICE_H
 #define OLT_HOST_SERVICES_MIB_UPLOAD_SERVICE_H
 
@@ -9,12 +9,12 @@
 
 namespace olt_host {
 
-/// Resets an ONU's MIB and uploads it, or audits whether the MIB is still what the host made of it.
+/// Resets and uploads an ONU's MIB, or audits it: compares the data sync counter with the expected one.
 ///
 ///     INIT ─┬─ RESET ── UPLOAD ── NEXT, once for each row ── VERIFY ─┬─ SUCC
 ///           └─ AUDIT ────────────────────────────────────────────────┘
 ///
-/// Every state goes to FAIL when the ONU refuses, its answer is wrong, or the supervision ends the wait.
+/// Every state goes to FAIL if the ONU refuses, its answer is wrong, or the supervision ends the procedure.
 class MibUpload : public Procedure {
 public:
     enum State : unsigned int { kAudit = 10, kReset, kUpload, kNext, kVerify };
@@ -22,7 +22,7 @@ public:
     explicit MibUpload(const ServiceGround& service_ground);
 
     bool is_audit = false;
-    std::vector<MibRow> rows; ///< the upload, whole after a success
+    std::vector<MibRow> rows; ///< the uploaded rows; complete after a success
 
 private:
     unsigned int Prepare() override;
@@ -40,13 +40,13 @@ private:
     unsigned int rows_to_come = 0;
 };
 
-/// Uploads the MIB of ONUs that wait or whose bring-up failed, then hands them to the provisioning service;
-/// audits those that come back from there, and from then on each `audit_period`.
+/// Uploads the MIB of ONUs that wait or whose bring-up failed, and hands them to the provisioning service.
+/// Audits them after the provisioning and then every `audit_period`.
 ///
-/// Takes the answers to MIB reset, upload, upload next, and to get of ONU data.
+/// Claims the answers to MIB reset, MIB upload, MIB upload next, and get of ONU data.
 class MibUploadService : public OmciService {
 public:
-    /// One context for each ONU. An `audit_period` of 0: no audits of ONUs that are in sync.
+    /// Creates one procedure for each ONU. With an `audit_period` of 0, ONUs in sync are not audited.
     MibUploadService(const ServiceGround& ground, Tick audit_period);
     ~MibUploadService() override { EndTask(); }
 

@@ -6,7 +6,7 @@ namespace olt_host {
 
 namespace {
 
-/// Gaps are rare: a few ONUs at a time are asked for their alarms.
+/// Gaps are rare, so a few procedures at a time are enough.
 constexpr unsigned int kProcedures = 16;
 
 constexpr unsigned int kBitmapSize = 28;
@@ -49,7 +49,7 @@ OmciFrame AlarmSync::AskNext() const {
 
 unsigned int AlarmSync::TakeNext(const OmciFrame& answer) {
     const MeId me{answer.Get<std::uint16_t>(9), answer.Get<std::uint16_t>(11)};
-    if (me.me_class == 0) return Fail(OnuFailure::kMibRows); // the ONU has forgotten that it was asked
+    if (me.me_class == 0) return Fail(OnuFailure::kMibRows); // a restarted ONU has discarded its list
     alarmed.Set(me, AnyBit(answer.At(13)));
     return ++sequence == entities ? STATE_SUCC : kNext;
 }
@@ -71,7 +71,8 @@ bool NotificationService::Wants(const OnuStatus& status) const {
     return status.alarms_lost && status.phase == OnuPhase::kInSync;
 }
 
-// What the ONU told by itself while it was asked may be older or newer than its answers: then ask again.
+// A notification that arrived during the procedure may be older or newer than the answers. In that case the
+// service asks again.
 void NotificationService::OnEnd(Procedure& procedure) {
     auto& sync = static_cast<AlarmSync&>(procedure);
     ground.table.Update(sync.index, [&](OnuStatus& status) {
@@ -91,7 +92,7 @@ void NotificationService::OnNotification(unsigned int index, const OmciFrame& fr
 void NotificationService::TakeAlarm(unsigned int index, const OmciFrame& alarm) {
     const std::uint8_t sequence = alarm.Get<std::uint8_t>(40);
     ground.table.Update(index, [&](OnuStatus& status) {
-        if (sequence == status.alarm_sequence) return; // repeated
+        if (sequence == status.alarm_sequence) return; // a duplicate
         const unsigned int expected = status.alarm_sequence == 255 ? 1 : status.alarm_sequence + 1u;
         if (sequence != expected) status.alarms_lost = true;
         status.alarm_sequence = sequence;

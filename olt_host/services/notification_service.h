@@ -1,4 +1,4 @@
-/// What ONUs say by themselves.
+/// The service for notifications from ONUs.
 #ifndef OLT_HOST_SERVICES_NOTIFICATION_SERVICE_H
 #define OLT_HOST_SERVICES_NOTIFICATION_SERVICE_H
 
@@ -16,8 +16,8 @@ public:
 
     explicit AlarmSync(const ServiceGround& service_ground);
 
-    AlarmList alarmed;            ///< whole after a success
-    unsigned int seen_before = 0; ///< alarm notifications of the ONU before it was asked
+    AlarmList alarmed;            ///< complete after a success
+    unsigned int seen_before = 0; ///< number of alarm notifications received before the procedure
 
 private:
     unsigned int Prepare() override;
@@ -30,10 +30,10 @@ private:
     unsigned int entities = 0;
 };
 
-/// Keeps the alarms of each ONU, asks for all of them after an audit and after a gap in their sequence, and
-/// counts attribute value changes.
+/// Keeps the alarms of each ONU and counts attribute value changes. After an audit, and after a gap in the
+/// sequence numbers of alarms, it asks the ONU for all alarms.
 ///
-/// Takes all notifications and the answers to get all alarms and its next.
+/// Claims all notifications and the answers to get all alarms and get all alarms next.
 class NotificationService : public OmciService {
 public:
     explicit NotificationService(const ServiceGround& ground);

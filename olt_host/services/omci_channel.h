@@ -1,4 +1,4 @@
-/// The way of requests to one ONU.
+/// The channel for requests to one ONU.
 #ifndef OLT_HOST_SERVICES_OMCI_CHANNEL_H
 #define OLT_HOST_SERVICES_OMCI_CHANNEL_H
 
@@ -10,42 +10,44 @@
 
 namespace olt_host {
 
-/// What carries frames to the ONUs.
+/// Carries frames to the ONUs.
 class OmciLink {
 public:
     virtual ~OmciLink() = default;
 
-    /// Sends a sealed frame. Does not wait: a frame that cannot be taken is lost, as it may be on the way.
-    /// Any task.
+    /// Sends a frame that is complete with its MIC. Does not block: a frame that cannot be queued is lost,
+    /// like one that the PON loses. Any task.
     virtual void Send(OnuKey onu, const OmciFrame& frame) = 0;
 };
 
-/// The right to send requests to one ONU, which has at most one in flight. A service holds it for a
-/// procedure.
+/// The right to send requests to one ONU. A procedure holds it while it runs, so an ONU has at most one
+/// request in flight.
 class OmciChannel {
 public:
-    /// Any task. @return false while another procedure holds the channel or it is to stay quiet.
+    /// Any task. @return false while another procedure holds the channel, and during the quiet time after
+    /// one.
     bool Acquire(Tick now) {
         if (taken.exchange(true, std::memory_order_acquire)) return false;
         if (now >= quiet_until) return true;
         taken.store(false, std::memory_order_release);
         return false;
     }
-    /// By the task that acquired it. A procedure that leaves a request without an answer says until when one
-    /// may come.
+    /// Only the task that acquired the channel may call this. `answer_until` ends the quiet time: until then
+    /// a late answer to the last request may arrive.
     void Release(Tick answer_until) {
         quiet_until = answer_until;
         taken.store(false, std::memory_order_release);
     }
 
-    /// The id of the next transaction: 1 to 0x7FFF and around. By the task that holds the channel.
+    /// Returns the next transaction id, from 1 to 0x7FFF and then from 1 again. Only the task that holds the
+    /// channel may call this.
     std::uint16_t NextTid() {
         last_tid = static_cast<std::uint16_t>(last_tid == kLastTid ? 1 : last_tid + 1);
         return last_tid;
     }
 
 private:
-    static constexpr std::uint16_t kLastTid = 0x7FFF; ///< above are the high-priority ones
+    static constexpr std::uint16_t kLastTid = 0x7FFF; ///< higher ids mark requests of high priority
 
     std::atomic<bool> taken{false};
     Tick quiet_until = 0;

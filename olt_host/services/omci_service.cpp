@@ -14,7 +14,7 @@ constexpr unsigned int kMessagePriority = 1;
 constexpr unsigned int kStack = 65536;
 
 Tick PauseAfter(unsigned int attempts, const RetryPolicy& retry) {
-    if (attempts == 0) return 0; // it had been in sync
+    if (attempts == 0) return 0; // the ONU was in sync before
     Tick pause = retry.first_pause;
     for (unsigned int attempt = 1; attempt < attempts && pause < retry.longest_pause; ++attempt)
         pause *= 2;
@@ -32,7 +32,7 @@ OmciService::OmciService(ModuleType type, const char* name, const ServiceGround&
 OmciService::~OmciService() {
     EndTask();
     for (Procedure* procedure : active)
-        procedure->ChangeState(STATE_IDLE, false); // contexts are destroyed idle
+        procedure->ChangeState(STATE_IDLE, false); // a context must be idle when it is destroyed
 }
 
 void OmciService::AddProcedure(std::unique_ptr<Procedure> procedure) {
@@ -60,8 +60,8 @@ unsigned int OmciService::HandleMsg(unsigned int msg_type, unsigned short pon_no
         TakeTick();
         break;
     case kMsgWork:
-        ground.told[mod_type] = false; // before looking: what comes now is told again
-        looked_at = 0;
+        ground.work_queued[mod_type] = false; // before the search, so that later work sends a new message
+        searched = 0;
         break;
     case kMsgBarrier:
         drained.Signal();
@@ -98,9 +98,9 @@ void OmciService::TakeAnswer(OnuKey onu, unsigned int index, char* data, unsigne
 }
 
 void OmciService::TakeTick() {
-    ground.told[mod_type] = false; // the message may have been lost
-    looked_at = 0;
-    for (std::size_t next = active.size(); next-- > 0;) { // backwards, since those that end leave the list
+    ground.work_queued[mod_type] = false; // kMsgWork may have been lost
+    searched = 0;
+    for (std::size_t next = active.size(); next-- > 0;) { // backwards, because `Settle` removes elements
         active[next]->Tend();
         Settle(*active[next]);
     }
@@ -112,10 +112,10 @@ void OmciService::Consider(OnuKey onu) {
 }
 
 void OmciService::BeginDue() {
-    while (HasRoom() && looked_at < ground.table.Size()) {
+    while (HasRoom() && searched < ground.table.Size()) {
         const unsigned int index =
-            ground.table.Find(looked_at, [this](const OnuStatus& status) { return Wants(status); });
-        looked_at = index + 1;
+            ground.table.Find(searched, [this](const OnuStatus& status) { return Wants(status); });
+        searched = index + 1;
         if (index < ground.table.Size()) Begin(index);
     }
 }
@@ -158,10 +158,10 @@ void OmciService::NoteEnd(const Procedure& procedure, OnuPhase phase, OnuStatus&
 }
 
 void OmciService::Tell(ModuleType service) const {
-    if (ground.told[service].exchange(true)) return;
+    if (ground.work_queued[service].exchange(true)) return;
     char nothing = 0;
     if (onu_mng_module_send_msg(mod_type, MessageFor(kMsgWork, service), 0, 0, &nothing, 1) != ONU_MNG_OK)
-        ground.told[service] = false;
+        ground.work_queued[service] = false;
 }
 
 bool OmciService::Drain(unsigned int seconds) {

@@ -1,4 +1,4 @@
-/// What the OMCI services have in common.
+/// The base class of the OMCI services.
 #ifndef OLT_HOST_SERVICES_OMCI_SERVICE_H
 #define OLT_HOST_SERVICES_OMCI_SERVICE_H
 
@@ -15,49 +15,48 @@
 
 namespace olt_host {
 
-/// A module that runs procedures against ONUs, one task for all of them.
+/// A module that runs procedures with ONUs, in one task.
 ///
-/// It begins a procedure for each ONU whose status says that it needs one, as long as it has free procedures:
-/// it goes through the table at every tick and when another service tells it to. So a message that is lost
-/// costs time and nothing else.
+/// It searches the table for ONUs that need a procedure, at every tick and when another service asks for it,
+/// and begins procedures while free ones are left. A lost message therefore only costs time.
 class OmciService : public ServiceModule {
 public:
     ~OmciService() override;
 
-    /// Claims this service's frames, ticks and other messages, all for its own task.
+    /// Claims the frames and messages of this service. All are queued for the service's own task.
     bool Match(unsigned int msg_type, unsigned int src_mod, unsigned short pon_no, unsigned short onu_id,
                char* data, unsigned int pkg_size, MsgSyncProcType& sync_type) override;
     unsigned int HandleMsg(unsigned int msg_type, unsigned short pon_no, unsigned short onu_id, char* data,
                            unsigned int pkg_size) override;
     using ServiceModule::HandleMsg;
 
-    /// Waits until everything queued before has been handled, at most `seconds`. One task at a time.
-    /// @return false when it took longer, or the queue was full.
+    /// Waits until all messages queued so far have been handled, at most `seconds`. One task at a time.
+    /// @return false on a time-out or if the queue is full.
     bool Drain(unsigned int seconds);
-    /// Ends the task; what is queued stays.
+    /// Ends the task. Queued messages stay in the queue.
     void Stop() { EndTask(); }
 
-    unsigned long Frames() const { return frames; }      ///< handled
-    unsigned long Strays() const { return strays; }      ///< of these, answers that nothing waits for
-    unsigned int Active() const { return active_count; } ///< procedures under way
+    unsigned long Frames() const { return frames; }      ///< frames handled
+    unsigned long Strays() const { return strays; }      ///< of these, frames without a procedure
+    unsigned int Active() const { return active_count; } ///< running procedures
 
 protected:
     OmciService(ModuleType type, const char* name, const ServiceGround& ground);
 
-    /// Whether this service takes a frame from an ONU. Any task.
+    /// Whether this service handles a frame from an ONU. Called in any task.
     virtual bool Claims(const OmciFrame& frame) const = 0;
-    /// Whether an ONU needs a procedure now. Under the table's lock.
+    /// Whether an ONU needs a procedure now. May be called with the table locked.
     virtual bool Wants(const OnuStatus& status) const = 0;
-    /// A procedure begins; under the table's lock.
+    /// A procedure begins. Called with the table locked.
     virtual void OnBegin(OnuStatus& status) = 0;
     /// A procedure has ended, by itself or by the supervision.
     virtual void OnEnd(Procedure& procedure) = 0;
     virtual void OnNotification(unsigned int, const OmciFrame&) {}
 
     void AddProcedure(std::unique_ptr<Procedure> procedure);
-    /// Tells another service that there may be work for it.
+    /// Asks another service to search the table for work.
     void Tell(ModuleType service) const;
-    /// Puts the end of a procedure of the bring-up into the status; `phase` is where a success leads.
+    /// Writes the result of a procedure into the status. `phase` is the new phase after a success.
     void NoteEnd(const Procedure& procedure, OnuPhase phase, OnuStatus& status) const;
 
     const ServiceGround ground;
@@ -70,14 +69,14 @@ private:
     bool HasRoom() const { return !idle.empty() && active.size() < ground.window; }
     void BeginDue();
     void Begin(unsigned int index);
-    /// Takes the procedure back if it has ended.
+    /// If the procedure has ended, returns it to the idle ones and releases its channel.
     void Settle(Procedure& procedure);
 
     std::vector<std::unique_ptr<Procedure>> procedures;
     std::vector<Procedure*> idle;
     std::vector<Procedure*> active;
     std::vector<Procedure*> of_onu; ///< the active procedure of each ONU, or null
-    unsigned int looked_at = 0;     ///< ONUs looked at since the last tick or call
+    unsigned int searched = 0;      ///< ONUs searched since the last tick or kMsgWork
     std::atomic<unsigned long> frames{0};
     std::atomic<unsigned long> strays{0};
     std::atomic<unsigned int> active_count{0};

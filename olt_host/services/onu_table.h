@@ -1,4 +1,4 @@
-/// What the host knows about its ONUs.
+/// The host's table of ONUs.
 #ifndef OLT_HOST_SERVICES_ONU_TABLE_H
 #define OLT_HOST_SERVICES_ONU_TABLE_H
 
@@ -14,66 +14,65 @@
 
 namespace olt_host {
 
-/// A moment in ticks of the host.
+/// A point in time, or a duration, in ticks of the host.
 using Tick = std::uint64_t;
 
-/// How far an ONU's bring-up is.
+/// The progress of an ONU's bring-up.
 enum class OnuPhase : std::uint8_t {
     kWaiting,
     kUploading,
     kUploaded,
     kProvisioning,
     kProvisioned,
-    kInSync, ///< provisioned, and the ONU's data sync counter says so
+    kInSync, ///< provisioned, and an audit has confirmed the ONU's data sync counter
     kFailed,
 };
 constexpr unsigned int kOnuPhases = 7;
 
-/// Why the last procedure against an ONU failed.
+/// Why a procedure failed.
 enum class OnuFailure : std::uint8_t {
     kNone,
-    kNoAnswer, ///< the supervision ended it
-    kRefused,  ///< the ONU answered a request with a failure
-    kMibRows,  ///< the upload lacks rows
-    kDataSync, ///< the ONU's counter is not what the changes made to it give
+    kNoAnswer, ///< the supervision ended the procedure
+    kRefused,  ///< the ONU answered a request with an error
+    kMibRows,  ///< the upload or the alarm list lacks rows
+    kDataSync, ///< the ONU's MIB differs from the expected one
     kMemory,
 };
 
-/// One ONU.
+/// The status of one ONU.
 struct OnuStatus {
     OnuKey onu{0, 0};
     OnuPhase phase = OnuPhase::kWaiting;
     OnuFailure failure = OnuFailure::kNone; ///< of the last procedure that failed
-    bool given_up = false;                  ///< failed for the last time
-    std::uint8_t data_sync = 0;             ///< what the ONU's counter should be
-    std::uint8_t alarm_sequence = 0;        ///< of its last alarm notification
-    bool alarms_lost = false;               ///< its alarms are not known and are to be asked for
-    unsigned int attempts = 0;              ///< bring-ups begun since it was last in sync
-    unsigned int rows = 0;                  ///< of its MIB as it was uploaded
+    bool given_up = false;                  ///< failed, and no attempt is left
+    std::uint8_t data_sync = 0;             ///< the expected value of the ONU's MIB data sync counter
+    std::uint8_t alarm_sequence = 0;        ///< of the last alarm notification
+    bool alarms_lost = false;               ///< `alarmed` may be out of date; ask the ONU for all alarms
+    unsigned int attempts = 0;              ///< bring-ups begun since the last audit that succeeded
+    unsigned int rows = 0;                  ///< of the uploaded MIB
     unsigned int requests = 0;
     unsigned int resent = 0;
     unsigned int alarms = 0;  ///< alarm notifications
     unsigned int changes = 0; ///< attribute value changes
-    unsigned int busy_ms = 0; ///< time that the procedures of the last bring-up took
+    unsigned int busy_ms = 0; ///< duration of all procedures since the last bring-up began
     AlarmList alarmed;
-    Tick due = 0; ///< when failed, the next attempt; when in sync, the next audit
+    Tick due = 0; ///< time of the next attempt (failed) or of the next audit (in sync)
 };
 
-/// All ONUs counted.
+/// Totals over ONUs.
 struct OnuTotals {
     unsigned int onus = 0;
     unsigned int phases[kOnuPhases] = {}; ///< ONUs by `OnuPhase`
     unsigned long long requests = 0;
     unsigned long long resent = 0;
 
-    /// Counts one more.
+    /// Adds one ONU.
     void Add(const OnuStatus& status);
 };
 
-/// The ONUs of `pons` PONs with `onus` each, by index: PON by PON, on each by id.
+/// The ONUs of `pons` PONs with `onus` each. The index orders them by PON, then by ONU id.
 ///
-/// Every operation may be called from any task and holds the lock for a short copy; readers get all of an ONU
-/// from one moment.
+/// Thread safety: every operation may be called from any task. A read returns a consistent copy of one ONU.
 class OnuTable {
 public:
     OnuTable(unsigned int pons, unsigned int onus);
@@ -83,11 +82,11 @@ public:
     OnuKey KeyOf(unsigned int index) const;
 
     OnuStatus Read(unsigned int index) const;
-    /// The rows of its MIB as last uploaded in full.
+    /// The MIB rows of the last complete upload.
     std::vector<MibRow> ReadMib(unsigned int index) const;
     OnuTotals Totals() const;
 
-    /// Calls `change` with the `OnuStatus&` of an ONU, under the lock.
+    /// Calls `change` with the `OnuStatus&` of an ONU and the table locked.
     template <typename Change>
     void Update(unsigned int index, Change change) {
         {
@@ -100,10 +99,11 @@ public:
         }
         settled.Signal();
     }
-    /// Takes over the MIB, and gives the former one back in `rows`.
+    /// Stores a new MIB and returns the old one in `rows`.
     void SwapMib(unsigned int index, std::vector<MibRow>& rows);
 
-    /// The first index from `from` on whose status satisfies `wanted`; `Size()` when there is none.
+    /// Returns the first index from `from` on whose status satisfies `wanted`; `Size()` if there is none.
+    /// Calls `wanted` with the table locked.
     template <typename Wanted>
     unsigned int Find(unsigned int from, Wanted wanted) const {
         const LockGuard guard(lock);
@@ -112,8 +112,9 @@ public:
         return from;
     }
 
-    /// Waits until no ONU is unsettled, for `limit` and, where ONUs keep changing, less. One task at a time.
-    /// @return whether none is.
+    /// Waits until all ONUs are settled: in sync with known alarms, or given up. Blocks for at most `limit`,
+    /// and less if they were settled only for a moment. One task at a time.
+    /// @return whether all are settled now.
     bool WaitSettled(std::chrono::milliseconds limit);
 
 private:
@@ -122,7 +123,6 @@ private:
         std::vector<MibRow> mib;
     };
 
-    /// In sync and its alarms known, or given up.
     static bool IsSettled(const OnuStatus& status) {
         return (status.phase == OnuPhase::kInSync && !status.alarms_lost) ||
                (status.phase == OnuPhase::kFailed && status.given_up);
@@ -137,7 +137,7 @@ private:
     std::vector<Record> records;
     unsigned int unsettled;
     mutable ReadWriteLock lock; ///< guards `records` and `unsettled`
-    Semaphore settled;          ///< signalled while no ONU is unsettled
+    Semaphore settled;          ///< signalled by each update after which all ONUs are settled
 };
 
 } // namespace olt_host

@@ -4,7 +4,7 @@
 
 namespace olt_host {
 
-/// Leads to the first step at once.
+/// INIT: goes to the first step at once.
 class Procedure::Start : public ServiceState {
 public:
     explicit Start(unsigned long limit_s) : ServiceState(STATE_INIT, limit_s) {}
@@ -21,7 +21,8 @@ private:
     std::atomic<unsigned int> first{STATE_FAIL};
 };
 
-/// Reached with the last answer. The supervision cannot run it: a termination keeps it from its hook.
+/// SUCC: entered with the last answer. The supervision never runs this hook, because a terminated context skips
+/// the hooks of all states except FAIL.
 class Procedure::Success : public ServiceState {
 public:
     Success() : ServiceState(STATE_SUCC) {}
@@ -62,7 +63,7 @@ bool Procedure::Begin(unsigned int onu_index, OnuKey onu, OmciChannel& onu_chann
     return true;
 }
 
-// The time in INIT would count from its last use.
+// Without this, the time in INIT would count from the previous run.
 void Procedure::Occupy(char*, unsigned int) {
     p_state_register.load()->GetStateObj(STATE_INIT)->state_clock.Now();
 }

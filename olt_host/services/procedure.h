@@ -1,4 +1,4 @@
-/// Procedures: state machines that ask an ONU one thing after the other.
+/// Procedures: state machines that send requests to an ONU one after the other.
 #ifndef OLT_HOST_SERVICES_PROCEDURE_H
 #define OLT_HOST_SERVICES_PROCEDURE_H
 
@@ -14,34 +14,35 @@
 
 namespace olt_host {
 
-/// One run of a service against one ONU: a state context, and the request it has in flight.
+/// One run of a service with one ONU: a state context with the request in flight.
 ///
-/// The service's task has a procedure to itself but for the supervision, which may end it at any moment and
-/// meanwhile touches only what `StateContext` guards: no hook that the supervision runs reads or writes the
-/// fields here. The service finds out by `HasEnded`.
+/// Only the service's task uses a procedure, except for the supervision, which may end it at any time. The
+/// hooks that the supervision runs do not access the fields of this class, so these need no lock. The service
+/// finds out through `HasEnded`.
 ///
-/// INIT, SUCC and FAIL are there from the start; a derived class adds a `Step` for each thing it asks.
+/// The constructor adds INIT, SUCC and FAIL. A derived class adds a `Step` for each kind of request.
 class Procedure : public StateContext {
 public:
-    /// `service_ground` outlives the procedure.
+    /// `service_ground` must outlive the procedure.
     Procedure(unsigned int service, const ServiceGround& service_ground);
 
-    /// Starts the procedure, which is not under way, for an ONU whose channel the caller has acquired.
-    /// @return false when the framework refuses.
+    /// Starts the procedure for an ONU. It must not be running, and the caller must hold the ONU's channel.
+    /// @return false if the framework refuses.
     bool Begin(unsigned int onu_index, OnuKey onu, OmciChannel& onu_channel);
-    /// Hands in the answer to the request in flight.
+    /// Handles the answer to the request in flight.
     void Take(char* frame, unsigned int size) { Handle(STATE_MSG_OPERATE, frame, size); }
-    /// Lets time go on: repeats the request when it is due, or goes on to FAIL when a termination is pending.
+    /// To be called at every tick: sends the request again if it is due, or goes to FAIL if a termination is
+    /// pending.
     void Tend();
 
-    /// Whether the run is over and everything about it is written.
+    /// Whether the procedure has ended and all its results are visible to the caller.
     bool HasEnded() {
         if (occupied) return false;
-        const LockGuard guard(lock); // whoever releases the context writes `occupied` before the rest
+        const LockGuard guard(lock); // the task that releases the context holds it until all is written
         return !occupied;
     }
 
-    /// The tick until which an answer may come that nothing waits for any more; 0 when none can.
+    /// The tick until which a late answer to the last request may arrive; 0 if none is outstanding.
     Tick AnswerUntil() const { return is_waiting ? due : 0; }
 
     /// Whether a frame (40 bytes or more) answers the request in flight.
@@ -57,7 +58,7 @@ public:
     void Resend();
     void Answered() { is_waiting = false; }
     void Succeed() { succeeded = true; }
-    /// Notes why, and gives the state to go to.
+    /// Records the reason and returns the next state, FAIL.
     unsigned int Fail(OnuFailure why) {
         failure = why;
         return STATE_FAIL;
@@ -73,9 +74,9 @@ public:
     unsigned int resent = 0;
 
 protected:
-    /// Takes a state over; `name` is for charts. Throws std::bad_alloc.
+    /// Adds a state. `name` appears in charts. Throws std::bad_alloc.
     void AddState(std::unique_ptr<ServiceState> state, const char* name);
-    /// Prepares a new run and gives the state after INIT.
+    /// Prepares a new run and returns the state after INIT.
     virtual unsigned int Prepare() = 0;
 
     const ServiceGround& ground;
@@ -90,15 +91,16 @@ private:
     Tick due = 0;
 };
 
-/// A state that asks the ONU something when it is entered and moves on when the answer has come.
+/// A state that sends a request when it is entered and moves on when the answer arrives.
 ///
-/// Entering runs `Operate`, and only that stamps the time from which the supervision counts: states that
-/// merely wait for the next message would count from their last use.
+/// The request is sent in `Operate` on entry, because only `Operate` sets the start time for the supervision.
+/// A state that waited without it would be timed from its previous use.
 template <typename P>
 class Step : public ServiceState {
 public:
     using AskHook = OmciFrame (P::*)() const;
-    /// Takes the answer and gives the next state: this one, to ask again; another one; SUCC, or FAIL.
+    /// Handles the answer and returns the next state: this state again (for a further request), another one,
+    /// SUCC or FAIL.
     using TakeHook = unsigned int (P::*)(const OmciFrame& answer);
 
     Step(unsigned int id, unsigned long limit_s, AskHook ask_hook, TakeHook take_hook)
@@ -113,14 +115,14 @@ public:
             return ONU_MNG_OK;
         }
         OmciFrame answer;
-        OmciFrame::Parse(message, size, kInCaptures, answer); // `Match` let it through
+        OmciFrame::Parse(message, size, kInCaptures, answer); // cannot fail: `Match` has parsed it before
         procedure.Answered();
         next = (procedure.*take)(answer);
         moves_on = true;
         return ONU_MNG_OK;
     }
 
-    /// Time went on without an answer.
+    /// The request is due again, because no answer has arrived.
     unsigned int Notify(StateContext* context, char*, unsigned int) override {
         static_cast<P*>(context)->Resend();
         return ONU_MNG_OK;
@@ -136,7 +138,7 @@ private:
     const AskHook ask;
     const TakeHook take;
     std::atomic<unsigned int> next;
-    std::atomic<bool> moves_on{false}; ///< an answer came, so the next state runs at once
+    std::atomic<bool> moves_on{false}; ///< an answer has arrived, so the next state runs at once
 };
 
 } // namespace olt_host

@@ -13,9 +13,9 @@ namespace {
 
 /// One attribute of a planned request.
 struct Attribute {
-    unsigned char width; ///< in bytes: 1 or 2; 0 where there is none
+    unsigned char width; ///< in bytes: 1 or 2; 0 if there is no such attribute
     std::uint16_t number;
-    bool of_onu = false; ///< the ONU id is added, so that the ONUs of a PON differ
+    bool of_onu = false; ///< the ONU id is added, because the ONUs of a PON need different numbers
 };
 
 struct Planned {
@@ -33,7 +33,8 @@ constexpr Attribute kGemPort{2, 0x0400, true};
 constexpr Attribute kAllocId{2, 0x0100, true};
 constexpr Attribute kNull{2, 0xFFFF};
 
-/// A bridge between the first Ethernet port and one GEM port, in the order in which an ONU wants it.
+/// A bridge between the first Ethernet port and one GEM port. Entities are created before others point to
+/// them.
 constexpr Planned kPlan[] = {
     {OmciType::kCreate, {272, 1}, 0, {{{2, 1500}}}},
     {OmciType::kCreate,
@@ -52,7 +53,7 @@ constexpr Planned kPlan[] = {
 
 constexpr unsigned int kMostValues = 2 * 8;
 
-/// Writes the attributes of a planned request for an ONU. @return their size.
+/// Writes the attributes of a planned request for an ONU. @return their size in bytes.
 unsigned int WriteValues(const Planned& planned, unsigned short onu_id, char* out) {
     unsigned int size = 0;
     for (const Attribute& attribute : planned.attributes) {

@@ -1,4 +1,4 @@
-/// Giving ONUs their services.
+/// The service that provisions ONUs.
 #ifndef OLT_HOST_SERVICES_PROVISIONING_SERVICE_H
 #define OLT_HOST_SERVICES_PROVISIONING_SERVICE_H
 
@@ -6,7 +6,7 @@
 
 namespace olt_host {
 
-/// Creates and sets what one Internet service of an ONU takes, and reads part of it back.
+/// Creates and sets the managed entities of one Internet service, and reads some of them back.
 ///
 ///     INIT ── CREATE, several times ── SET ... ── GET ... ── SUCC
 class Provisioning : public Procedure {
@@ -15,22 +15,22 @@ public:
 
     explicit Provisioning(const ServiceGround& service_ground);
 
-    /// The requests that changed the MIB so far: what its data sync counter is after a reset.
+    /// The number of changes to the MIB so far, and so its expected data sync counter.
     std::uint8_t changes = 0;
 
 private:
     unsigned int Prepare() override;
     OmciFrame AskPlanned() const;
     unsigned int TakePlanned(const OmciFrame& answer);
-    /// The state of the planned request that is next; SUCC behind the last.
+    /// The state for the next planned request; SUCC after the last one.
     unsigned int NextState() const;
 
-    unsigned int planned = 0; ///< the planned request that is next
+    unsigned int planned = 0; ///< index of the next planned request
 };
 
-/// Provisions ONUs whose MIB has just been uploaded, then hands them back for an audit.
+/// Provisions ONUs after the upload of their MIB, then hands them to the MIB upload service for an audit.
 ///
-/// Takes the answers to create, delete, set and get.
+/// Claims the answers to create, delete, set and get.
 class ProvisioningService : public OmciService {
 public:
     explicit ProvisioningService(const ServiceGround& ground);

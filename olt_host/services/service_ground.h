@@ -1,4 +1,4 @@
-/// What the services work with.
+/// The environment of the services: shared objects and settings.
 #ifndef OLT_HOST_SERVICES_SERVICE_GROUND_H
 #define OLT_HOST_SERVICES_SERVICE_GROUND_H
 
@@ -13,37 +13,37 @@
 
 namespace olt_host {
 
-/// How requests are repeated.
+/// The repetition of requests.
 struct RequestTimes {
-    Tick timeout;          ///< until a request is sent again
-    unsigned int sends;    ///< how often it is sent in all
-    unsigned long limit_s; ///< what a state may take for all of it, in seconds
+    Tick timeout;          ///< time until a request is sent again
+    unsigned int sends;    ///< maximum number of transmissions
+    unsigned long limit_s; ///< time limit of a state for all transmissions, in seconds
 };
 
-/// When a bring-up that failed is tried again: after `first_pause`, then after twice the pause each time, up
-/// to `longest_pause`.
+/// The repetition of failed bring-ups: first after `first_pause`, then after twice the previous pause each
+/// time, up to `longest_pause`.
 struct RetryPolicy {
-    unsigned int attempts; ///< bring-ups in all; 0: without limit
+    unsigned int attempts; ///< maximum number of bring-ups; 0: no limit
     Tick first_pause;
     Tick longest_pause;
 };
 
-/// Services that were told to look for work and have not looked yet, by module type: however many ONUs come
-/// to a service at a time, one message of its queue is taken by it.
+/// By module type: whether a kMsgWork is in the service's queue. Limits these messages to one per service, no
+/// matter how many ONUs need it.
 using WorkFlags = std::array<std::atomic<bool>, kModules>;
 
-/// Outlives the services.
+/// Must outlive the services.
 struct ServiceGround {
     OnuTable& table;
-    std::vector<OmciChannel>& channels; ///< by the index of the table
+    std::vector<OmciChannel>& channels; ///< by index in `table`
     OmciLink& link;
     const std::atomic<Tick>& now;
-    WorkFlags& told;
+    WorkFlags& work_queued;
     unsigned int queue_length; ///< of each service's queue, in messages
-    unsigned int window;       ///< procedures that a service has under way at a time
+    unsigned int window;       ///< procedures that a service runs at a time
     RequestTimes times;
     RetryPolicy retry;
-    StateChart* chart = nullptr; ///< watches the procedures; may be null
+    StateChart* chart = nullptr; ///< records the procedures' states; may be null
 };
 
 } // namespace olt_host

@@ -45,12 +45,13 @@ int OnuSnToId(unsigned int pon_no, const unsigned char* sn, unsigned char* onu_i
 
 } // namespace
 
-// Before all else, so that a trace that is set up before the services start is one of this module.
+// The log module comes first, because traces may be set up before the services start.
 ServiceRack::ServiceRack() {
     onu_mng_system_reg_log_module(kLogModule);
 }
 
-// Services send to one another: all tasks have ended before the first service is deleted.
+// All tasks must have ended before the first service is deleted, because services send messages to each
+// other.
 ServiceRack::~ServiceRack() {
     for (OmciService* service : services)
         service->Stop();

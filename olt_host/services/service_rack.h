@@ -1,4 +1,4 @@
-/// The library and the services in it.
+/// Runs services in the library.
 #ifndef OLT_HOST_SERVICES_SERVICE_RACK_H
 #define OLT_HOST_SERVICES_SERVICE_RACK_H
 
@@ -10,10 +10,10 @@
 
 namespace olt_host {
 
-/// Starts the library as a host does, with services; takes the services out again when it is destroyed.
+/// Starts the library with a host's services. The destructor removes the services again.
 ///
-/// One at a time in a process: the library's managers are the process'. Its pool and its supervision stay,
-/// and a further rack finds them there.
+/// A process may have one rack at a time, because the library's managers are global. The library's pool and
+/// supervision stay, and the next rack reuses them.
 class ServiceRack {
 public:
     static constexpr unsigned int kCliNode = 1; ///< where the library's commands are installed
@@ -25,19 +25,19 @@ public:
     ServiceRack(const ServiceRack&) = delete;
     ServiceRack& operator=(const ServiceRack&) = delete;
 
-    /// Makes the host's further registrations and initialises the library. `supervision_s` is the period of
-    /// the supervision, whose first round comes after 30 seconds nevertheless.
-    /// @return false when the library refuses.
+    /// Makes the host's other registrations and initialises the library. `supervision_s` is the period of the
+    /// supervision; the first round still comes after 30 seconds.
+    /// @return false if the library refuses.
     bool Initialise(unsigned int pons, unsigned int onus, unsigned int supervision_s);
 
-    /// Registers a service behind those added before, which are offered messages first.
-    /// @return false, and the service deleted, when the library refuses.
+    /// Registers a service. Services that were added earlier are offered messages first.
+    /// @return false if the library refuses; the service is then deleted.
     bool Add(std::unique_ptr<OmciService> service);
 
-    /// Installs the library's commands and starts the services. @return false when the library refuses.
+    /// Installs the library's commands and starts the services. @return false if the library refuses.
     bool Start();
 
-    /// The services in the order of precedence.
+    /// The services in order of precedence.
     const std::vector<OmciService*>& Services() const { return services; }
 
 private:

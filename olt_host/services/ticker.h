@@ -1,4 +1,4 @@
-/// The host's sense of time.
+/// The host's clock.
 #ifndef OLT_HOST_SERVICES_TICKER_H
 #define OLT_HOST_SERVICES_TICKER_H
 
@@ -12,15 +12,15 @@
 
 namespace olt_host {
 
-/// Sends a tick to the fiber and to each service, at the start and then every `tick_ms` milliseconds. A full
-/// queue misses a tick and learns the time from the next.
+/// Sends a tick to the fiber and to each service, at the start and then every `tick_ms` milliseconds. If a
+/// queue is full, the tick is lost; the next one does the same work.
 class Ticker : public Thread {
 public:
-    /// `now` and the fiber outlive the ticker.
+    /// `now` and `fiber` must outlive the ticker.
     Ticker(unsigned int tick_ms, std::atomic<Tick>& now, Fiber& fiber, std::vector<ModuleType> modules);
     ~Ticker() override { EndTask(); }
 
-    /// @return false when the platform has no task to give.
+    /// @return false if the platform cannot provide a task.
     bool Open();
     /// Ends the task and returns when it has ended.
     void Close() { EndTask(); }

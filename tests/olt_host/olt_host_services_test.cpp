@@ -48,7 +48,8 @@ public:
 class Bench {
 public:
     explicit Bench(onu_mng_platform::Simulation& simulation, unsigned int attempts = 1) : board(simulation) {
-        const ServiceGround ground{table, channels, link, now, told, 64, 1, {30, 3, 11}, {attempts, 10, 40}};
+        const ServiceGround ground{table,       channels,          link, now, work_queued, 64, 1,
+                                   {30, 3, 11}, {attempts, 10, 40}};
         EXPECT_TRUE(rack.Initialise(1, 2, 30));
         EXPECT_TRUE(rack.Add(std::make_unique<MibUploadService>(ground, 0)));
         EXPECT_TRUE(rack.Add(std::make_unique<ProvisioningService>(ground)));
@@ -76,7 +77,7 @@ public:
     std::vector<OmciChannel> channels{2};
     DirectLink link;
     std::atomic<Tick> now{0};
-    WorkFlags told{};
+    WorkFlags work_queued{};
     ServiceRack rack;
 };
 
