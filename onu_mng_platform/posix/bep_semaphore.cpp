@@ -65,19 +65,26 @@ Attempt TakeOrMark(Semaphore& semaphore, uint32_t generation, State when_taken) 
     }
 }
 
-/// Takes a semaphore that is available, as far as one look tells.
+/// Takes a semaphore that is available.
 bool TryTake(Semaphore& semaphore, uint32_t generation) {
-    uint32_t word = Word(generation, kAvailable);
-    return semaphore.word.load(std::memory_order_relaxed) == word &&
-           semaphore.word.compare_exchange_strong(word, Word(generation, kTaken), std::memory_order_acquire,
-                                                  std::memory_order_relaxed);
+    uint32_t available = Word(generation, kAvailable);
+    return semaphore.word.compare_exchange_strong(available, Word(generation, kTaken),
+                                                  std::memory_order_acquire, std::memory_order_relaxed);
 }
 
+// A function of its own, so that the quick way saves no registers.
 /// Waits until the semaphore is taken (0), gone or not to be had in time (-1).
-int TakeSlowly(Semaphore& semaphore, uint32_t generation, int ticks) {
+[[gnu::noinline]] int TakeSlowly(Semaphore& semaphore, uint32_t generation, int ticks) {
+    const uint32_t word = semaphore.word.load(std::memory_order_relaxed);
+    if (GenerationOf(word) != generation || StateOf(word) == kNone) return -1;
+    if (ticks == 0 && StateOf(word) != kAvailable) return -1;
     const Deadline deadline(ticks);
     Sleeper& self = Sleeper::Current();
-    if (self.semaphore_patience.Await([&] { return TryTake(semaphore, generation); })) return 0;
+    const auto look = [&] {
+        return StateOf(semaphore.word.load(std::memory_order_relaxed)) == kAvailable &&
+               TryTake(semaphore, generation);
+    };
+    if (self.semaphore_patience.Await(look)) return 0;
     WaitRoom& room = RoomOf(semaphore);
     Waiter waiter(self, &semaphore);
     Attempt attempt = Attempt::kMarked;
@@ -102,7 +109,15 @@ int TakeSlowly(Semaphore& semaphore, uint32_t generation, int ticks) {
     return -1;
 }
 
-void SignalOne(const Semaphore& semaphore) {
+/// Gives a semaphore in any state.
+[[gnu::noinline]] int GiveSlowly(Semaphore& semaphore, uint32_t generation) {
+    uint32_t word = semaphore.word.load(std::memory_order_relaxed);
+    // Stored even when available already, so that who takes it sees what this task did before.
+    do {
+        if (GenerationOf(word) != generation || StateOf(word) == kNone) return -1;
+    } while (!semaphore.word.compare_exchange_weak(word, Word(generation, kAvailable),
+                                                   std::memory_order_release, std::memory_order_relaxed));
+    if (StateOf(word) != kTakenAndAwaited) return 0;
     WaitRoom& room = RoomOf(semaphore);
     WakeUp wake_up;
     {
@@ -110,6 +125,7 @@ void SignalOne(const Semaphore& semaphore) {
         wake_up = room.waiters.SignalFirst(&semaphore);
     }
     wake_up.Deliver();
+    return 0;
 }
 
 } // namespace
@@ -130,29 +146,17 @@ extern "C" int bep_semTakeEx(uint32_t sem_id, int ticks, const char* /*file*/, i
     const Id id(sem_id);
     Semaphore* const semaphore = g_semaphores.Find(id, IdKind::kSemaphore);
     if (semaphore == nullptr) return -1;
-    uint32_t word = Word(id.Generation(), kAvailable);
-    if (semaphore->word.compare_exchange_strong(word, Word(id.Generation(), kTaken),
-                                                std::memory_order_acquire, std::memory_order_relaxed)) {
-        return 0;
-    }
-    if (GenerationOf(word) != id.Generation() || StateOf(word) == kNone) return -1;
-    if (ticks == 0 && StateOf(word) != kAvailable) return -1;
-    return TakeSlowly(*semaphore, id.Generation(), ticks);
+    return TryTake(*semaphore, id.Generation()) ? 0 : TakeSlowly(*semaphore, id.Generation(), ticks);
 }
 
 extern "C" int bep_semGiveEx(uint32_t sem_id, const char* /*file*/, int /*line*/) {
     const Id id(sem_id);
     Semaphore* const semaphore = g_semaphores.Find(id, IdKind::kSemaphore);
     if (semaphore == nullptr) return -1;
-    uint32_t word = Word(id.Generation(), kTaken); // the likeliest
-    const uint32_t given = Word(id.Generation(), kAvailable);
-    // Stored even when available already, so that who takes it sees what this task did before.
-    while (!semaphore->word.compare_exchange_weak(word, given, std::memory_order_release,
-                                                  std::memory_order_relaxed)) {
-        if (GenerationOf(word) != id.Generation() || StateOf(word) == kNone) return -1;
-    }
-    if (StateOf(word) == kTakenAndAwaited) SignalOne(*semaphore);
-    return 0;
+    uint32_t taken = Word(id.Generation(), kTaken);
+    const bool is_given = semaphore->word.compare_exchange_strong(
+        taken, Word(id.Generation(), kAvailable), std::memory_order_release, std::memory_order_relaxed);
+    return is_given ? 0 : GiveSlowly(*semaphore, id.Generation());
 }
 
 extern "C" int bep_semDeleteEx(uint32_t sem_id) {
