@@ -1,9 +1,7 @@
 #include "onu_mng_lib/onu_mng_common/sem_lock.h"
 
 #include "onu_mng_lib/onu_mng_common/result.h"
-#include "onu_mng_lib/onu_mng_common/ticks.h"
 #include "onu_mng_lib/onu_mng_system_reg_interface.h"
-#include "onu_mng_platform/bep.h"
 #include "onu_mng_platform/ulog.h"
 
 namespace {
@@ -16,23 +14,21 @@ std::uint32_t CreateSemaphore(bool available) {
     return id;
 }
 
-/// Counts a task in and, unless it stays, out again: also when the task is ended during the wait.
-class Counted {
+} // namespace
+
+/// Counts a task while it waits, also when the task is ended in the wait.
+class LockCount::Waiter {
 public:
-    explicit Counted(std::atomic<std::int32_t>& counter) : count(counter) {
-        count.fetch_add(1, std::memory_order_relaxed);
+    explicit Waiter(LockCount& counted_in) : count(counted_in) {
+        count.waiting.fetch_add(1, std::memory_order_relaxed);
     }
-    ~Counted() {
-        if (!stays) count.fetch_sub(1, std::memory_order_relaxed);
-    }
-    void Stay() { stays = true; }
+    ~Waiter() { count.waiting.fetch_sub(1, std::memory_order_relaxed); }
+    Waiter(const Waiter&) = delete;
+    Waiter& operator=(const Waiter&) = delete;
 
 private:
-    std::atomic<std::int32_t>& count;
-    bool stays = false;
+    LockCount& count;
 };
-
-} // namespace
 
 ReadWriteLock::ReadWriteLock() : sem_id(CreateSemaphore(true)) {}
 
@@ -40,17 +36,16 @@ ReadWriteLock::~ReadWriteLock() {
     bep_semDeleteEx(sem_id);
 }
 
-bool ReadWriteLock::Lock(const char* file, int line) {
-    Counted waiter(lock_count);
-    const bool held = bep_semTakeEx(sem_id, kWaitForEver, file, line) == 0;
-    if (!held) ulogPrintf(onu_mng_system_get_log_module(), ONU_MNG_LOG_ERROR, "semTake failed\r\n");
-    waiter.Stay();
-    return held;
+bool ReadWriteLock::LockAfterOthers(const char* file, int line) {
+    const LockCount::Waiter waiter(lock_count);
+    if (bep_semTakeEx(sem_id, kWaitForEver, file, line) != 0) return Refused();
+    lock_count.mark.store(1, std::memory_order_relaxed);
+    return true;
 }
 
-void ReadWriteLock::Unlock(bool held) {
-    if (held) bep_semGiveEx(sem_id, __FILE__, __LINE__);
-    lock_count.fetch_sub(1, std::memory_order_relaxed);
+bool ReadWriteLock::Refused() {
+    ulogPrintf(onu_mng_system_get_log_module(), ONU_MNG_LOG_ERROR, "semTake failed\r\n");
+    return false;
 }
 
 /// Keeps `wait_flag` up for the time of one wait, also when the task is ended in it.

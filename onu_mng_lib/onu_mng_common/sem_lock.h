@@ -5,6 +5,45 @@
 #include <atomic>
 #include <cstdint>
 
+#include "onu_mng_lib/onu_mng_common/ticks.h"
+#include "onu_mng_platform/bep.h"
+
+/// Counts the tasks that hold a lock or wait for it, without an atomic addition while nobody waits.
+///
+/// A task that asks for a free lock sets a mark, and so does each holder. A task that finds the mark set adds
+/// itself while it waits. Two tasks that ask for a free lock at the same instant may count as one until the
+/// first of them unlocks it.
+class LockCount {
+public:
+    operator std::int32_t() const {
+        return mark.load(std::memory_order_relaxed) + waiting.load(std::memory_order_relaxed);
+    }
+
+private:
+    friend class ReadWriteLock;
+    class Waiter;
+
+    /// Marks a lock as asked for. Takes the mark back if the lock is refused or the task is ended in the wait.
+    class FirstAsker {
+    public:
+        explicit FirstAsker(LockCount& counted_in) : count(counted_in) {
+            count.mark.store(1, std::memory_order_relaxed);
+        }
+        ~FirstAsker() { count.mark.store(holds ? 1 : 0, std::memory_order_relaxed); }
+        FirstAsker(const FirstAsker&) = delete;
+        FirstAsker& operator=(const FirstAsker&) = delete;
+
+        bool holds = false;
+
+    private:
+        LockCount& count;
+    };
+
+    std::atomic<std::int16_t> mark{0};    ///< 1 while the lock is held or first asked for, else 0
+    std::atomic<std::int16_t> waiting{0}; ///< the tasks that found the mark set
+};
+static_assert(sizeof(LockCount) == sizeof(std::int32_t), "a count is a 32-bit field");
+
 /// The library's lock: one binary semaphore. Readers exclude each other as writers do.
 ///
 /// It is not re-entrant: a task that takes it twice waits without end. Any task may unlock it. Prefer
@@ -30,7 +69,7 @@ public:
     void WriteUnlock() { Unlock(); }
 
     /// Returns whether a task holds the lock or waits for it. The answer may be out of date when it is read.
-    bool IsLocking() const { return lock_count.load(std::memory_order_relaxed) > 0; }
+    bool IsLocking() const { return lock_count > 0; }
 
     /// Returns the platform's id of the semaphore.
     std::uint32_t GetLockId() const { return sem_id; }
@@ -38,12 +77,25 @@ public:
 private:
     friend class LockGuard;
 
+    // Inline, so that a lock costs little more than the two calls of the platform.
+
     /// Returns false if the platform refused the wait: then the lock is not held.
-    bool Lock(const char* file, int line);
-    void Unlock(bool held = true);
+    bool Lock(const char* file, int line) {
+        if (lock_count.mark.load(std::memory_order_relaxed) != 0) return LockAfterOthers(file, line);
+        LockCount::FirstAsker asker(lock_count);
+        asker.holds = bep_semTakeEx(sem_id, kWaitForEver, file, line) == 0 || Refused();
+        return asker.holds;
+    }
+    // The mark goes first: once the semaphore is given, the mark belongs to the next holder.
+    void Unlock() {
+        lock_count.mark.store(0, std::memory_order_relaxed);
+        bep_semGiveEx(sem_id, __FILE__, __LINE__);
+    }
+    bool LockAfterOthers(const char* file, int line);
+    static bool Refused();
 
     const std::uint32_t sem_id;
-    std::atomic<std::int32_t> lock_count{0}; ///< tasks that hold the lock or wait for it
+    LockCount lock_count;
 };
 
 /// Holds a lock from construction to destruction.
@@ -52,7 +104,9 @@ public:
     explicit LockGuard(ReadWriteLock& lock_to_hold, const char* file = __builtin_FILE(),
                        int line = __builtin_LINE())
         : lock(lock_to_hold), held(lock.Lock(file, line)) {}
-    ~LockGuard() { lock.Unlock(held); }
+    ~LockGuard() {
+        if (held) lock.Unlock();
+    }
     LockGuard(const LockGuard&) = delete;
     LockGuard& operator=(const LockGuard&) = delete;
 
