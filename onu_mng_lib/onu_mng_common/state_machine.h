@@ -136,7 +136,7 @@ public:
     ServiceState* GetStateObj(unsigned int state_id) const;
 
 private:
-    std::map<unsigned int, ServiceState*> state_map;
+    std::vector<ServiceState*> states; ///< by ascending id
 };
 
 /// One per-ONU state machine, reused from procedure to procedure.

@@ -108,15 +108,28 @@ void ServiceState::ChangeStateOfJob(StateContext& context, unsigned int job, Sta
     context.ChangeStateOfJob(job, next_state, IsAutoNextState(), last);
 }
 
+namespace {
+
+/// The place of the first state whose id is not below `id`.
+template <typename States>
+auto PlaceOf(States& states, unsigned int id) {
+    return std::lower_bound(
+        states.begin(), states.end(), id,
+        [](const ServiceState* state, unsigned int wanted) { return state->state_id < wanted; });
+}
+
+} // namespace
+
 StateRegister::~StateRegister() {
-    for (const auto& [id, state] : state_map)
+    for (ServiceState* state : states)
         delete state;
 }
 
 unsigned int StateRegister::RegisterStateObj(ServiceState* state) {
     if (state == nullptr) return ONU_MNG_FAILURE;
+    if (GetStateObj(state->state_id) != nullptr) return ONU_MNG_OK;
     try {
-        state_map.emplace(state->state_id, state);
+        states.insert(PlaceOf(states, state->state_id), state);
     } catch (const std::bad_alloc&) {
         return ONU_MNG_FAILURE;
     }
@@ -124,6 +137,6 @@ unsigned int StateRegister::RegisterStateObj(ServiceState* state) {
 }
 
 ServiceState* StateRegister::GetStateObj(unsigned int state_id) const {
-    const auto entry = state_map.find(state_id);
-    return entry == state_map.end() ? nullptr : entry->second;
+    const auto place = PlaceOf(states, state_id);
+    return place != states.end() && (*place)->state_id == state_id ? *place : nullptr;
 }
