@@ -150,8 +150,8 @@ void StateContext::ChangeState(unsigned int next_state, bool next_is_auto) {
 bool StateContext::StoreResult(unsigned int of_job, ServiceState& state, unsigned int result) {
     LockGuard guard(lock);
     if (job != of_job) return false;
-    state.ret = result;
-    last_ret = result;
+    state.ret.store(result, std::memory_order_release);
+    last_ret.store(result, std::memory_order_release);
     return true;
 }
 
@@ -166,8 +166,8 @@ void StateContext::ChangeStateOfJob(unsigned int of_job, unsigned int next_state
         Release(false);
         if (last == ServiceState::LastResult::kKeep) last_ret = result;
     } else {
-        cur_state = next_state;
-        auto_next = next_is_auto;
+        cur_state.store(next_state, std::memory_order_release);
+        auto_next.store(next_is_auto, std::memory_order_release);
     }
 }
 
