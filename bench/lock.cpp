@@ -19,7 +19,7 @@ struct Guarded {
     }
     static double Contended() {
         Guarded guarded;
-        return TimePerOperationOfTwo([&guarded](unsigned int, std::size_t count) { guarded.Work(count); }) /
+        return TimePerOperationOf(2, [&guarded](unsigned int, std::size_t count) { guarded.Work(count); }) /
                2;
     }
 

@@ -33,31 +33,38 @@ double TimePerOperation(const std::function<void(std::size_t count)>& run) {
     return Median(samples);
 }
 
-double TimePerOperationOfTwo(const std::function<void(unsigned int task, std::size_t count)>& work) {
+double TimePerOperationOf(unsigned int tasks,
+                          const std::function<void(unsigned int task, std::size_t count)>& work) {
+    if (tasks == 1) return TimePerOperation([&work](std::size_t count) { work(0, count); });
     std::atomic<std::size_t> round{0};
     std::atomic<std::size_t> round_count{0};
-    Counter done;
-    std::thread second([&] {
-        RunOnCore(1);
-        for (std::size_t seen = 0;; ++seen) {
-            while (round.load(std::memory_order_acquire) == seen)
-                std::this_thread::yield();
-            const std::size_t count = round_count;
-            if (count == 0) return;
-            work(1, count);
-            done.Add();
-        }
-    });
+    std::vector<Counter> done(tasks);
+    std::vector<std::thread> others;
+    for (unsigned int task = 1; task < tasks; ++task) {
+        others.emplace_back([&, task] {
+            RunOnCore(task % std::thread::hardware_concurrency());
+            for (std::size_t seen = 0;; ++seen) {
+                while (round.load(std::memory_order_acquire) == seen)
+                    std::this_thread::yield();
+                const std::size_t count = round_count;
+                if (count == 0) return;
+                work(task, count);
+                done[task].Add();
+            }
+        });
+    }
     RunOnCore(0);
     const double seconds = TimePerOperation([&](std::size_t count) {
         round_count = count;
         const std::size_t this_round = ++round;
         work(0, count);
-        done.Await(this_round);
+        for (unsigned int task = 1; task < tasks; ++task)
+            done[task].Await(this_round);
     });
     round_count = 0;
     ++round;
-    second.join();
+    for (std::thread& other : others)
+        other.join();
     return seconds;
 }
 

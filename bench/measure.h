@@ -52,9 +52,10 @@ double Median(std::vector<double> values);
 /// operation.
 double TimePerOperation(const std::function<void(std::size_t count)>& run);
 
-/// As `TimePerOperation` with `work(task, count)` running in two threads at once; the time counts until both
-/// are done.
-double TimePerOperationOfTwo(const std::function<void(unsigned int task, std::size_t count)>& work);
+/// As `TimePerOperation` with `work(task, count)` running in several threads at once, each on a core of its own
+/// as far as there are; the time counts until all are done.
+double TimePerOperationOf(unsigned int tasks,
+                          const std::function<void(unsigned int task, std::size_t count)>& work);
 
 /// Makes the compiler assume that `value` is used.
 template <typename T>

@@ -98,13 +98,13 @@ double OneThread(const Sizes& sizes) {
 
 template <typename Source>
 double TwoThreads(const Sizes& sizes) {
-    return TimePerOperationOfTwo([&](unsigned int, std::size_t count) { TakeAndGive<Source>(sizes, count); });
+    return TimePerOperationOf(2, [&](unsigned int, std::size_t count) { TakeAndGive<Source>(sizes, count); });
 }
 
 template <typename Source>
 double AcrossThreads(const Sizes& sizes) {
     Passage passage;
-    return TimePerOperationOfTwo([&](unsigned int task, std::size_t count) {
+    return TimePerOperationOf(2, [&](unsigned int task, std::size_t count) {
         for (std::size_t i = 0; i < count; ++i) {
             if (task == 0)
                 passage.Put(Source::Take(sizes[i % sizes.size()]));
