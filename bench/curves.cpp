@@ -167,11 +167,12 @@ std::vector<double> PoolFill(unsigned int percent) {
 
 // ---- Single operations: p50, p99 and p99.9 in nanoseconds ----
 
-template <typename Operation>
-std::vector<double> Percentiles(Operation operation) {
+template <typename Prepare, typename Operation>
+std::vector<double> Percentiles(Prepare prepare, Operation operation) {
     using Clock = std::chrono::steady_clock;
     std::vector<double> samples;
     for (std::size_t i = 0; i < 200000; ++i) {
+        prepare();
         const auto start = Clock::now();
         operation();
         samples.push_back(std::chrono::duration<double, std::nano>(Clock::now() - start).count());
@@ -185,23 +186,25 @@ std::vector<double> Percentiles(Operation operation) {
 
 /// 0: nothing but the two readings of the clock; 1: a request to the pool; 2: a send on a full queue.
 std::vector<double> Single(unsigned int kind) {
-    if (kind == 0) return Percentiles([] {});
+    const auto nothing = [] {};
+    if (kind == 0) return Percentiles(nothing, nothing);
     if (kind == 1) {
         StartSystem();
         std::vector<void*> blocks(64);
         std::size_t next = 0;
-        return Percentiles([&] {
-            void*& place = blocks[next++ % blocks.size()];
-            if (place != nullptr) Give(place);
-            place = Take(76);
-        });
+        return Percentiles(
+            [&] {
+                next = (next + 1) % blocks.size();
+                if (blocks[next] != nullptr) Give(blocks[next]);
+            },
+            [&] { blocks[next] = Take(76); });
     }
     auto* module = new OurModule(7, [](char*, unsigned int) { pause(); });
     StartSystem();
     char data[64] = {};
     while (OurModule::Send(*module, data, sizeof data)) {
     }
-    return Percentiles([&] { OurModule::Send(*module, data, sizeof data); });
+    return Percentiles(nothing, [&] { OurModule::Send(*module, data, sizeof data); });
 }
 
 // ---- All of them ----

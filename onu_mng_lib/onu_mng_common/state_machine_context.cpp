@@ -147,7 +147,10 @@ void StateContext::ChangeState(unsigned int next_state, bool next_is_auto) {
 }
 
 /// Stores the result of a state. False when the next job has begun meanwhile: the state is at work for that.
+/// A result that is stored already, as most are, needs no lock: `job` is read after the results, so they
+/// were those of this job.
 bool StateContext::StoreResult(unsigned int of_job, ServiceState& state, unsigned int result) {
+    if (state.ret == result && last_ret == result) return job == of_job;
     LockGuard guard(lock);
     if (job != of_job) return false;
     state.ret.store(result, std::memory_order_release);
