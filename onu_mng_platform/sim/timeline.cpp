@@ -41,12 +41,13 @@ public:
         for (std::int64_t& position : positions)
             if (position >= 0) position = last = std::max(position, last + 1);
     }
-    std::int64_t At(std::uint64_t step) const { return positions[step]; }
+    std::int64_t At(std::uint64_t step) const { return positions[static_cast<std::size_t>(step)]; }
 
 private:
     void Keep(std::uint64_t step, SimTime time) {
-        if (positions.size() <= step) positions.resize(step + 1, -1);
-        positions[step] = std::chrono::duration_cast<std::chrono::microseconds>(time).count();
+        const auto index = static_cast<std::size_t>(step);
+        if (positions.size() <= index) positions.resize(index + 1, -1);
+        positions[index] = std::chrono::duration_cast<std::chrono::microseconds>(time).count();
     }
     std::vector<std::int64_t> positions; ///< by the step; -1 for one that is not in the record
 };

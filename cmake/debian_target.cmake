@@ -1,0 +1,37 @@
+# Cross-compiles with Debian's compilers for ONU_MNG_TARGET (i386, armhf, s390x, riscv64, ...) against the Debian root
+# ONU_MNG_TARGET_ROOT. Test programs run on this machine: by its processor for i386, by QEMU otherwise.
+list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES ONU_MNG_TARGET ONU_MNG_TARGET_ROOT)
+set(triplet_i386 i686-linux-gnu)
+set(triplet_armhf arm-linux-gnueabihf)
+set(triplet_s390x s390x-linux-gnu)
+set(triplet_riscv64 riscv64-linux-gnu)
+set(qemu_armhf arm)
+
+if(NOT DEFINED triplet_${ONU_MNG_TARGET})
+  message(FATAL_ERROR "No Debian target: '${ONU_MNG_TARGET}'")
+endif()
+set(triplet ${triplet_${ONU_MNG_TARGET}})
+set(CMAKE_SYSTEM_NAME Linux)
+set(CMAKE_SYSTEM_PROCESSOR ${ONU_MNG_TARGET})
+set(CMAKE_C_COMPILER ${triplet}-gcc)
+set(CMAKE_CXX_COMPILER ${triplet}-g++)
+set(CMAKE_SYSROOT ${ONU_MNG_TARGET_ROOT})
+set(CMAKE_FIND_ROOT_PATH ${ONU_MNG_TARGET_ROOT})
+set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
+set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
+
+if(ONU_MNG_TARGET STREQUAL "i386")
+  set(CMAKE_LIBRARY_ARCHITECTURE i386-linux-gnu)
+  # The root's own loader, which finds the root's libraries.
+  set(CMAKE_EXE_LINKER_FLAGS_INIT
+      "-Wl,--disable-new-dtags -Wl,--dynamic-linker=${ONU_MNG_TARGET_ROOT}/lib/ld-linux.so.2 -Wl,-rpath,${ONU_MNG_TARGET_ROOT}/lib/i386-linux-gnu:${ONU_MNG_TARGET_ROOT}/usr/lib/i386-linux-gnu")
+else()
+  set(CMAKE_LIBRARY_ARCHITECTURE ${triplet})
+  set(qemu ${ONU_MNG_TARGET})
+  if(DEFINED qemu_${ONU_MNG_TARGET})
+    set(qemu ${qemu_${ONU_MNG_TARGET}})
+  endif()
+  set(CMAKE_CROSSCOMPILING_EMULATOR qemu-${qemu}-static -L ${ONU_MNG_TARGET_ROOT})
+endif()
