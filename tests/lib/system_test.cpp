@@ -104,13 +104,7 @@ TEST(Allocator, GivesZeroedBlocksInStepsOf16AndTellsWhatItCannot) {
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
 }
 
-TEST(Locks, TellWhetherTheyAreHeldAndSignalsAreKept) {
-    ReadWriteLock lock;
-    EXPECT_FALSE(lock.IsLocking());
-    lock.ReadLock();
-    EXPECT_TRUE(lock.IsLocking());
-    lock.ReadUnlock();
-    EXPECT_FALSE(lock.IsLocking());
+TEST(Semaphores, KeepOneSignal) {
     Semaphore semaphore;
     EXPECT_EQ(semaphore.TryWait(0), -1);
     semaphore.Signal();

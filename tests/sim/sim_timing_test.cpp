@@ -16,6 +16,7 @@
 #include "onu_mng_platform/sim/simulation.h"
 #include "onu_mng_platform/ulog.h"
 #include "tests/support/captured_terminal.h"
+#include "tests/support/port_task.h"
 #include "tests/support/sim_host.h"
 
 namespace {
@@ -250,6 +251,26 @@ TEST(Waits, LastAsManySecondsAsAsked) {
         EXPECT_FALSE(semaphore.IsWaiting());
         last(0s, [&] { return queue.RecvMsg(message, 4, -2) == 0; });
         last(2s, [&] { return queue.RecvMsg(message, 4, 3) == 4; });
+    });
+}
+
+TEST(Locks, CountNoTaskThatWasEndedOrRefused) {
+    RunHost([](Simulation& board) {
+        ReadWriteLock lock;
+        lock.WriteLock();
+        {
+            const PortTask first("waiter", [&lock] { lock.ReadLock(); });
+            const PortTask second("waiter", [&lock] { lock.ReadLock(); });
+            board.Sleep(1ms);
+        }
+        EXPECT_TRUE(lock.IsLocking());
+        lock.WriteUnlock();
+        EXPECT_FALSE(lock.IsLocking()) << "the two that waited were ended";
+        board.FailNth(SimFault::kSemaphoreTake, 1);
+        lock.ReadLock();
+        EXPECT_FALSE(lock.IsLocking());
+        const LockGuard guard(lock);
+        EXPECT_TRUE(lock.IsLocking());
     });
 }
 
