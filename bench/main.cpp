@@ -6,7 +6,6 @@
 //   --json    writes every sample to FILE too
 //   FILTER    rows whose names contain it
 
-#include <sys/resource.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -15,7 +14,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <string>
-#include <thread>
 
 #include "bench/measure.h"
 
@@ -51,28 +49,8 @@ Rows AllRows() {
 
 // ---- A process that measures ----
 
-/// A thread that only lives, as in every OLT: some libraries are faster in a process without threads.
-void KeepSecondThread() {
-    std::thread([] {
-        for (;;)
-            pause();
-    }).detach();
-}
-
-/// The threads of the peers have no real-time priorities, so neither have our tasks: a receiver that has one
-/// displaces a sender at every message.
-void DropRealTimePriorities() {
-    const rlimit none{0, 0};
-    setrlimit(RLIMIT_RTPRIO, &none);
-    constexpr uid_t kNobody = 65534;
-    if (geteuid() != 0 || setresuid(kNobody, kNobody, kNobody) == 0) return;
-    std::perror("setresuid");
-    std::exit(1);
-}
-
 [[noreturn]] void MeasureCase(const Rows& rows, int row, int of_row) {
-    KeepSecondThread();
-    DropRealTimePriorities();
+    BecomeComparable();
     const double seconds =
         rows[static_cast<std::size_t>(row)].cases[static_cast<std::size_t>(of_row)].measure();
     std::printf("%.17g\n", seconds);

@@ -72,6 +72,11 @@ struct alignas(64) Counter {
     void Await(std::size_t count) const;
 };
 
+/// Puts library and peers on the same footing; call it first in a process that measures. Starts a thread that
+/// only sleeps, because some libraries are faster in a process without threads. Gives up real-time priorities:
+/// the threads of the peers have none, and a receiver that has one displaces its sender at every message.
+void BecomeComparable();
+
 /// Binds the calling thread to one core.
 void RunOnCore(unsigned int core);
 

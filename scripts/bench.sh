@@ -6,6 +6,9 @@
 #   --all     every peer, not only the fastest
 #   --json    writes every sample to FILE too
 #   FILTER    rows whose names contain it
+#
+# scripts/bench.sh --curves DIR [NAME]
+#   prints how the hot paths grow and draws DIR/curves.svg; NAME: measures only one curve again
 set -eu
 root=$(cd "$(dirname "$0")/.." && pwd)
 . "$root/scripts/packages.sh"
@@ -15,6 +18,11 @@ need_packages $build_packages $bench_packages
 (
     cd "$root"
     cmake --preset release >/dev/null
-    cmake --build --preset release --target onu_mng_bench >/dev/null
+    cmake --build --preset release --target onu_mng_bench onu_mng_curves >/dev/null
 ) || exit 1
-exec "$root/build/release/bench/onu_mng_bench" "$@"
+if [ "${1:-}" != --curves ]; then
+    exec "$root/build/release/bench/onu_mng_bench" "$@"
+fi
+shift
+"$root/build/release/bench/onu_mng_curves" "$@"
+gnuplot -e "points='$1'" "$root/bench/curves.gnuplot" >"$1/curves.svg"

@@ -33,4 +33,4 @@ fuzz_packages="clang++:clang /usr/include/gtest/gtest.h:libgtest-dev
 bench_packages="/usr/include/concurrentqueue/blockingconcurrentqueue.h:libconcurrentqueue-dev
 /usr/include/boost/lockfree/queue.hpp:libboost-dev /usr/include/tbb/concurrent_queue.h:libtbb-dev
 /usr/include/fmt/format.h:libfmt-dev /usr/include/mimalloc.h:libmimalloc-dev
-/usr/include/jemalloc/jemalloc.h:libjemalloc-dev"
+/usr/include/jemalloc/jemalloc.h:libjemalloc-dev gnuplot:gnuplot-nox"
