@@ -140,9 +140,10 @@ OmciResult OnuMib::Create(MeId me, const char* values) {
     if (kind->set_by_create == 0) return OmciResult::kNotSupported;
 
     Entity entity{me, kind, false, std::string(kind->SizeOf(kind->Mask()), '\0')};
+    const char* next = values;
     ForEach(*kind, kind->set_by_create, [&](const Place& place) {
-        entity.values.replace(place.offset, place.width, values, place.width);
-        values += place.width;
+        entity.values.replace(place.offset, place.width, next, place.width);
+        next += place.width;
     });
     entities.insert(At(index), std::move(entity));
     CountChange();

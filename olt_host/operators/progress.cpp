@@ -41,8 +41,8 @@ std::vector<std::string> Progress::Look(Time elapsed) {
 /// Updates the rate over spans of at least a second. Only the first span may be shorter.
 void Progress::Measure(Time elapsed) {
     const Time span = elapsed - measured_at;
-    const bool is_first = measured_at == 0ms;
-    if (span <= 0ms || (span < kMeasurement && !is_first)) return;
+    const bool is_first = measured_at == Time(0);
+    if (span <= Time(0) || (span < kMeasurement && !is_first)) return;
     const unsigned long requests = counters.down;
     rate = static_cast<unsigned long>((requests - measured_requests) * 1000ull /
                                       static_cast<unsigned long long>(span.count()));

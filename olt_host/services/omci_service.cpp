@@ -36,8 +36,8 @@ OmciService::~OmciService() {
 }
 
 void OmciService::AddProcedure(std::unique_ptr<Procedure> procedure) {
-    idle.push_back(procedure.get());
     procedures.push_back(std::move(procedure));
+    idle.push_back(procedures.back().get());
     active.reserve(procedures.size());
 }
 

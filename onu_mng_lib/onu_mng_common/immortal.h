@@ -9,17 +9,14 @@
 template <typename T>
 class Immortal {
 public:
-    Immortal() { new (&object) T; }
-    ~Immortal() {}
+    Immortal() { new (place) T; }
     Immortal(const Immortal&) = delete;
     Immortal& operator=(const Immortal&) = delete;
 
-    T* Get() { return &object; }
+    T* Get() { return std::launder(reinterpret_cast<T*>(place)); }
 
 private:
-    union {
-        T object;
-    };
+    alignas(T) unsigned char place[sizeof(T)];
 };
 
 #endif
