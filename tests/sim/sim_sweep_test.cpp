@@ -32,6 +32,12 @@ constexpr SimFault kKinds[] = {SimFault::kQueueCreate,     SimFault::kQueueSend,
                                SimFault::kSemaphoreCreate, SimFault::kSemaphoreTake, SimFault::kTaskSpawn,
                                SimFault::kPoolCreate,      SimFault::kPoolAlloc,     SimFault::kNew};
 
+#ifdef __SANITIZE_THREAD__
+constexpr unsigned int kPairStep = 8; // pairs are slow under ThreadSanitizer, which finds races elsewhere
+#else
+constexpr unsigned int kPairStep = 1;
+#endif
+
 /// Which call fails: the first of two if there is a second, else alone or with all after it.
 struct Injection {
     SimFault kind;
@@ -87,7 +93,7 @@ void ForEachInjection(Progress& progress, const std::function<unsigned int(const
                 ++first;
     for (unsigned int first = 1, count = 1; count != 0; ++first)
         for (unsigned int second = first + 1; (count = made({SimFault::kAny, first, second})) > 1;)
-            ++second;
+            second += kPairStep;
 }
 
 /// Sweeps in a copy of this process. Returns the number of injections.
@@ -258,7 +264,7 @@ void Storm(Simulation& board, const Injection& injection) {
 }
 
 TEST(FailureSweep, OfAMessageStorm) {
-    EXPECT_LE(5000u, SweepRuns("message storms", 10, false, Storm));
+    EXPECT_LE(5000u / kPairStep, SweepRuns("message storms", 10, false, Storm));
 }
 
 // A procedure whose ONU falls silent is ended by the supervision, and its module is removed with messages in its
@@ -297,7 +303,7 @@ TEST(FailureSweep, OfASupervisedProcedure) {
             OnuMngLog::GetInstance()->ClearOnuTracer();
         });
     };
-    EXPECT_LE(15'000u, SweepRuns("supervised procedures", 2, false, scenario));
+    EXPECT_LE(15'000u / kPairStep, SweepRuns("supervised procedures", 2, false, scenario));
 }
 
 unsigned int Accept(const SimModule::Message&) {
@@ -527,7 +533,7 @@ TEST(FailureSweep, OfEveryOperationAndCommand) {
             SweepOperation(board, index, progress);
         });
     std::cout << "operations and commands: " << injections << " injections\n";
-    EXPECT_LE(1500u, injections);
+    EXPECT_LE(1500u / kPairStep, injections);
 }
 
 } // namespace
