@@ -19,7 +19,7 @@ using Rows = CommandFormatMgr::Rows;
 
 constexpr int kNoFilter = 0xFFFF;
 
-/// What the environment report shows.
+/// Fixed values in the environment report.
 constexpr int kPoolInUse = 1;
 constexpr int kDevice = 1;
 
@@ -147,7 +147,7 @@ int cl_omci_show_state_machine_interval_run_time_func(cmd_element*, vty* termina
 
 namespace {
 
-/// A record with the platform's own fields zero.
+/// Builds a command record. The platform's own fields are zero.
 constexpr cmd_element Command(const char* name, cmd_handler handler, const char* syntax, const char* help) {
     return {syntax, handler, help, 0, 0, name};
 }

@@ -1,4 +1,4 @@
-/// The command that sets the per-ONU trace.
+/// The command for the per-ONU trace.
 
 #include "onu_mng_lib/onu_mng_cli_cinterface.h"
 
@@ -16,7 +16,7 @@
 
 namespace {
 
-/// What the operator asked to trace.
+/// The parsed arguments of the command.
 struct TraceRequest {
     static constexpr unsigned int kMaxLevels = 17;
     static constexpr unsigned short kNoPon = 0xFFFF;
@@ -65,7 +65,7 @@ int ReadLevels(TraceRequest& request, vty* terminal, const char* text) {
 
 int ReadPair(TraceRequest& request, vty* terminal, const char* keyword, char* value) {
     const Keyword key = KeywordOf(keyword);
-    if (value == nullptr && key != kOnuSn) return 0; // only a serial number may not be left out
+    if (value == nullptr && key != kOnuSn) return 0; // a missing value is an error only for a serial number
     switch (key) {
     case kPonNo:
         request.pon_no = static_cast<unsigned short>(NumberOf(value));
@@ -82,8 +82,8 @@ int ReadPair(TraceRequest& request, vty* terminal, const char* keyword, char* va
     }
 }
 
-/// Asks the host for the one of ONU id and serial number that is missing; what it does not know stays
-/// missing.
+/// If only one of ONU id and serial number is given, asks the host for the other. It stays missing if the
+/// host does not know it.
 void CompleteFromHost(TraceRequest& request) {
     if (request.pon_no == TraceRequest::kNoPon) return;
     OnuMngInterface& host = *OnuMngInterface::GetInstance();

@@ -10,7 +10,7 @@
 
 namespace {
 
-/// A column; its id is its place in the table.
+/// A report column. Its parameter id is its index in the table.
 struct Column {
     const char* name;
     const char* description;

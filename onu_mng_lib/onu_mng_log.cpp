@@ -20,7 +20,8 @@ std::uint32_t Numbers(unsigned short pon, unsigned short onu) {
     return std::uint32_t{pon} << 16 | onu;
 }
 
-/// Below 0, 0 or above as identity `a` comes before, with or after `b`; a null `sn` stands for none.
+/// Three-way comparison of two identities, with a result below, equal to or above 0. A null `sn` means no
+/// serial number.
 int Compare(unsigned short a_pon, unsigned short a_onu, const unsigned char* a_sn, unsigned short b_pon,
             unsigned short b_onu, const unsigned char* b_sn) {
     if (a_pon != b_pon) return a_pon < b_pon ? -1 : 1;
@@ -51,11 +52,11 @@ bool OnuMngLog::MatchOnu(unsigned short pon, unsigned short onu, const unsigned 
     return para != nullptr;
 }
 
-/// The end of `tracer_map` when there is none.
+/// Returns the entry that decides about an ONU; the end of `tracer_map` if there is none.
 OnuMngLog::TracerMap::iterator OnuMngLog::FindGoverning(unsigned short pon, unsigned short onu,
                                                         const unsigned char* sn) {
-    // A key with a serial number is found whatever its ONU id, so that one look-up serves (pon, 0xFFFF, sn)
-    // too.
+    // The key order ignores the ONU id of keys with a serial number, so one look-up also covers (pon, 0xFFFF,
+    // sn).
     const KeyView keys[] = {{pon, onu, sn}, {pon, onu, nullptr}, {pon, kAny, nullptr}, {kAny, kAny, nullptr}};
     for (const KeyView* key = sn == nullptr ? keys + 1 : keys; key != std::end(keys); ++key) {
         const auto entry = tracer_map.find(*key);
@@ -64,8 +65,8 @@ OnuMngLog::TracerMap::iterator OnuMngLog::FindGoverning(unsigned short pon, unsi
     return first_with_sn.empty() ? tracer_map.end() : FindByNumbers(pon, onu);
 }
 
-/// The first entry in key order whose numbers are the ONU's, its PON's or the wildcards. Only entries with a
-/// serial number are left when the look-ups by key have found nothing.
+/// Returns the first entry in key order whose numbers are the ONU's, its PON's or the wildcards. It has a
+/// serial number, because the look-ups by key have found none without.
 OnuMngLog::TracerMap::iterator OnuMngLog::FindByNumbers(unsigned short pon, unsigned short onu) {
     auto first = tracer_map.end();
     for (const std::uint32_t numbers : {Numbers(pon, onu), Numbers(pon, kAny), Numbers(kAny, kAny)}) {
@@ -89,7 +90,7 @@ void OnuMngLog::AddOnuTracer(unsigned short pon, unsigned short onu, const unsig
                level);
 }
 
-/// False when memory is short; the registry is then as it was.
+/// @return false if memory is short; the registry is then unchanged.
 bool OnuMngLog::Insert(unsigned short pon, unsigned short onu, const unsigned char* sn, int level) {
     try {
         const auto entry = trace_switch ? FindGoverning(pon, onu, sn) : tracer_map.end();
@@ -102,7 +103,8 @@ bool OnuMngLog::Insert(unsigned short pon, unsigned short onu, const unsigned ch
     }
 }
 
-/// Makes room and the nodes of both maps aside, where they may fail, and moves them over, which cannot.
+/// Allocates everything first: the nodes of both maps in temporary maps, and room in the index. Moving the
+/// nodes over cannot fail, so a failure leaves the registry unchanged.
 bool OnuMngLog::InsertEntry(unsigned short pon, unsigned short onu, const unsigned char* sn, int level) {
     if (tracer_map.find(KeyView{pon, onu, sn}) != tracer_map.end()) {
         if (level >= 0 && level < kLogLevels) stray_levels.set(static_cast<std::size_t>(level));
@@ -128,7 +130,7 @@ bool OnuMngLog::InsertEntry(unsigned short pon, unsigned short onu, const unsign
     return true;
 }
 
-/// Takes the levels of an entry over into the index.
+/// Copies the levels of an entry into the index.
 void OnuMngLog::Publish(TracerMap::iterator entry) {
     const OnuNo& key = entry->first;
     const bool governs_numbers =

@@ -11,7 +11,7 @@ constexpr unsigned short kAny = OnuNo::kNotSet;
 constexpr unsigned int kFirstSizeLog2 = 6;
 constexpr std::size_t kSlotsPerUse = 3;
 
-// A value: the levels 0 to 15, and these.
+// A value has one bit for each of the levels 0 to 15, and these bits.
 constexpr int kKnownLevels = 16;
 constexpr std::uint32_t kOtherLevels = 1u << 16; ///< the entry has levels outside 0 to 15
 constexpr std::uint32_t kWithoutSn = 1u << 17;   ///< the entry has no serial number
@@ -25,11 +25,11 @@ std::uint32_t ValueOf(const std::set<int>& levels) {
 
 } // namespace
 
-/// What a value is found by: the numbers, or the PON and the serial number. The upper bits of `head` are the
-/// PON and the ONU id, or 16 bits of the serial number's hash in its place.
+/// The key of a value: PON and ONU id, or PON and serial number. The upper 32 bits of `head` are the PON and
+/// the ONU id, or the PON and 16 bits of the serial number's hash.
 struct TraceIndex::Key {
     static constexpr std::uint64_t kHasSn = 1u << 31;
-    static constexpr std::uint64_t kMask = ~std::uint64_t{0} << 31; ///< the rest of a word is its value
+    static constexpr std::uint64_t kMask = ~std::uint64_t{0} << 31; ///< other bits of a word: its value
 
     static Key OfNumbers(unsigned short pon, unsigned short onu) {
         return {std::uint64_t{pon} << 48 | std::uint64_t{onu} << 32, 0};
@@ -44,13 +44,14 @@ struct TraceIndex::Key {
     std::uint64_t Hash() const { return head * kFactor; }
     bool HasSn() const { return (head & kHasSn) != 0; }
 
-    static constexpr std::uint64_t kFactor = 0x9E3779B97F4A7C15; // 2^64 over the golden ratio
+    static constexpr std::uint64_t kFactor = 0x9E3779B97F4A7C15; ///< 2^64 / golden ratio: Fibonacci hashing
 
     std::uint64_t head;
-    std::uint64_t serial; ///< 0 for numbers
+    std::uint64_t serial; ///< 0 in keys without a serial number
 };
 
-/// A power of two of slots, at most a third of them in use, so that most searches end at the first.
+/// A hash table with linear probing. Its size is a power of two. At most a third of the slots are in use, so
+/// most searches end at the first slot.
 struct TraceIndex::Table {
     using Word = std::atomic<std::uint64_t>;
 
@@ -58,7 +59,7 @@ struct TraceIndex::Table {
         : shift(64 - size_log2), size(std::size_t{1} << size_log2), heads(new Word[size]()),
           serials(new Word[size]()) {}
 
-    /// The value of a key, and its slot or a free one.
+    /// The slot and the value of a key. If the key is missing, the value is 0 and the slot is free.
     struct Found {
         std::size_t place;
         Value value;
@@ -91,13 +92,14 @@ struct TraceIndex::Table {
     const unsigned int shift;
     const std::size_t size;
     std::size_t used = 0;
-    const std::unique_ptr<Word[]> heads; ///< the key's, and the value in the bits that it leaves; 0: free
+    const std::unique_ptr<Word[]> heads; ///< `Key::head` with the value in the lower bits; 0 in free slots
     const std::unique_ptr<Word[]> serials;
-    std::unique_ptr<Table> outgrown;
+    std::unique_ptr<Table> outgrown; ///< the previous table, kept because readers may still use it
 };
 
-/// Tells readers that what they read meanwhile may not belong together. What a reader sees of a change comes
-/// after the odd version, since every word is stored with release and loaded with acquire.
+/// Marks a change of the index: `version` is odd while it lasts, so readers discard inconsistent values. A
+/// reader that sees a word of the change also sees the odd version, because words are stored with release and
+/// loaded with acquire.
 class TraceIndex::Change {
 public:
     explicit Change(TraceIndex& changed) : index(changed) { Step(); }

@@ -11,7 +11,8 @@ constexpr int kVendorIdSize = 4;
 constexpr int kVendorNumberSize = 4;
 constexpr int kSerialTextSize = 13;
 
-/// Converts two digits; the second is read only if the first is one, so that a text's end stops it.
+/// Converts two digits. Does not read the second if the first is not a digit, so it never reads past the end
+/// of a text.
 bool ConvertByte(const char* digits, unsigned char& byte) {
     char high = 0;
     char low = 0;

@@ -19,7 +19,7 @@ constexpr unsigned int kSupervisionPriority = 100;
 
 unsigned int onu_mng_system_init(void) {
     if (!OnuMngInterface::GetInstance()->IsInterfaceReg()) {
-        // The log's module may be the registration that is missing.
+        // Not logged, because the log module itself may not be registered.
         std::puts("ONU_MNG_INTERFACE_MGR::Interface registration not completed\r");
         return ONU_MNG_FAILURE;
     }

@@ -2,7 +2,8 @@
 
 #include "onu_mng_lib/onu_mng_common/result.h"
 
-// Constant-initialised and trivially destructible: log lines of static constructors and destructors find it.
+// The object is constant-initialised and trivially destructible, so static constructors and destructors may
+// log.
 OnuMngInterface* OnuMngInterface::GetInstance() {
     static OnuMngInterface instance;
     return &instance;

@@ -11,7 +11,7 @@ namespace {
 constexpr std::int64_t kNsPerSecond = 1000000000;
 constexpr std::int64_t kNsPerMs = 1000000;
 
-/// A board whose battery ran out may come up centuries away.
+/// Limits the time to 64 bits of nanoseconds: a board with an empty clock battery may start with any date.
 constexpr std::int64_t kLastSecond = std::numeric_limits<std::int64_t>::max() / kNsPerSecond - 1;
 
 std::int64_t Nanoseconds(const timespec& time) {
@@ -21,7 +21,8 @@ std::int64_t Nanoseconds(const timespec& time) {
     return seconds * kNsPerSecond + time.tv_nsec;
 }
 
-/// Computed unsigned, where the difference of any two stamps fits.
+/// Returns 0 if `to` is not later. Unsigned, because the difference of two 64-bit stamps may overflow a
+/// signed number.
 std::uint64_t Span(std::int64_t from, std::int64_t to) {
     return to <= from ? 0 : static_cast<std::uint64_t>(to) - static_cast<std::uint64_t>(from);
 }

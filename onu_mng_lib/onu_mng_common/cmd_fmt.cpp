@@ -18,7 +18,7 @@ constexpr unsigned int kListWidth = 16;
 constexpr std::string_view kLineEnd = "\r\n";
 constexpr std::string_view kSeparatorLine = "------------------------------\r\n";
 
-/// The width of a column that asks for none: the longest text of its type and a blank.
+/// The width of a column without a given one: the longest text of its type and a blank.
 unsigned int DefaultWidth(VariantType type) {
     switch (type) {
     case VARIANT_TYPE_BOOL:
@@ -64,7 +64,7 @@ void PutCell(TextOutput& output, CommandFormatType type, const ParameterFormat& 
     if (value.GetType() < VARIANT_TYPE_STRING)
         output.PutField(width, [&value](char* place) { return value.ScalarToChars(place); });
     else if (value.GetType() == VARIANT_TYPE_STRING)
-        PutField(output, value.GetBuff(), width); // a report also prints when memory is too short for a copy
+        PutField(output, value.GetBuff(), width); // no copy, so a report prints even if memory is short
     else
         PutField(output, value.ToString(), width);
 }

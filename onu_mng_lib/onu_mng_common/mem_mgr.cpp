@@ -45,7 +45,7 @@ void* MemoryAllocator::MemAllocUnfilled(unsigned int size, unsigned int written,
         return nullptr;
     }
     const unsigned int rounded = RoundUp(size);
-    if (rounded == 0) return nullptr; // wrapped around: no pool has such a block
+    if (rounded == 0) return nullptr; // the size wrapped around; no pool has such a block
     if (rounded > kPoolSize) {
         ulogPrintf(onu_mng_system_get_log_module(), ONU_MNG_LOG_WARNING,
                    "Warning: alloc size %d exceeds the mem pool size %d\r\n", static_cast<int>(rounded),

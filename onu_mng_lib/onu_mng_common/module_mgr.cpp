@@ -15,10 +15,12 @@ namespace {
 constexpr unsigned int kAnyPriority = 65535;
 constexpr std::size_t kSpareEntries = 8;
 
-/// True when the calling task removed modules while it was routing a message.
+/// Set if the calling task has removed modules while it was routing a message. It deletes them after the
+/// routing.
 thread_local bool t_owes_deletion = false;
 
-/// Keeps the calling task from being ended: what it has in hand would be lost.
+/// Defers the deletion of the calling task, which would otherwise lose the modules that it is about to
+/// delete.
 class TaskSafe {
 public:
     TaskSafe() { bep_taskSafeEx(); }
@@ -54,7 +56,7 @@ unsigned int ModuleManager::RegisterModule(ServiceModule* module) {
     return ONU_MNG_OK;
 }
 
-/// The table, or a larger one in its place when it is full.
+/// Returns the table; replaces it with a larger one if it is full.
 ModuleManager::Table& ModuleManager::TableWithRoom() {
     Table* const old = table;
     if (old != nullptr && old->count < old->entries.size()) return *old;
@@ -70,7 +72,8 @@ ModuleManager::Table& ModuleManager::TableWithRoom() {
     return *larger.release();
 }
 
-// A task that routes a message does not wait for the other senders here: they could be waiting for it.
+// A task that is routing a message must not wait for the other senders here, because they may be waiting for
+// it.
 unsigned int ModuleManager::RemoveModule(unsigned int mod_type) {
     const auto is_wanted = [mod_type](const ServiceModule& module) { return module.mod_type == mod_type; };
     if (SenderGate::IsInside()) {
@@ -84,7 +87,8 @@ unsigned int ModuleManager::RemoveModule(unsigned int mod_type) {
     return ONU_MNG_OK;
 }
 
-/// Moves the modules that are wanted, except the calling task's own, from the table to the removed ones.
+/// Moves the wanted modules from the table to the list of removed ones. Leaves out the calling task's own
+/// module.
 template <typename Wanted>
 void ModuleManager::TakeOut(Wanted wanted) {
     LockGuard guard(lock);
@@ -103,8 +107,9 @@ void ModuleManager::TakeOut(Wanted wanted) {
     }
 }
 
-/// Deletes the removed modules once nobody can be using them; the caller holds `removal_lock`. If the task is ended
-/// during the wait, they stay for the next removal.
+/// Waits until no sender can use the removed modules any more, then deletes them. The caller holds
+/// `removal_lock`. If the task is deleted during the wait, the modules stay in the list until the next
+/// removal.
 void ModuleManager::DeleteRemoved() {
     ServiceModule* newest = nullptr;
     Table* newest_table = nullptr;
@@ -124,7 +129,8 @@ void ModuleManager::DeleteRemoved() {
     }
 }
 
-/// Takes the removed modules from `newest` on off the list, except the calling task's own.
+/// Unlinks the removed modules from `newest` on and returns them as a list. Leaves out the calling task's own
+/// module.
 ServiceModule* ModuleManager::CutRemoved(ServiceModule* newest) {
     LockGuard guard(lock);
     ServiceModule** link = &first_removed;

@@ -17,8 +17,8 @@ namespace {
 constexpr int kTimeoutForEver = -1;
 constexpr int kTimeoutNone = -2;
 
-/// A receive that fails is tried again at once; from this many failures in a row on, only once a second, so
-/// that a broken queue takes neither the processor nor the log away from the other modules.
+/// A failed receive is repeated at once. After this many failures in a row it is repeated once a second, so
+/// that a broken queue does not use up the processor or flood the log.
 constexpr unsigned int kPromptRetries = 3;
 constexpr int kSlowRetryMs = 1000;
 
@@ -26,8 +26,7 @@ void FreePacket(MessagePacket* packet) {
     MemoryAllocator::GetInstance()->MemFree(packet, 0, __FILE__, __func__, __LINE__);
 }
 
-/// A block that goes back to the pool with its owner, also when the task is ended while it handles the
-/// packet.
+/// Owns a packet and returns it to the pool, also if the task is deleted while it handles the packet.
 class OwnedPacket {
 public:
     explicit OwnedPacket(MessagePacket* owned) : packet(owned) {}
@@ -44,7 +43,7 @@ private:
     MessagePacket* packet;
 };
 
-/// A packet with a copy of the payload; null when the pool has no block of that size.
+/// Returns a packet with a copy of the payload; null if the pool has no block of that size.
 MessagePacket* NewPacket(unsigned int msg_type, unsigned short pon_no, unsigned short onu_id,
                          const char* data, unsigned int pkg_size) {
     if (pkg_size > std::numeric_limits<unsigned int>::max() - sizeof(MessagePacket)) return nullptr;
@@ -56,7 +55,7 @@ MessagePacket* NewPacket(unsigned int msg_type, unsigned short pon_no, unsigned 
     return packet;
 }
 
-/// A handler that throws loses one message, and not the service to all ONUs.
+/// Logs an exception from a handler. Only its message is lost; the task goes on with the next one.
 void LogException(const std::string& mod_name, const char* what) {
     ulogPrintf(onu_mng_system_get_log_module(), ONU_MNG_LOG_ERROR,
                "%s handle msg ended by an exception: %s\r\n", mod_name.c_str(), what);
@@ -75,7 +74,8 @@ ServiceModule::ServiceModule(unsigned int type, const char* name, unsigned int p
     }
 }
 
-// A destructor must not be unwound by the end of the task it runs in, and draining receives.
+// The calling task must not be deleted in the middle of this destructor, and receiving is a point where it
+// could be.
 ServiceModule::~ServiceModule() {
     EndTask();
     bep_taskSafeEx();
@@ -88,7 +88,7 @@ unsigned int ServiceModule::InitModule() {
     {
         LockGuard guard(lock);
         if (is_init) return ONU_MNG_OK;
-        // The queue comes last: nothing that could fail after it would have to take it back.
+        // The queue is created last, so no later failure has to delete it again.
         if (!Thread::Init(mod_name.c_str(), mod_pri, stack_size))
             failure = "no memory for the module's task\r\n";
         else if (msg_queue.Init(static_cast<int>(msg_num), static_cast<int>(msg_size)) != ONU_MNG_OK)
@@ -177,7 +177,7 @@ void ServiceModule::Run() {
 }
 
 void ServiceModule::DrainQueue() {
-    // A receive that fails is tried again, but not for ever.
+    // A failed receive is repeated, but only a few times.
     for (int left = msg_queue.GetMsgNum() + static_cast<int>(kPromptRetries);
          left > 0 && msg_queue.GetMsgNum() > 0; --left) {
         MessagePacket* packet = nullptr;

@@ -12,14 +12,15 @@ namespace {
 
 constexpr unsigned int kPatience_s = 5;
 constexpr int kSendersPatience_ms = 1000;
-constexpr unsigned int kPriority = 100; // as the supervision
-constexpr unsigned int kStackSize = 1
-                                    << 20; // clients' destructors run here instead of on the stack of main()
+constexpr unsigned int kPriority = 100; ///< the same as that of the supervision
+/// Large, because clients' destructors run on this stack instead of that of main().
+constexpr unsigned int kStackSize = 1 << 20;
 
-/// The task that ends the others.
+/// The task that ends the library's other tasks.
 class EndTaskOfAll : public Thread {
 public:
-    /// Blocks for `kPatience_s` seconds at most, unless there is no task to be had.
+    /// Blocks for at most `kPatience_s` seconds. If no task can be started, runs in the calling task without
+    /// a limit.
     void Finish() {
         if (!ModuleManager::GetInstance()->HasModules() && !StateContextManager::GetInstance()->IsAlive())
             return;
@@ -30,7 +31,7 @@ public:
 
     void Run() override {
         ModuleManager* const modules = ModuleManager::GetInstance();
-        // A sender that waits for a module's task gets out when that task ends: this wait need not succeed.
+        // This wait may fail: a sender that waits for a module's task continues when that task ends.
         SenderGate::WaitForOthers(kSendersPatience_ms);
         StateContextManager::GetInstance()->EndSupervision();
         modules->EndModules();
@@ -44,11 +45,11 @@ private:
 /// Destroyed when the process exits.
 struct ProcessEnd {
     ~ProcessEnd() {
-        bep_taskSafeEx(); // for good: a destructor must not be unwound by the end of the task it runs in
+        bep_taskSafeEx(); // never undone: the task must not be deleted in the middle of a destructor
         Thread::StartProcessEnd();
         StateContextManager::DropPins();
         ModuleManager::GetInstance()->CloseRouting();
-        static Immortal<EndTaskOfAll> end; // it is still there for a task that takes longer
+        static Immortal<EndTaskOfAll> end; // never destroyed, because its task may outlast `Finish`
         end.Get()->Finish();
     }
 };

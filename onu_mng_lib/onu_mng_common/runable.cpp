@@ -11,7 +11,7 @@ constexpr int kTaskOptions = 8;
 /// The object whose `Run` the calling task executes.
 thread_local const Thread* current_thread = nullptr;
 
-/// The object whose task ends the process, if it is one.
+/// The object whose task called exit(); null if no `Thread`'s task did.
 std::atomic<const Thread*> ending_thread{nullptr};
 
 void TaskBody(intptr_t thread, intptr_t, intptr_t, intptr_t, intptr_t, intptr_t, intptr_t, intptr_t, intptr_t,

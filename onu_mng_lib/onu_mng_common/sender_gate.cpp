@@ -6,11 +6,11 @@
 
 namespace {
 
-constexpr int kLookMs = 1; ///< how often a waiting task looks again
+constexpr int kLookMs = 1; ///< polling period of a waiting task
 
 } // namespace
 
-/// Seats for as many tasks as most hosts have. Further rows are added as they are needed and are never freed.
+/// A row of seats. One row is enough for most hosts. More are added when needed and are never freed.
 struct SenderGate::Row {
     static constexpr unsigned int kSeats = 64;
 
@@ -20,14 +20,14 @@ struct SenderGate::Row {
 
 SenderGate::Row SenderGate::first_row;
 
-/// Gives the seat of a task back when the task ends.
+/// Returns the seat of a task when the task ends.
 struct SenderGate::Holder {
     enum class Stage { kNew, kInUse, kGone };
 
     ~Holder() {
         t_stage = Stage::kGone;
         if (t_seat == nullptr) return;
-        // A task that ends the process inside a section never comes back to leave it.
+        // A task that calls exit() inside a section never leaves the section by itself.
         if (t_seat->depth != 0) t_seat->Leave();
         t_seat->depth = 0;
         GiveBack(*t_seat);
@@ -55,8 +55,8 @@ SenderGate::Seat* SenderGate::FindSeat() {
     }
 }
 
-/// A task keeps its seat until it ends. After that, in the destructors of its thread-local objects, it is lent one for each
-/// section.
+/// A task keeps its seat until its thread-local objects are destroyed. For sections in destructors that run
+/// after that, it is lent a seat for each section.
 SenderGate::Seat* SenderGate::TakeSeat(bool& lent) {
     lent = Holder::t_stage == Holder::Stage::kGone;
     if (Holder::t_stage == Holder::Stage::kNew) {

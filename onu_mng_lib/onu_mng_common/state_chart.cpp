@@ -14,7 +14,7 @@ namespace {
 constexpr double kUsPerMs = 1000;
 constexpr const char* kReservedNames[] = {"IDLE", "INIT", "SUCC", "FAIL"};
 
-/// As Graphviz takes it between double quotes.
+/// Returns the text in double quotes, escaped for Graphviz.
 std::string Quoted(const std::string& text) {
     std::string quoted = "\"";
     for (const char character : text) {
@@ -28,7 +28,7 @@ std::string NodeOf(unsigned int service_type, unsigned int state_id) {
     return "s" + std::to_string(service_type) + '_' + std::to_string(state_id);
 }
 
-/// "464 x\n0.012 ms, 0.300 ms at most", with a line end as Graphviz takes it.
+/// An edge label: "464 x\n0.012 ms, 0.300 ms at most". The \n is Graphviz's escape sequence.
 std::string TextOf(const StateChart::Times& times) {
     std::string text;
     VariantUtil::Assign(text, "%llu x\\n%.3f ms, %.3f ms at most", times.count,
@@ -39,7 +39,7 @@ std::string TextOf(const StateChart::Times& times) {
 
 } // namespace
 
-/// Stands in a context's register in the place of a state, which it owns.
+/// Replaces a state in a context's register and forwards to it. Owns the state.
 class StateChart::Watched : public ServiceState {
 public:
     Watched(StateChart& of_chart, unsigned int service, Clock& entry, ServiceState* state)
@@ -48,7 +48,7 @@ public:
 
     using ServiceState::Operate;
     unsigned int Operate(StateContext* context, char* message, unsigned int size) override {
-        if (state_id == STATE_INIT) entered.Now(); // the context may have been released unseen
+        if (state_id == STATE_INIT) entered.Now(); // a release of the context is not seen here
         inner->state_clock = state_clock;
         return inner->Operate(context, message, size);
     }
@@ -60,7 +60,8 @@ public:
         next = inner->GetNextState();
         return next;
     }
-    // Asked behind the former. A state that names itself without going on at once only waits.
+    // The context calls this after GetNextState. A state that stays and does not run again at once only
+    // waits, so that is not a transition.
     bool IsAutoNextState() override {
         const bool is_auto = inner->IsAutoNextState();
         if (is_auto || next != state_id)
@@ -68,7 +69,7 @@ public:
         return is_auto;
     }
 
-    /// Gives the state back.
+    /// Returns the state and gives up its ownership.
     ServiceState* Release() { return inner.release(); }
 
 private:
@@ -127,7 +128,7 @@ std::string StateChart::NameOf(unsigned int service_type, unsigned int state_id)
     return state_id <= STATE_FAIL ? kReservedNames[state_id] : "state " + std::to_string(state_id);
 }
 
-/// One service type: its states, and between them its transitions.
+/// The cluster of one service type: its states and transitions.
 std::string StateChart::ClusterText(unsigned int service_type) const {
     std::set<unsigned int> seen;
     std::string edges;

@@ -12,8 +12,9 @@
 namespace {
 
 constexpr unsigned int kMsPerSecond = 1000;
-/// No procedure advances this often by one message; states that name one another for ever would. A
-/// termination has come by every state before that.
+/// The limit of automatic transitions per message. No real procedure needs as many; only states that name one
+/// another in a loop do. A termination lowers the limit to STATE_MAX, enough to pass through every state
+/// once.
 constexpr unsigned int kMaxSteps = 65535;
 constexpr unsigned int kMaxStepsToEnd = STATE_MAX;
 
@@ -44,7 +45,7 @@ StateContext::StateContext(unsigned int type) : service_type(type) {
     StateContextManager::GetInstance()->RegisterContext(this, id);
 }
 
-// A destructor must not be unwound by the end of the task it runs in: the pool would keep a dead context.
+// The task must not be deleted in the middle of this destructor: the pool would keep a dangling pointer.
 StateContext::~StateContext() {
     bep_taskSafeEx();
     StateContextManager::GetInstance()->UnregisterContext(this);
@@ -126,7 +127,7 @@ void StateContext::Release(bool reset_onu) {
         pon_no = kNoOnu;
         onu_id = kNoOnu;
     }
-    last_run_time = occupy_clock.Diff(CLOCK_PRECISION_MS); // before `occupied` says that the run is over
+    last_run_time = occupy_clock.Diff(CLOCK_PRECISION_MS); // before `occupied` shows that the run has ended
     cur_state = STATE_IDLE;
     auto_next = false;
     stop_times = 0;
@@ -146,9 +147,9 @@ void StateContext::ChangeState(unsigned int next_state, bool next_is_auto) {
     ChangeStateOfJob(job, next_state, next_is_auto, ServiceState::LastResult::kForget);
 }
 
-/// Stores the result of a state. False when the next job has begun meanwhile: the state is at work for that.
-/// A result that is stored already, as most are, needs no lock: `job` is read after the results, so they
-/// were those of this job.
+/// Stores the result of a state. @return false if the next job has begun meanwhile: the state now belongs to
+/// it. Needs no lock if the result is stored already, which is the usual case: `job` is read after the
+/// results, so these were the results of this job.
 bool StateContext::StoreResult(unsigned int of_job, ServiceState& state, unsigned int result) {
     if (state.ret == result && last_ret == result) return job == of_job;
     LockGuard guard(lock);
@@ -194,7 +195,8 @@ unsigned int StateContext::HandleOfJob(unsigned int this_job, StateMsgType msg_t
     return CutChain(this_job, ret);
 }
 
-/// Ends a job whose states refuse to end when they are told to: they would be told again every period.
+/// Logs states that advance in a loop. If a termination is pending, also ends the job: otherwise the
+/// supervision would terminate it again in every period.
 unsigned int StateContext::CutChain(unsigned int of_job, unsigned int ret) {
     {
         LockGuard guard(lock);
@@ -203,7 +205,7 @@ unsigned int StateContext::CutChain(unsigned int of_job, unsigned int ret) {
     return LogFailure("states advance without end in StateContext::Handle \r\n", ONU_MNG_LOG_ERROR, ret);
 }
 
-/// The state that is to handle the message; null when none is, with the answer in `ret`.
+/// Returns the state that handles the message. If there is none, returns null and sets `ret` to the result.
 ServiceState* StateContext::AdmitMessage(StateMsgType msg_type, unsigned int of_job, unsigned int& ret) {
     const char* failure = nullptr;
     {
@@ -225,7 +227,7 @@ ServiceState* StateContext::AdmitMessage(StateMsgType msg_type, unsigned int of_
     return nullptr;
 }
 
-/// The object of the current state; null when idle or not registered.
+/// Returns the object of the current state; null if the context is idle or the state is not registered.
 ServiceState* StateContext::CurrentState() const {
     const StateRegister* states = p_state_register;
     if (cur_state == STATE_IDLE || states == nullptr) return nullptr;

@@ -18,7 +18,7 @@ namespace {
 
 constexpr unsigned int kSupervisionStackSize = 32768;
 constexpr int kShortestSleepMs = 1000;
-/// How often a context that is being terminated looks whether it may be destroyed.
+/// How often a destructor checks whether its context is still pinned.
 constexpr int kPinnedRetryMs = 1;
 
 int SleepOfInterval(unsigned int seconds) {
@@ -26,7 +26,7 @@ int SleepOfInterval(unsigned int seconds) {
     return ms == 0 || ms > std::numeric_limits<std::int32_t>::max() ? kShortestSleepMs : static_cast<int>(ms);
 }
 
-/// A hook that throws is its service's fault; all other contexts stay supervised.
+/// Logs an exception from a hook. The supervision of all other contexts goes on.
 void LogException(const StateContext& context, const char* what) {
     ulogPrintf(onu_mng_system_get_log_module(), ONU_MNG_LOG_ERROR,
                "supervision of state context %d ended by an exception: %s\r\n",
@@ -35,11 +35,11 @@ void LogException(const StateContext& context, const char* what) {
 
 } // namespace
 
-/// Keeps a context from being destroyed while this task hands it a termination. The pins of a task nest with its
-/// hooks.
+/// Keeps a context alive while this task sends it a termination. Pins of a task nest when its hooks send
+/// further terminations.
 class StateContextManager::Pin {
 public:
-    /// The caller holds `list_lock`, under which the context cannot leave the pool.
+    /// The caller holds `list_lock`, so the context cannot leave the pool.
     explicit Pin(StateContext& to_pin) : context(to_pin), outer(t_innermost) {
         ++context.pins;
         t_innermost = this;
@@ -118,7 +118,8 @@ void StateContextManager::UnregisterContext(StateContext* context) {
             context_list.erase(entry);
         }
     }
-    // A hook that ends the process still has its own context pinned when static contexts are destroyed.
+    // Pins of this task do not count: a hook that calls exit() still pins its context while static contexts
+    // are destroyed.
     while (context->pins != Pin::CountOwn(*context))
         Clock::Delay(kPinnedRetryMs);
 }
@@ -151,7 +152,7 @@ void StateContextManager::Run() {
     }
 }
 
-/// Hands each context that needs one a termination. The list may change while the hooks run.
+/// Sends a termination to each context that needs one. The list may change while the hooks run.
 void StateContextManager::RunRound() {
     LockGuard round(lock);
     for (;;) {
@@ -170,7 +171,8 @@ void StateContextManager::RunRound() {
     }
 }
 
-/// The next context of the round that needs a termination, and the job that it is for; null at the end of the round.
+/// Returns the next context in this round that needs a termination, with its job; null at the end of the
+/// round.
 StateContext* StateContextManager::NextOverTime(std::optional<Pin>& pin, unsigned int& of_job) {
     LockGuard guard(list_lock);
     while (round_position < context_list.size()) {

@@ -64,7 +64,8 @@ unsigned int ServiceState::HandleJob(StateContext& context, unsigned int job, St
     return result;
 }
 
-/// The hook's result, or the refusal of a message that a termination keeps from it.
+/// Runs the hook and returns its result. Because of a termination, refuses the message or the hook's success
+/// instead.
 unsigned int ServiceState::RunHook(StateContext& context, StateMsgType msg_type, char* p_msg,
                                    unsigned int len) {
     const unsigned int log_module = onu_mng_system_get_log_module();

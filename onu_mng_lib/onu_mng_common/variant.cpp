@@ -10,10 +10,10 @@
 
 namespace {
 
-/// What the pool's view of live blocks shows for every block of a Variant.
+/// The source file that the pool's views show for the blocks of Variants.
 constexpr char kThisFile[] = "onu_mng_lib/onu_mng_common/variant.cpp";
 
-/// The length of a text as a block may have it; one that no block can have for a text beyond 32 bits.
+/// The length of a text, limited to 32 bits. No block can be allocated for the limit, so longer texts fail.
 unsigned int TextLen(const char* text) {
     return static_cast<unsigned int>(
         std::min<std::size_t>(std::strlen(text), std::numeric_limits<unsigned int>::max()));
@@ -24,7 +24,7 @@ unsigned int TextLen(const char* text) {
 // ---- The block ----
 
 unsigned int Variant::AllocBuffer(VariantType new_type, unsigned int size, const char* src) {
-    Variant old; // keeps a block that the new one is copied from until that is done
+    Variant old; // keeps the old block alive if `src` points into it
     if (OwnsByte(src)) old.Take(*this);
     Reset();
     const unsigned int block_size = size + (new_type == VARIANT_TYPE_STRING ? 1 : 0);

@@ -19,7 +19,7 @@ bool Variant::Refuse(unsigned int size, unsigned int offset, Access access) cons
     return false;
 }
 
-// ---- Appending and fetching; source and target may overlap where a buffer meets itself ----
+// ---- Appending and fetching; source and target overlap if a buffer is appended to itself ----
 
 unsigned int Variant::Append(const char* data, unsigned int size, unsigned int offset) {
     if (!Admits(size, offset, Access::kAppend)) return ONU_MNG_FAILURE;
@@ -98,6 +98,6 @@ unsigned int Variant::UnSerialize(const Variant& in) {
     const char* const block = in.value.buff;
     const unsigned int result = Assign(new_type, in.value.buff + in.pos, record_len);
     if (result != ONU_MNG_OK) return result;
-    if (in.GetBuff() == block) in.pos = behind; // not when this was its own block
+    if (in.GetBuff() == block) in.pos = behind; // `in` has a new block if it is this Variant
     return ONU_MNG_OK;
 }

@@ -21,7 +21,7 @@ namespace {
 constexpr std::size_t kPrintWidth = 40;
 constexpr char kThisFile[] = "onu_mng_lib/onu_mng_common/variant_text.cpp";
 
-/// Two digits of a byte.
+/// Writes the two digits of a byte.
 void PutHex(char* place, char byte) {
     constexpr char kDigits[] = "0123456789abcdef";
     const unsigned char bits = static_cast<unsigned char>(byte);
@@ -31,14 +31,15 @@ void PutHex(char* place, char byte) {
 
 // ---- Scalars ----
 
-// Each writes the text of a scalar to `place` and returns its length.
+// Each overload writes the text of a scalar to `place` and returns the length.
 
 std::size_t ToChars(char* place, bool flag) {
     constexpr std::string_view kTexts[] = {"False", "True"};
     return kTexts[flag].copy(place, kTexts[flag].size());
 }
 
-/// The eight hexadecimal digits of a number, the most significant first, all at once.
+/// Writes the eight hexadecimal digits of a number, the most significant first. Computes all digits in
+/// parallel.
 void PutEightHexDigits(char* place, std::uint32_t number) {
     std::uint64_t bytes = number; // a byte for each digit
     bytes = (bytes << 16 | bytes) & 0x0000FFFF0000FFFF;
@@ -77,8 +78,8 @@ std::size_t ToChars(char* place, char byte) {
     return ToChars(place, static_cast<unsigned char>(byte));
 }
 
-/// A number as a conversion of 32 bits reads it: beyond its range it saturates, a minus sign before an
-/// unsigned one wraps.
+/// A number with the result of a 32-bit conversion: it saturates beyond the range, and a minus sign before an
+/// unsigned number wraps.
 struct ParsedNumber {
     explicit ParsedNumber(const std::string& text) {
         constexpr long long largest = std::numeric_limits<std::uint32_t>::max();

@@ -12,12 +12,12 @@ namespace {
 
 constexpr std::size_t kLongestPiece = 1024;
 
-/// A formatted piece of text, cut where it is too long.
+/// A formatted piece of text, truncated if it is too long.
 class FormattedPiece {
 public:
     FormattedPiece(const char* format, std::va_list arguments) {
         const int wanted = std::vsnprintf(text, sizeof(text), format, arguments);
-        length = wanted < 0 ? 0 : std::strlen(text); // a "%c" of 0 ends it
+        length = wanted < 0 ? 0 : std::strlen(text); // a "%c" of 0 ends the text
     }
     void Assign(std::string& target) const {
         try {
