@@ -13,8 +13,8 @@
 namespace onu_mng_platform {
 namespace {
 
-/// The threads that wait at one end of a queue. A thread that enters looks at the queue once more before it
-/// sleeps, and a thread that changed the queue looks here afterwards: one of them sees the other.
+/// The threads that wait at one end of a queue. A waiting thread enters the list and then checks the queue
+/// once more. A thread that changes the queue checks the list afterwards. So one of the two sees the other.
 class WaitRoom {
 public:
     void Enter(Waiter& waiter) {
@@ -53,7 +53,7 @@ private:
 struct Queue {
     // See Word(); changed under both locks of the ring.
     std::atomic<uint32_t> word{0};
-    uint32_t next_free = 0; // the table's
+    uint32_t next_free = 0; // used by the slot table
     Ring ring;
     WaitRoom receivers;
     WaitRoom senders;
@@ -66,7 +66,7 @@ struct Queue {
     uint32_t Generation() const { return word.load(std::memory_order_relaxed) >> 1; }
 };
 
-/// Both ends of a queue.
+/// Holds both locks of a queue.
 class QueueGuard {
 public:
     explicit QueueGuard(Queue& queue) : put_(queue.ring.put_lock()), take_(queue.ring.take_lock()) {}
@@ -84,7 +84,7 @@ Queue* FindQueue(uint32_t queue_id) {
 
 enum class Outcome { kDone, kNotYet, kRefused, kGone };
 
-/// A call that puts a message into a queue.
+/// A pending send.
 struct Sending {
     Queue& queue;
     const Id id;
@@ -109,13 +109,13 @@ struct Sending {
     }
 };
 
-/// A call that takes a message out of a queue.
+/// A pending receive.
 struct Receiving {
     Queue& queue;
     const Id id;
     char* const buffer;
     const uint32_t room;
-    int size = -1; // of the message
+    int size = -1; // bytes copied
 
     WaitRoom& Room() const { return queue.receivers; }
 
@@ -135,8 +135,9 @@ struct Receiving {
     }
 };
 
-/// Attempts a call again until the deadline. A thread that was signalled attempts once more before it leaves
-/// for whatever reason, so that no message is left lying while another receiver sleeps.
+/// Repeats a call until it is done or the deadline has passed. After every sleep the thread attempts the call
+/// before it returns or ends. Otherwise it could use up a signal, and another thread would sleep although it
+/// could go on.
 template <class Call>
 Outcome AttemptUntil(Call& call, const Deadline& deadline) {
     Sleeper& self = Sleeper::Current();
@@ -158,8 +159,8 @@ Outcome AttemptUntil(Call& call, const Deadline& deadline) {
     }
 }
 
-/// Attempts a call, and waits when it has time and may succeed later. A task whose queue disappears meanwhile
-/// stays until it is ended or its deadline passes.
+/// Attempts a call, and waits if it cannot be done yet and `ticks` allows it. If the queue is deleted
+/// meanwhile, a task stays here until it is deleted or its deadline has passed.
 template <class Call>
 Outcome AttemptOrWait(Call& call, int ticks) {
     const Outcome first = call.Attempt();
@@ -167,12 +168,13 @@ Outcome AttemptOrWait(Call& call, int ticks) {
     const Deadline deadline(ticks);
     const Outcome outcome = AttemptUntil(call, deadline);
     if (outcome != Outcome::kGone) return outcome;
-    call.Room().SignalOne(); // a signal may have been for a thread that waits for the next queue in this slot
+    call.Room().SignalOne(); // the signal may belong to a thread that waits for a new queue in this slot
     if (Sleeper::Current().IsTask()) Sleeper::Current().WaitInVain(deadline);
     return outcome;
 }
 
-/// Keeps a task that asks without limit for messages of a queue that is gone from asking again and again.
+/// Blocks a task that receives without a time limit from a deleted queue. Otherwise a receive loop would
+/// spin.
 void StayIfGone(const Queue& queue, Id id, int ticks) {
     Sleeper& self = Sleeper::Current();
     if (ticks < 0 && self.IsTask() && queue.Was(id)) self.WaitInVain(Deadline(ticks));
@@ -230,7 +232,7 @@ extern "C" int bep_msgQDeleteEx(uint32_t queue_id) {
     const Id id(queue_id);
     Queue* const queue = FindQueue(queue_id);
     if (queue == nullptr) return -1;
-    std::unique_ptr<char[]> cells; // freed without a lock
+    std::unique_ptr<char[]> cells; // freed after the locks are released
     {
         const QueueGuard guard(*queue);
         if (!queue->Is(id)) return -1;

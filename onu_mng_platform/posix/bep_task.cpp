@@ -22,8 +22,8 @@
 namespace onu_mng_platform {
 namespace {
 
-/// A task exists from its start until it is deleted, also after its entry returned; `kEnding` while one
-/// caller deletes it.
+/// A task exists from its start until it is deleted, even after its entry has returned. It is `kEnding` while
+/// a thread deletes it.
 enum State : uint32_t { kNone, kExists, kEnding };
 
 constexpr uint32_t Word(uint32_t generation, State state) {
@@ -40,20 +40,20 @@ struct Task {
     pthread_t thread{};
     bep_task_entry entry = nullptr;
     intptr_t arguments[10] = {};
-    char name[16] = {};            // what the system shows of it
-    const Task* deletes = nullptr; // the task whose end it waits for; guarded by g_deletions
+    char name[16] = {};            // truncated to the system's limit
+    const Task* deletes = nullptr; // the task that this one is deleting; guarded by g_deletions
 };
 
 SlotTable<Task, 64, 1024, 1024> g_tasks;
 ShortLock g_deletions;
-thread_local Task* t_self = nullptr; // null in a thread that is no task
+thread_local Task* t_self = nullptr; // null in threads that are not tasks
 
 void RunEntry(const Task& task) {
     const intptr_t* const a = task.arguments;
     task.entry(a[0], a[1], a[2], a[3], a[4], a[5], a[6], a[7], a[8], a[9]);
 }
 
-/// Runs a task's entry. One service that fails is lost; the others go on.
+/// Runs a task's entry. An exception ends this task only.
 void RunGuarded(const Task& task) {
     try {
         RunEntry(task);
@@ -66,8 +66,8 @@ void RunGuarded(const Task& task) {
     }
 }
 
-/// Protects a task for the rest of its life: nothing catches what the thread's own objects would throw when
-/// they go.
+/// Protects a task from the end of its entry on, because nothing would catch a TaskEnd that is thrown while
+/// thread-local objects are destroyed.
 struct LastProtection {
     explicit LastProtection(Sleeper& own) : sleeper(own) {}
     ~LastProtection() { sleeper.Protect(); }
@@ -87,7 +87,7 @@ void* RunTask(void* context) {
     return nullptr;
 }
 
-/// The attributes of a thread to be started; `get()` is null when memory was short.
+/// The attributes for starting a thread. `get()` returns null if memory is short.
 class ThreadAttributes {
 public:
     ThreadAttributes() : is_valid_(pthread_attr_init(&attributes_) == 0) {}
@@ -104,16 +104,16 @@ private:
     bool is_valid_;
 };
 
-/// Returns the stack for a task that asked for `asked` bytes: what the system itself needs of a stack, and
-/// the guard page, which it takes out of the size, come on top.
+/// Returns the stack size for a task that asks for `asked` bytes. It adds the system's own need and the guard
+/// page, which the system takes out of the size.
 size_t StackSize(unsigned int asked) {
     const auto page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
     const size_t own = std::max(static_cast<size_t>(PTHREAD_STACK_MIN), size_t{16 * 1024});
-    const size_t most = std::numeric_limits<size_t>::max() / 2; // no system has as much
+    const size_t most = std::numeric_limits<size_t>::max() / 2; // prevents an overflow
     return (std::min<size_t>(asked, most) + own + page - 1) / page * page + page;
 }
 
-/// Returns the real-time priority for 0 (highest) to 255 (lowest).
+/// Maps 0 (highest) to 255 (lowest) to the system's real-time priorities.
 int RealTimePriority(unsigned int priority) {
     const int highest = sched_get_priority_max(SCHED_RR);
     const int lowest = sched_get_priority_min(SCHED_RR);
@@ -129,7 +129,7 @@ void SayPriorityRefused() {
         "real-time priority limit (ulimit -r 99)\r\n");
 }
 
-/// Starts the thread of a task; returns 0 or an error of the system.
+/// Starts the thread of a task. Returns 0 or an error number.
 int StartThread(Task& task, unsigned int priority, unsigned int stack_size) {
     ThreadAttributes attributes;
     pthread_attr_t* const raw = attributes.get();
@@ -147,8 +147,9 @@ int StartThread(Task& task, unsigned int priority, unsigned int stack_size) {
     return pthread_create(&task.thread, raw, RunTask, &task);
 }
 
-/// Makes the calling thread the one that deletes a task. Returns false when the task does not exist, another
-/// thread deletes it already, or it waits itself, directly or through others, for the caller to end.
+/// Starts the deletion of a task by the calling thread. Returns false if the task does not exist, if another
+/// thread is deleting it, or if the task itself waits, directly or through other tasks, for the caller to
+/// end.
 bool BeginDeletion(Task& task, uint32_t generation) {
     const std::lock_guard<ShortLock> guard(g_deletions);
     for (const Task* each = &task; t_self != nullptr && each != nullptr; each = each->deletes) {
@@ -217,9 +218,9 @@ extern "C" void bep_taskUnsafeEx() {
     Sleeper::Current().Unprotect();
 }
 
-// Every call of nanosleep() in the executable comes here, by the linker's --wrap: the system's own could not
-// be ended. Threads that are no tasks go on to the system's. Where time_t is wider than it once was, the C
-// library has another name for the function.
+// The linker's --wrap redirects every call of nanosleep() in the executable to this function, because a
+// deletion could not end the system's nanosleep(). Threads that are not tasks still use the system's. With
+// 64-bit time_t on 32-bit systems, the C library has another name for the function.
 #if defined(__USE_TIME_BITS64) && defined(__TIMESIZE) && __TIMESIZE == 32
 extern "C" int RealNanosleep(const timespec* duration, timespec* rest) __asm__("__real___nanosleep64");
 extern "C" int WrapNanosleep(const timespec* duration, timespec* rest) __asm__("__wrap___nanosleep64");

@@ -6,19 +6,19 @@
 
 namespace onu_mng_platform {
 
-/// A moment on the monotonic clock, fixed once and compared often, or never.
+/// A point in time on the monotonic clock, or never.
 class Deadline {
 public:
-    /// In `ticks` from now; a negative number means never, 0 a moment that has passed.
+    /// `ticks` from now. A negative number means never; 0 is in the past.
     explicit Deadline(int ticks);
 
-    /// `duration` from now; never when that is beyond what the clock can say.
+    /// `duration` from now; never if time_t cannot represent it.
     static Deadline After(const timespec& duration);
 
     bool IsNever() const { return kind_ == Kind::kNever; }
     bool HasPassed() const;
 
-    /// The moment, for the system's waits; null for never.
+    /// The point in time, for system calls that wait; null for never.
     const timespec* Moment() const { return kind_ == Kind::kNever ? nullptr : &moment_; }
 
 private:

@@ -10,50 +10,51 @@
 
 namespace onu_mng_platform {
 
-/// What a thread does before it sleeps, because to sleep and be woken takes many microseconds: it looks again
-/// for less than a microsecond, then lets other threads run and looks again after each time. It does either as
-/// long as that pays, and tries again now and then. A thread with a real-time priority does neither, so that it
-/// leaves the processor to threads of lower priority.
+/// Polls before a thread sleeps, because sleeping and waking up take many microseconds. First the thread
+/// spins for less than a microsecond; then it yields the processor and polls after each yield. Each step is
+/// used while it succeeds, and retried now and then after it has failed. A thread with a real-time priority
+/// does neither, because it must leave the processor to threads of lower priority.
 ///
-/// Thread safety: Set() may be called from any thread, the rest from the thread whose patience it is.
+/// Thread safety: Set() may be called from any thread, everything else only from the owning thread.
 class Patience {
 public:
-    /// Calls `look` until it returns true or patience ends. Returns whether it returned true.
+    /// Polls `look` until it returns true or all polls are used up. Returns whether it returned true.
     template <class Look>
     bool Await(const Look& look) {
         return !IsRealTime() && (LookAgain(look) || LetOthersRun(look));
     }
 
-    /// Forgets the task that used it before.
+    /// Returns to the initial state, for a new task in the same slot.
     void Reset() { *this = Patience(); }
 
-    /// Sets how often any thread looks, and how often it lets others run. 0 and 0: all sleep at once.
+    /// Sets for all threads how often they poll while spinning and how often they yield. With 0 and 0 they
+    /// sleep at once.
     static void Set(uint32_t looks, uint32_t yields);
 
 private:
-    /// When to do what may pay: always while it does; when it did not, only after a number of waits, which
-    /// doubles each time.
-    class Habit {
+    /// Decides whether to use a step. It is used in every wait while it succeeds. After a failure it is left
+    /// out for a number of waits, which doubles with each further failure.
+    class Backoff {
     public:
-        constexpr explicit Habit(uint16_t rest) : rest_(rest) {}
+        constexpr explicit Backoff(uint16_t rest) : rest_(rest) {}
         bool IsDue() { return rest_ == 0 || --rest_ == 0; }
-        void Pays() { interval_ = 1; }
-        void FailsToPay() {
+        void OnSuccess() { interval_ = 1; }
+        void OnFailure() {
             rest_ = interval_;
             interval_ = std::min<uint16_t>(interval_ * 2, kLongestInterval);
         }
-        void Hurts() { rest_ = kLongRest; }
+        void Suspend() { rest_ = kLongRest; }
 
     private:
         static constexpr uint16_t kLongestInterval = 64;
         static constexpr uint16_t kLongRest = 1024;
 
-        uint16_t rest_; // for how many waits it is not due
+        uint16_t rest_; // waits until the step is due
         uint16_t interval_ = 1;
     };
     enum class Policy : uint8_t { kUnknown, kOrdinary, kRealTime };
 
-    static constexpr int64_t kLongNs = 100'000; // no thread that would leave the processor soon runs as long
+    static constexpr int64_t kLongNs = 100'000; // a thread that runs longer will not yield soon
 
     static uint32_t Looks();
     static uint32_t Yields();
@@ -65,10 +66,10 @@ private:
         for (uint32_t left = looks; left > 0; --left) {
             Pause();
             if (!look()) continue;
-            looking_.Pays();
+            looking_.OnSuccess();
             return true;
         }
-        looking_.FailsToPay();
+        looking_.OnFailure();
         return false;
     }
 
@@ -82,15 +83,15 @@ private:
             const int64_t now = NowNs();
             const bool is_over = look();
             if (now - before > kLongNs) {
-                yielding_.Hurts(); // this thread would have been woken sooner
+                yielding_.Suspend(); // a sleeping thread would have been woken sooner
                 return is_over;
             }
             before = now;
             if (!is_over) continue;
-            yielding_.Pays();
+            yielding_.OnSuccess();
             return true;
         }
-        yielding_.FailsToPay();
+        yielding_.OnFailure();
         return false;
     }
 
@@ -100,8 +101,8 @@ private:
     }
     void AskPolicy();
 
-    Habit looking_{0};
-    Habit yielding_{8};
+    Backoff looking_{0};
+    Backoff yielding_{8};
     Policy policy_ = Policy::kUnknown;
 };
 

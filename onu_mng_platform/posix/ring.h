@@ -14,21 +14,22 @@
 
 namespace onu_mng_platform {
 
-/// The messages of a queue: a ring of cells of one size, each with its message's length in front.
+/// The messages of a queue: a ring of cells of equal size. Each cell starts with a mark and the message's
+/// length.
 ///
-/// Thread safety: Put() and Count() run under `put_lock`, Get() and HasMessage() under `take_lock`. So one
-/// thread puts while another takes, and neither waits for the other. Install() and Discard() run under both;
-/// `put_lock` is taken first.
+/// Thread safety: Put() and Count() require `put_lock`, Get() and HasMessage() require `take_lock`, so a
+/// sender and a receiver do not block each other. Install() and Discard() require both locks, `put_lock`
+/// first.
 ///
-/// What decides whether a thread sleeps (a cell's mark, the position of the next message to be taken) is
-/// written and read with sequential consistency: a thread that announces that it will sleep and then finds
-/// nothing is seen by the next thread that puts or takes.
+/// The values that decide whether a thread sleeps (the marks and the position of the next message) are
+/// sequentially consistent. A thread that enters a wait list and then finds nothing is therefore seen by the
+/// next thread that puts or gets a message.
 class Ring {
 public:
     ShortLock& put_lock() { return put_lock_; }
     ShortLock& take_lock() { return take_lock_; }
 
-    /// Returns memory for Install(); null when memory is short. Needs no lock.
+    /// Allocates memory for Install(). Returns null if memory is short. Requires no lock.
     static std::unique_ptr<char[]> NewCells(uint32_t capacity, uint32_t message_size) {
         if (message_size > kMaxBytes - 2 * sizeof(Cell)) return nullptr;
         const size_t stride = Stride(message_size);
@@ -46,13 +47,13 @@ public:
         put_ = taken_seen_ = 0;
         taken_.store(0, std::memory_order_relaxed);
     }
-    /// Returns the memory, to be freed without a lock.
+    /// Returns the memory, so that the caller can free it without a lock.
     std::unique_ptr<char[]> Discard() { return std::move(cells_); }
 
     uint32_t MessageSize() const { return message_size_; }
     uint32_t Count() const { return Distance(taken_.load(std::memory_order_relaxed), put_); }
 
-    /// Returns false when the ring is full. `size` is at most MessageSize().
+    /// Returns false if the ring is full. `size` must be at most MessageSize().
     bool Put(const char* message, uint32_t size) {
         if (!HasRoom()) return false;
         Cell& cell = CellAt(put_);
@@ -72,7 +73,8 @@ public:
         const uint32_t position = taken_.load(std::memory_order_relaxed);
         return CellAt(position).mark.load(std::memory_order_seq_cst) == MarkOf(position);
     }
-    /// Copies at most `room` bytes of the oldest message and returns how many; -1 when there is no message.
+    /// Removes the oldest message and copies at most `room` bytes of it. Returns the number of bytes copied;
+    /// -1 if there is no message.
     int Get(char* buffer, uint32_t room) {
         if (!HasMessage()) return -1;
         const uint32_t position = taken_.load(std::memory_order_relaxed);
@@ -85,7 +87,7 @@ public:
 
 private:
     struct Cell {
-        std::atomic<uint32_t> mark{0}; // MarkOf() the position of its last message
+        std::atomic<uint32_t> mark{0}; // MarkOf() the position of the last message in this cell
         uint32_t size = 0;
 
         char* Message() { return reinterpret_cast<char*>(this + 1); }
@@ -97,8 +99,8 @@ private:
         return (sizeof(Cell) + message_size + sizeof(Cell) - 1) / sizeof(Cell) * sizeof(Cell);
     }
 
-    // Positions run through the ring twice before they start again, so that a full ring differs from an empty
-    // one and the mark of a message from that of the message that was in the cell before it.
+    // Positions count to twice the capacity before they wrap. So a full ring differs from an empty one, and
+    // the mark of a message differs from that of the previous message in the same cell.
     static uint32_t MarkOf(uint32_t position) { return position + 1; }
     uint32_t Next(uint32_t position) const { return position + 1 == 2 * capacity_ ? 0 : position + 1; }
     uint32_t Distance(uint32_t from, uint32_t to) const {
@@ -114,12 +116,12 @@ private:
     uint32_t capacity_ = 0;
     uint32_t message_size_ = 0;
 
-    // Each end in a cache line of its own.
+    // Senders and receivers use separate cache lines.
     alignas(kCacheLine) ShortLock put_lock_;
-    uint32_t put_ = 0;        // where the next message is put
-    uint32_t taken_seen_ = 0; // `taken_` when a sender last looked
+    uint32_t put_ = 0;        // position of the next message to be put
+    uint32_t taken_seen_ = 0; // the senders' last copy of `taken_`
     alignas(kCacheLine) ShortLock take_lock_;
-    std::atomic<uint32_t> taken_{0}; // where the next message is taken
+    std::atomic<uint32_t> taken_{0}; // position of the next message to be taken
 };
 
 } // namespace onu_mng_platform

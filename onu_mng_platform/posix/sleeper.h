@@ -11,10 +11,11 @@
 
 namespace onu_mng_platform {
 
-/// Thrown at an end point of a task that is being deleted and caught where the task began.
+/// Thrown at an end point of a task that is being deleted. The task's start function catches it.
 using TaskEnd = bep_TaskEnd;
 
-/// A wake-up that is still to be delivered, best after the lock under which it was decided is free again.
+/// A wake-up that is not delivered yet. Deliver it after releasing the lock, so that the woken thread does
+/// not have to wait for the lock.
 class WakeUp {
 public:
     WakeUp() = default;
@@ -27,22 +28,22 @@ private:
     const std::atomic<uint32_t>* word_ = nullptr;
 };
 
-/// The waiting side of a thread: the one place where it sleeps, whatever it waits for, so that whoever wants
-/// it to go on, or to end, knows where to ring.
+/// The sleep state of a thread. All waits of the thread sleep here, so a signal or a deletion has one place
+/// to wake it.
 ///
-/// To wait: Prepare(), look whether there is a reason to go on, and Sleep() if there is none. A Ring() after
-/// Prepare() ends the Sleep(), so that no reason that appears in between is missed.
+/// To wait, call Prepare(), check the condition, and call Sleep() if it does not hold. A Ring() after
+/// Prepare() ends the Sleep(), so no change of the condition in between is missed.
 ///
-/// Thread safety: Ring() and AskToEnd() may be called from any thread while the sleeper exists, the rest by
-/// its own thread.
+/// Thread safety: Ring() and AskToEnd() may be called from any thread while the sleeper exists, everything
+/// else only from its own thread.
 class Sleeper {
 public:
     enum class Kind { kTask, kOther };
     constexpr explicit Sleeper(Kind kind) : kind_(kind) {}
 
-    /// Returns the calling thread's own.
+    /// Returns the sleeper of the calling thread.
     static Sleeper& Current();
-    /// Makes `task` the calling thread's own.
+    /// Makes `task` the sleeper of the calling thread.
     static void Become(Sleeper& task);
 
     bool IsTask() const { return kind_ == Kind::kTask; }
@@ -54,9 +55,10 @@ public:
         return asleep ? WakeUp(&word_) : WakeUp();
     }
 
-    /// True when the task is to end and may be ended here.
+    /// True if the task is being deleted and may end here.
     bool IsToEnd() const { return IsAskedToEnd() && MayEnd(); }
-    /// Throws TaskEnd when IsToEnd(). No lock is held: the system takes memory for it, and unwinding is long.
+    /// Throws TaskEnd if IsToEnd(). The caller must not hold a lock, because the exception allocates memory
+    /// and unwinding takes long.
     void EndPoint() const {
         if (IsToEnd()) throw TaskEnd();
     }
@@ -71,18 +73,18 @@ public:
         if (protections_ > 0) --protections_;
     }
 
-    /// Forgets the task that used it before.
+    /// Returns to the initial state, for a new task in the same slot.
     void Reset();
 
-    /// Sleeps for the whole time; an end point.
+    /// Sleeps until the deadline. This is an end point.
     void Delay(const Deadline& deadline);
 
-    /// Sleeps for want of anything that could still happen: until the task is ended, until the deadline, or
-    /// until it is to end but may not be ended here.
+    /// Sleeps until the task is deleted or the deadline has passed, because the queue or semaphore no longer
+    /// exists. This is an end point; a task that may not end here returns when its deletion begins.
     void WaitInVain(const Deadline& deadline);
 
-    Patience queue_patience;     ///< of its own thread
-    Patience semaphore_patience; ///< the same
+    Patience queue_patience;     ///< used by the own thread only
+    Patience semaphore_patience; ///< used by the own thread only
 
 private:
     enum : uint32_t { kAwake, kAsleep, kRung };

@@ -12,8 +12,8 @@ namespace onu_mng_platform {
 
 enum class IdKind : uint32_t { kQueue = 1, kSemaphore = 2, kTask = 3 };
 
-/// The number by which the library knows an object: its kind, the slot it lives in, and the slot's
-/// generation, which tells it from objects that lived there before. Never 0.
+/// The id of an object: its kind, the index of its slot, and the slot's generation. The generation
+/// distinguishes the object from earlier ones in the same slot. Never 0.
 class Id {
 public:
     static constexpr uint32_t kIndexBits = 18;
@@ -32,7 +32,8 @@ public:
     static constexpr uint32_t NextGeneration(uint32_t generation) {
         return (generation + 1) & kLastGeneration;
     }
-    /// True when `generation` came before `now`, as far as a number that runs in a circle can tell.
+    /// True if `generation` is earlier than `now`. Generations wrap, so this holds for half of their range
+    /// only.
     static constexpr bool IsEarlier(uint32_t generation, uint32_t now) {
         const uint32_t age = (now - generation) & kLastGeneration;
         return age != 0 && age <= kLastGeneration / 2;
@@ -44,24 +45,22 @@ private:
     uint32_t number_;
 };
 
-/// Slots for the objects of one kind: memory for them grows as they are used and is never given back, so that
-/// a look-up needs no lock and any id may be looked up at any time. What a slot holds, and which id is valid,
-/// is the slot's own business.
+/// Slots for the objects of one kind. The memory grows with their number and is never freed, so a look-up
+/// needs no lock and accepts any id at any time. The slots themselves check which id is valid.
 ///
-/// `Slot` has a default constructor and a member `uint32_t next_free`, which belongs to the table. A slot that
-/// was released rests until `Resting` others were released after it. A stale id becomes valid again after about
-/// `Resting` times 4096 objects at the earliest, so small objects that come and go often rest longer. Only
-/// when slots or memory are short is the one that has rested longest used earlier.
+/// `Slot` needs a default constructor and a member `uint32_t next_free`, which the table uses. A released
+/// slot is reused only after `Resting` further releases. A stale id therefore becomes valid again after
+/// `Resting` times 4096 objects at the earliest; choose a large `Resting` for small objects that are created
+/// often. If slots or memory are short, the slot that was released first is reused earlier.
 ///
-/// Thread safety: everything may be called from any thread, from before the first static constructor to after
-/// the last static destructor.
+/// Thread safety: everything may be called from any thread, also in static constructors and destructors.
 template <class Slot, uint32_t ChunkSize, uint32_t MaxChunks, uint32_t Resting>
 class SlotTable {
 public:
     static constexpr uint32_t kNone = ~uint32_t{0};
     static_assert(ChunkSize * MaxChunks <= 1U << Id::kIndexBits, "an id has room for any index");
 
-    /// Returns the slot with an index; null when there was none so far.
+    /// Returns the slot with an index; null if it has never been used.
     Slot* At(uint32_t index) {
         if (index >= ChunkSize * MaxChunks) return nullptr;
         Slot* const chunk = chunks_[index / ChunkSize].load(std::memory_order_acquire);
@@ -71,7 +70,7 @@ public:
     /// Returns the slot of an id of `kind`; null for any other number.
     Slot* Find(Id id, IdKind kind) { return id.Kind() == kind ? At(id.Index()) : nullptr; }
 
-    /// Returns the index of a slot that is not in use; kNone when slots or memory are short.
+    /// Returns the index of a free slot; kNone if slots or memory are short.
     uint32_t Acquire() {
         const std::lock_guard<ShortLock> guard(lock_);
         if (free_ > Resting) return TakeFree();

@@ -5,22 +5,21 @@
 
 namespace onu_mng_platform {
 
-/// A thread in a wait list, on the stack of that thread.
+/// An entry of a wait list, on the stack of the waiting thread.
 struct Waiter {
-    Waiter(Sleeper& who, const void* what) : sleeper(who), key(what) {}
+    Waiter(Sleeper& waiting, const void* wait_key) : sleeper(waiting), key(wait_key) {}
 
     Sleeper& sleeper;
-    const void* const key; ///< What it waits for, where a list serves more than one thing.
+    const void* const key; ///< The object that the thread waits for, if objects share the list.
     Waiter* previous = nullptr;
     Waiter* next = nullptr;
-    bool is_waiting = false; ///< Cleared by whoever signals it.
+    bool is_waiting = false; ///< True while the entry is in the list.
 };
 
-/// Threads that wait, in the order in which they came. Signalling one takes it off the list, so that nobody
-/// signals it twice.
+/// Waiting threads, first in first out. A signal removes a thread from the list, so each is signalled once.
 ///
-/// Thread safety: everything runs under the lock that guards the list; the wake-ups returned are delivered
-/// after it, or under it.
+/// Thread safety: the caller holds the lock that guards the list. Wake-ups may be delivered with or without
+/// that lock.
 class WaitList {
 public:
     void Add(Waiter& waiter) {
@@ -31,7 +30,7 @@ public:
         waiter.is_waiting = true;
     }
 
-    /// Takes a waiter off the list unless that was done before.
+    /// Removes a waiter if it is in the list.
     void Remove(Waiter& waiter) {
         if (!waiter.is_waiting) return;
         (waiter.previous != nullptr ? waiter.previous->next : first_) = waiter.next;
@@ -41,7 +40,7 @@ public:
 
     bool IsEmpty() const { return first_ == nullptr; }
 
-    /// Returns the first that waits for `key`; null when there is none.
+    /// Returns the first waiter for `key`; null if there is none.
     Waiter* Find(const void* key) const {
         Waiter* waiter = first_;
         while (waiter != nullptr && waiter->key != key)
@@ -49,7 +48,7 @@ public:
         return waiter;
     }
 
-    /// Signals the first that waits for `key`, if any.
+    /// Signals the first waiter for `key`, if any.
     WakeUp SignalFirst(const void* key) {
         Waiter* const waiter = Find(key);
         if (waiter == nullptr) return WakeUp();
@@ -57,7 +56,7 @@ public:
         return waiter->sleeper.Ring();
     }
 
-    /// Signals all that wait for `key`.
+    /// Signals all waiters for `key`.
     void SignalAll(const void* key) {
         while (Find(key) != nullptr)
             SignalFirst(key).Deliver();

@@ -287,7 +287,7 @@ TEST_F(CliServerTest, AHandlerMayEndTheProcess) {
     EXPECT_EXIT(
         {
             static CliServer global;
-            global.Start(path, kNode, "olt# ");
+            if (global.Start(path, kNode, "olt# ") != CliStatus::kOk) _exit(1);
             Read(Connect("die exit\n"));
             pause();
         },

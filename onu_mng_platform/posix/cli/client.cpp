@@ -12,10 +12,10 @@
 namespace onu_mng_platform {
 namespace {
 
-// What is left of control characters; as keys they would do something.
+// The control characters that TerminalGuard passes. In a completion they would act as keys.
 constexpr const char* kKeys = "\t\r\n";
 
-// A line that is taken from a script may have anything in it; a line feed would make two requests of it.
+// A line may contain any characters. A line feed in it would start a second request.
 bool EndsLine(char c) {
     return c == '\n' || c == '\r';
 }
@@ -67,8 +67,8 @@ std::optional<std::string> CliClient::Prompt(std::string* farewell) {
     return std::nullopt;
 }
 
-/// Asks for something that is not printed; what a host says that closes the connection instead is kept until
-/// it can be.
+/// Makes a request whose answer is not printed. If the host closes the connection instead, its message is
+/// kept for Run() to print.
 bool CliClient::AskAside(std::string_view verb, std::string_view line, std::string* answer) {
     if (Ask(verb, line, [answer](std::string_view part) { *answer += part; })) return true;
     farewell_ += *answer;
@@ -80,7 +80,7 @@ std::optional<int> CliClient::Ask(std::string_view verb, std::string_view line, 
     request += line;
     std::replace_if(request.begin(), request.end(), EndsLine, ' ');
     request += '\n';
-    // The host may have said why it goes before it went, so its answer is read in any case.
+    // Even if sending fails, the host may have sent the reason for closing, so read its answer.
     Send(request);
     return ReceiveAnswer(print);
 }

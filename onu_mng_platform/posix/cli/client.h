@@ -1,4 +1,4 @@
-/// The operator's end of the conversation in cli_protocol.h.
+/// The operator's side of the protocol in protocol.h.
 #ifndef ONU_MNG_PLATFORM_POSIX_CLI_CLIENT_H
 #define ONU_MNG_PLATFORM_POSIX_CLI_CLIENT_H
 
@@ -14,34 +14,37 @@
 
 namespace onu_mng_platform {
 
-/// A connection to a host. What the host prints is cleaned for a terminal of the process's locale. Used by one
-/// task; operations block until the host has answered.
+/// A connection to a host. Control characters in the host's output are replaced, as the locale of the process
+/// requires (`TerminalGuard`). Used by one task. Operations block until the host has answered.
 class CliClient {
 public:
-    /// Takes output as it comes.
+    /// Receives output piece by piece.
     using Print = std::function<void(std::string_view)>;
 
-    /// A host that sends nothing for `patience` while an answer is due is given up; 0: never.
-    /// @return kOk; else, with nothing connected, kBadPath, kNoHost, kForeign or kSystem.
-    CliStatus Connect(const std::string& path, std::chrono::seconds patience = std::chrono::seconds(0));
+    /// Connects to a host. An answer times out if the host sends nothing for `patience` (0: no limit).
+    /// @return kOk, or kBadPath, kNoHost, kForeign or kSystem; then nothing is connected.
+    [[nodiscard]] CliStatus Connect(const std::string& path,
+                                    std::chrono::seconds patience = std::chrono::seconds(0));
 
-    /// Runs a line. @return its result; nothing when the host has closed the connection or is given up. The
-    ///         connection is then of no more use.
+    /// Runs a command line.
+    /// @return its result; nothing if the host has closed the connection or has timed out. The connection is
+    ///         then unusable.
     std::optional<int> Run(std::string_view line, const Print& print);
 
-    /// Whether the host was given up.
+    /// Whether the host has timed out.
     bool HasTimedOut() const { return has_timed_out_; }
 
-    /// Whether the last line was "exit", after which the host closes the connection.
+    /// Whether the last line was "exit". The host then closes the connection.
     bool HasExited() const { return has_exited_; }
 
-    /// What may come next behind a line; empty when the host is gone.
+    /// The help for the next word of a line; empty if the connection is lost.
     std::string Describe(std::string_view line);
 
-    /// What TAB does to a line; nothing when the host is gone.
+    /// The completion of a line; empty if the connection is lost.
     Completion Complete(std::string_view line);
 
-    /// The host's prompt; nothing when the host has closed the connection, with its last words in `farewell`.
+    /// The host's prompt; nothing if the host has closed the connection. Its last message is then in
+    /// `farewell`.
     std::optional<std::string> Prompt(std::string* farewell);
 
 private:
@@ -55,7 +58,7 @@ private:
     Descriptor connection_;
     TerminalGuard guard_{CharsetOfLocale()};
     std::string received_;
-    std::string farewell_; ///< the host's last words, until Run() prints them
+    std::string farewell_; ///< the host's last message, until Run() prints it
     bool has_exited_ = false;
     bool has_timed_out_ = false;
 };

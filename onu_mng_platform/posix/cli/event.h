@@ -10,18 +10,18 @@
 
 namespace onu_mng_platform {
 
-/// Set by any task, cleared by the one that waits. Neither blocks.
+/// Any task sets the event; the waiting task clears it. Neither blocks.
 class CliEvent {
 public:
     CliEvent() : event_(eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC)) {}
 
-    /// Whether the system had a descriptor for it; nothing else works without.
+    /// Whether the system has provided a descriptor. Otherwise the event does not work.
     bool IsValid() const { return event_.IsOpen(); }
 
     /// Readable while the event is set.
     int descriptor() const { return event_.get(); }
 
-    // Fails only while the event is set already, or not, which is what is wanted.
+    // The calls fail only if the event is already set, or already cleared.
     void Set() const { (void)!write(event_.get(), &kOne, sizeof kOne); }
     void Clear() const {
         uint64_t times = 0;

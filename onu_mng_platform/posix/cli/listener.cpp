@@ -39,8 +39,8 @@ bool IsSame(const struct stat& a, const struct stat& b) {
     return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
 }
 
-/// Two hosts that start at once must not each take the other's new socket for a dead one: they meet at a file
-/// beside it, which is there for as long as one of them holds it.
+/// Keeps two hosts that start at the same time from removing each other's new socket as a dead one. It locks
+/// a file beside the socket, which exists only while a host holds the lock.
 class StartLock {
 public:
     explicit StartLock(const std::string& socket_path) : path_(socket_path + ".lock") {
@@ -51,7 +51,7 @@ public:
                 file_.Close();
                 return;
             }
-        } while (!IsThere()); // the one who held it has removed it meanwhile
+        } while (!IsThere()); // the previous holder has removed the file meanwhile
     }
     ~StartLock() {
         if (IsHeld()) unlink(path_.c_str());
@@ -59,7 +59,7 @@ public:
     StartLock(const StartLock&) = delete;
     StartLock& operator=(const StartLock&) = delete;
 
-    /// With errno set when it is not.
+    /// If not, errno holds the reason.
     bool IsHeld() const { return file_.IsOpen(); }
 
 private:
@@ -132,7 +132,7 @@ CliStatus CliListener::Bind() {
     sockaddr_un address{};
     MakeAddress(path_, &address);
     Descriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
-    // The file gets the mode of the socket, so there is no moment at which others may open it.
+    // The file inherits the socket's mode, so other users can never open it.
     if (!socket.IsOpen() || fchmod(socket.get(), 0600) != 0) return CliStatus::kSystem;
     if (bind(socket.get(), Generic(address), sizeof address) != 0) return CliStatus::kSystem;
     if (lstat(path_.c_str(), &file_) != 0) return CliStatus::kSystem;
@@ -151,7 +151,7 @@ CliStatus ConnectTo(const std::string& path, Descriptor* connection) {
     if (!MakeAddress(path, &address)) return CliStatus::kBadPath;
     Descriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
     if (!socket.IsOpen()) return CliStatus::kSystem;
-    // A host that hangs takes no more connections; waiting for it must end.
+    // connect() blocks while a host that hangs has a full backlog, so it needs a limit.
     setsockopt(socket.get(), SOL_SOCKET, SO_SNDTIMEO, &kPatience, sizeof kPatience);
     if (connect(socket.get(), Generic(address), sizeof address) != 0) {
         const bool nobody = errno == ECONNREFUSED || errno == ENOENT;

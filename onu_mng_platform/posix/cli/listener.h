@@ -1,4 +1,4 @@
-/// The socket file at which operators connect.
+/// The socket file that operators connect to.
 #ifndef ONU_MNG_PLATFORM_POSIX_CLI_LISTENER_H
 #define ONU_MNG_PLATFORM_POSIX_CLI_LISTENER_H
 
@@ -11,31 +11,30 @@
 
 namespace onu_mng_platform {
 
-/// How starting a server or connecting to one ended.
+/// The result of starting a server or connecting to one.
 enum class CliStatus : unsigned char {
     kOk,
     kBadPath,  ///< the path is empty or longer than 107 bytes
-    kInUse,    ///< another process serves this path, or this server is started already
-    kOccupied, ///< something else than a socket is at the path
-    kNoHost,   ///< nobody serves this path
+    kInUse,    ///< another process serves this path, or this server has already been started
+    kOccupied, ///< the file at this path is not a socket
+    kNoHost,   ///< no process serves this path
     kForeign,  ///< a process of another user serves this path
-    kSystem,   ///< a system call failed, errno tells why
+    kSystem,   ///< a system call failed; errno holds the reason
 };
 
-/// A few words for each status; for kSystem those of errno.
+/// A short text for each status; for kSystem the text of errno.
 std::string TextOf(CliStatus status);
 
-/// Whom the system says is at the other end.
+/// The process at the other end of a connection, as reported by the kernel.
 struct CliPeer {
     uid_t uid;
     pid_t pid;
 
-    /// Whether it is this process's own user or root.
+    /// Whether it runs as root or as the user of this process.
     bool IsTrusted() const;
 };
 
-/// Owns the socket file: mode 0600 from the moment it exists, removed again by the destructor. Used by one
-/// task.
+/// Owns the socket file. The file has mode 0600 from the start; the destructor removes it. Used by one task.
 class CliListener {
 public:
     CliListener() = default;
@@ -43,13 +42,15 @@ public:
     CliListener(const CliListener&) = delete;
     CliListener& operator=(const CliListener&) = delete;
 
-    /// Creates the socket file, in place of one that a dead process has left. Once. Does not block for long.
-    CliStatus Open(const std::string& path);
+    /// Creates the socket file. Replaces a file that a dead process has left. Call it once. May block for 5
+    /// s, while it probes an existing socket.
+    [[nodiscard]] CliStatus Open(const std::string& path);
 
-    /// Readable when somebody connects.
+    /// Readable when a connection is waiting.
     int descriptor() const { return socket_.get(); }
 
-    /// Takes the next connection, without blocking; one that is not open, with errno set, when there is none.
+    /// Accepts the next connection. Does not block. If there is none, the result is not open and errno is
+    /// set.
     Descriptor Accept(CliPeer* peer) const;
 
 private:
@@ -60,9 +61,9 @@ private:
     struct stat file_ {};
 };
 
-/// Connects to the server of a path, within 5 s; the descriptor is not open on failure. The server must be of
-/// the process's own user or of root; root connects to any.
-CliStatus ConnectTo(const std::string& path, Descriptor* connection);
+/// Connects to the server at a path within 5 s. On failure `connection` is unchanged. The server must run as
+/// root or as the user of this process; root connects to any server.
+[[nodiscard]] CliStatus ConnectTo(const std::string& path, Descriptor* connection);
 
 } // namespace onu_mng_platform
 

@@ -35,7 +35,7 @@ void CliOutput::Put(std::string_view text, bool clean) {
     }
 }
 
-// Takes the lock of its caller for granted.
+// The caller holds the lock.
 void CliOutput::Append(std::string_view text, bool clean) {
     const size_t old_size = waiting_.size();
     try {
@@ -65,7 +65,7 @@ void CliOutput::Send(int descriptor) {
     if (errno != EAGAIN && errno != EINTR) Break();
 }
 
-// Swaps the buffers once all that was taken out is sent.
+// Swaps the buffers when everything in `sending_` has been sent. @return whether there is something to send.
 bool CliOutput::Refill() {
     const std::lock_guard<std::mutex> lock(mutex_);
     if (is_broken_) return false;

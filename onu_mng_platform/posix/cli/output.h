@@ -1,4 +1,4 @@
-/// Characters on their way from a command to an operator.
+/// Buffers the output of commands for an operator.
 #ifndef ONU_MNG_PLATFORM_POSIX_CLI_OUTPUT_H
 #define ONU_MNG_PLATFORM_POSIX_CLI_OUTPUT_H
 
@@ -13,38 +13,38 @@
 
 namespace onu_mng_platform {
 
-/// A bounded buffer. Commands put characters in, the server's task sends them. A reader who takes nothing for
-/// a while although the buffer is full breaks it, as does a reader who is gone and memory that is short.
+/// A bounded buffer between the command that writes output and the task that sends it. The buffer breaks if
+/// it is full and the reader takes nothing for a while, if sending fails, and if memory is short. A broken
+/// buffer drops all output.
 ///
-/// Thread safety: one task puts, one sends; the rest from any.
+/// Thread safety: one task puts, one sends. Any task may call the other operations.
 class CliOutput {
 public:
     using Clock = std::chrono::steady_clock;
 
     struct Limits {
-        size_t size = size_t{1} << 18;            ///< bytes, of which up to twice as many are kept
-        std::chrono::milliseconds patience{5000}; ///< with a reader while the buffer is full
+        size_t size = size_t{1} << 18;            ///< bytes that wait; as many again may be being sent
+        std::chrono::milliseconds patience{5000}; ///< how long a full buffer waits for the reader
     };
 
-    /// Sets `wake`, which outlives it, when there is something to send.
+    /// Sets `wake` when there is something to send. `wake` must outlive the buffer.
     CliOutput(const Limits& limits, const CliEvent* wake, Charset charset = Charset::kUtf8)
         : limits_(limits), wake_(wake), guard_(charset) {}
 
-    /// Appends text, cleaned by a TerminalGuard; waits while the buffer is full. Once it is broken nothing is
-    /// taken.
+    /// Appends text, cleaned by a TerminalGuard. Blocks while the buffer is full.
     void PutText(std::string_view text) { Put(text, true); }
 
-    /// Appends a last text if nothing else is waiting to be sent. Does not wait. Any task.
+    /// Appends a last text if nothing is waiting to be sent. Does not block. Any task.
     void PutIfEmpty(std::string_view text);
 
-    /// Appends the end of an answer with its result, and whether it was the last.
+    /// Appends the end of an answer: its result, and whether it is the last answer.
     void PutEndOfAnswer(int result, bool is_last);
 
-    /// Sends some of it, as much as a descriptor that does not block takes. From a task that takes no
-    /// SIGPIPE.
+    /// Writes as much as the descriptor accepts. The descriptor must be non-blocking, and the calling task
+    /// must block or ignore SIGPIPE.
     void Send(int descriptor);
 
-    /// Gives up: nothing is kept or taken any more, and a task that waits to put returns.
+    /// Breaks the buffer: drops the waiting output and releases a task that waits for room.
     void Break();
 
     bool IsBroken() const;
@@ -68,7 +68,7 @@ private:
     bool is_broken_ = false;
     TerminalGuard guard_;
 
-    std::string sending_; ///< of the sending task alone
+    std::string sending_; ///< used by the sending task only
     size_t sent_ = 0;
 };
 

@@ -1,25 +1,25 @@
-/// The conversation between operators and the host over the CLI's socket, a Unix domain stream socket.
+/// The protocol between operators and the host on the CLI's Unix domain stream socket.
 ///
-/// A request is a line ended by LF; a CR before it does not count. Requests are answered one after the other,
-/// in their order. By hand (`nc -U PATH`) the requests are
+/// A request is a line that ends in LF; a CR before it is ignored. The host answers requests in order, one at
+/// a time. There are requests to type by hand (`nc -U PATH`):
 ///
-///     show system env        runs the line; its output is followed by the prompt
-///     show ?                 tells what may come next, then the prompt
+///     show system env        runs the line; the prompt follows the output
+///     show ?                 lists the possible next words, then the prompt
 ///
-/// and for programs
+/// and requests for programs:
 ///
 ///     @run LINE              runs the line
-///     @describe LINE         what may come next behind LINE, which may end in a blank or in half a word
-///     @complete LINE         in a line of its own what TAB appends to LINE, then one line for each choice
-///     @prompt                the host's prompt, without a line end
+///     @describe LINE         lists the possible next words; LINE may end in a blank or in a partial word
+///     @complete LINE         returns the text that TAB appends to LINE, then one line for each choice
+///     @prompt                returns the host's prompt, without a line end
 ///
-/// whose output is followed by kEndOfAnswer, the result as a decimal number (that of vty_execute() for
-/// "@run", else 0; -1 for a verb that is none), after "exit" kExit, and LF. Output has no control characters
-/// but TAB, CR and LF: others are replaced by ".", so that nothing that an ONU sends can steer the operator's
-/// terminal or end an answer.
+/// After the output of a program's request follow kEndOfAnswer, the result as a decimal number, kExit if the
+/// line was "exit", and LF. The result is that of vty_execute() for "@run", -1 for an unknown verb, and 0
+/// otherwise. In the output all control characters except TAB, CR and LF are replaced by ".", so data from an
+/// ONU can neither control the operator's terminal nor end an answer.
 ///
-/// The host closes the connection after "exit", when it was silent for the idle limit, and when its output
-/// is not read. A line that was not ended when the operator went is not run.
+/// The host closes the connection after "exit", after a silence of the idle limit, and if the operator does
+/// not read its output. An incomplete last line is not run.
 #ifndef ONU_MNG_PLATFORM_POSIX_CLI_PROTOCOL_H
 #define ONU_MNG_PLATFORM_POSIX_CLI_PROTOCOL_H
 

@@ -26,9 +26,9 @@ constexpr int kLeftLevel = 9; // silent at the usual threshold
 constexpr int kSessionLevel = 12;
 constexpr int kErrorLevel = 13;
 constexpr int kStartLevel = 14;
-constexpr std::chrono::seconds kPause{1}; // for what is short to come back
+constexpr std::chrono::seconds kPause{1}; // after memory or descriptors were short
 
-// The milliseconds for poll(), rounded up so that the time has come when it returns.
+// The timeout for poll() in milliseconds, rounded up so that poll() does not return before the deadline.
 int WaitUntil(Clock::time_point deadline) {
     if (deadline == Clock::time_point::max()) return -1;
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now()).count();
@@ -96,7 +96,7 @@ private:
 void CliServer::Loop::Run() {
     while (!stopping_) {
         Wait();
-        // Backwards, so that those that end do not move those to come.
+        // Backwards, because erase() moves the later elements.
         for (size_t i = sessions_.size(); i-- > 0;) {
             const char* cause = Attend(sessions_[i].session, polls_[kFirstSession + i].revents);
             if (cause == nullptr) continue;
@@ -117,12 +117,12 @@ void CliServer::Loop::Wait() {
         polls_.push_back(entry.session->Poll());
         deadline = std::min(deadline, entry.session->Deadline());
     }
-    // It fails only when memory is short, and before it has set any events.
+    // poll() fails only if memory is short, and then sets no events.
     if (poll(polls_.data(), polls_.size(), WaitUntil(deadline)) < 0) std::this_thread::sleep_for(kPause);
     if (polls_[kWake].revents != 0) wake_.Clear();
 }
 
-/// What can be done for a session now. @return why it ends; null while it goes on.
+/// Serves a session. @return the reason if the session must end; else null.
 const char* CliServer::Loop::Attend(const std::shared_ptr<CliSession>& session, short events) {
     try {
         session->Serve(events);
@@ -148,7 +148,7 @@ void CliServer::Loop::Accept() {
     CliPeer peer{};
     Descriptor connection = listener_.Accept(&peer);
     if (!connection.IsOpen()) {
-        // Short of descriptors the listener stays readable; without a pause this would spin.
+        // Without descriptors the listener stays readable, and the loop would spin without a pause.
         if (errno != EAGAIN && errno != EINTR && errno != ECONNABORTED) accept_at_ = Clock::now() + kPause;
         return;
     }

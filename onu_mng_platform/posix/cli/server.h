@@ -11,17 +11,17 @@
 
 namespace onu_mng_platform {
 
-/// The commands of one node for any number of operators at once, over a Unix domain socket (cli_protocol.h).
-/// The host's own user and root may connect.
+/// Serves the commands of one node to several operators at once, over a Unix domain socket (protocol.h). The
+/// host's own user and root may connect.
 ///
 ///     CliServer server;
 ///     const CliStatus status = server.Start("/run/olt.sock", node, "olt# ");
 ///     if (status != CliStatus::kOk) ...   // TextOf(status) says why
 ///
-/// One thread looks after all connections; commands run in further ones, which come into being only when so
-/// many commands run at once. A command that is slow, or whose output is not read, holds up no other
-/// operator. Logged are each session and each command that changes something (level 12), refusals (13), and
-/// the end of a session that its operator has left (9).
+/// One thread handles all connections. Commands run in worker threads, as many as commands have run at once.
+/// A slow command, or one whose output is not read, does not block other operators. The server logs sessions
+/// and commands that change something (level 12), refusals (13), and the end of a session that its operator
+/// has left (9).
 ///
 /// Thread safety: one task starts and stops.
 class CliServer {
@@ -38,16 +38,16 @@ public:
     CliServer(const CliServer&) = delete;
     CliServer& operator=(const CliServer&) = delete;
 
-    /// Creates the socket file (mode 0600; one that a dead process left is replaced) and serves it. `prompt`
-    /// is what operators see before each line.
-    /// @return kOk; kBadPath, kOccupied, kInUse or kSystem (cli_listener.h), after one log line at level 14 and
-    ///         with nothing changed. Throws std::bad_alloc.
-    CliStatus Start(const std::string& path, unsigned int node, const std::string& prompt,
-                    const Options& options);
-    CliStatus Start(const std::string& path, unsigned int node, const std::string& prompt);
+    /// Creates the socket file (mode 0600) and serves it. Replaces a file that a dead process has left.
+    /// `prompt` is printed before each line of an operator. Throws std::bad_alloc.
+    /// @return kOk, or kBadPath, kOccupied, kInUse or kSystem (listener.h) after one log line at level 14;
+    ///         then nothing has changed.
+    [[nodiscard]] CliStatus Start(const std::string& path, unsigned int node, const std::string& prompt,
+                                  const Options& options);
+    [[nodiscard]] CliStatus Start(const std::string& path, unsigned int node, const std::string& prompt);
 
-    /// Ends all sessions, waits for the commands that run, and removes the socket file. Nothing when not
-    /// started. Not from a command; a command may call exit().
+    /// Ends all sessions, waits for running commands, and removes the socket file. Does nothing if not
+    /// started. A command must not call it, but may call exit().
     void Stop();
 
 private:

@@ -15,7 +15,7 @@
 namespace onu_mng_platform {
 namespace {
 
-// One character more than a line may have lets vty_execute() see that it is too long.
+// One character more than the limit, so that vty_execute() still refuses a line that is too long.
 constexpr size_t kMaxRequest = kCompleteVerb.size() + kMaxLine + 1;
 
 bool TakeStart(std::string_view* text, std::string_view start) {
@@ -24,7 +24,7 @@ bool TakeStart(std::string_view* text, std::string_view start) {
     return true;
 }
 
-// Behind "|" a "?" may belong to a regular expression.
+// After a "|" the "?" may belong to a regular expression.
 bool AsksForHelp(std::string_view line) {
     return !line.empty() && line.back() == '?' && line.find('|') == std::string_view::npos;
 }
@@ -44,7 +44,7 @@ bool CliSession::WantsInput() const {
     return !has_left_ && !is_running_ && !HasLine();
 }
 
-// Without an event to wait for the descriptor is left out: a peer that has gone would be reported for ever.
+// Without events the descriptor is left out, because poll() would report a closed connection again and again.
 pollfd CliSession::Poll() const {
     const int input = WantsInput() ? POLLIN : 0;
     const int output = output_.IsEmpty() ? 0 : POLLOUT;
@@ -70,7 +70,7 @@ void CliSession::Keep(std::string_view data) {
     last_active_ = Clock::now();
     input_.append(data);
     std::replace(input_.begin(), input_.end(), '\0', ' ');
-    // Of a line that is too long its size is all that counts.
+    // The rest of a line that is too long is not needed to refuse it.
     if (!HasLine() && input_.size() > kMaxRequest) input_.resize(kMaxRequest);
 }
 
@@ -94,7 +94,7 @@ void CliSession::Run() {
     });
     try {
         Answer();
-    } catch (...) { // memory is short, or a handler ends its thread
+    } catch (...) { // memory is short, or a handler has ended its thread
         output_.Break();
         bep_passTaskEnd();
     }
@@ -144,7 +144,7 @@ const char* CliSession::Ending() const {
 }
 
 void CliSession::Close(std::string_view farewell) {
-    output_.PutIfEmpty(farewell); // a command that runs may be filling the buffer
+    output_.PutIfEmpty(farewell); // does not block, although a running command may have filled the buffer
     output_.Send(socket_.get());
     output_.Break();
     socket_.Close();

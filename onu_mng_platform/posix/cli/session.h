@@ -16,7 +16,7 @@
 
 namespace onu_mng_platform {
 
-/// What the sessions of a server have in common.
+/// The common settings of a server's sessions.
 struct CliSessionSettings {
     unsigned int node = 0;
     std::string prompt;
@@ -25,43 +25,44 @@ struct CliSessionSettings {
     CliOutput::Limits output;
 };
 
-/// Reads requests, has one at a time run and sends what it prints (cli_protocol.h).
+/// Receives requests, runs them one at a time and sends their output (protocol.h).
 ///
-/// Thread safety: the server's task uses it, except for Run(), which a worker calls once for each
+/// Thread safety: only the server's thread uses it, except for Run(), which a worker calls once for each
 /// TakeRequest().
 class CliSession {
 public:
     using Clock = std::chrono::steady_clock;
 
-    /// `settings` and `wake`, which is set when the server has to look after the session, outlive it. `user`
-    /// names the operator in the log. Throws std::bad_alloc.
+    /// The session sets `wake` when the server must serve it. `settings` and `wake` must outlive the session.
+    /// `user` names the operator in the log. Throws std::bad_alloc.
     CliSession(Descriptor socket, const std::string& user, const CliSessionSettings& settings,
                const CliEvent* wake);
     CliSession(const CliSession&) = delete;
     CliSession& operator=(const CliSession&) = delete;
 
-    /// What to poll; the descriptor is -1 while there is nothing to wait for.
+    /// The events to poll for. The descriptor is -1 if there is nothing to wait for.
     pollfd Poll() const;
 
-    /// Receives and sends as the poll's events allow, without blocking. Throws std::bad_alloc.
+    /// Receives and sends according to the polled events. Does not block. Throws std::bad_alloc.
     void Serve(short events);
 
-    /// Whether a request is there to Run(); none is while one runs. Throws std::bad_alloc.
+    /// Takes the next complete request, unless one is running. @return whether Run() must be called. Throws
+    /// std::bad_alloc.
     bool TakeRequest();
     void Run();
 
-    /// How the operator has left; null while he has not. The session's owner then calls Close() and forgets
-    /// it.
+    /// How the operator has left; null if he has not. The owner must then close the session.
     const char* Ending() const;
 
-    /// Whether the operator does not read, or cannot any more: to be closed, too.
+    /// Whether the output buffer is broken, for instance because the operator does not read. The owner must
+    /// then close the session.
     bool IsStuck() const { return output_.IsBroken(); }
 
-    /// Gives the operator up, with a last line where nothing else is waiting to be sent; a request that runs
-    /// goes on into nowhere.
+    /// Closes the connection. Sends `farewell` first if no output is waiting. A running request goes on, but
+    /// its output is dropped.
     void Close(std::string_view farewell);
 
-    /// When the session has been silent for too long; far away while a request runs.
+    /// The time at which the idle limit is reached; the end of time while a request runs.
     Clock::time_point Deadline() const;
 
 private:
@@ -83,12 +84,12 @@ private:
     const CliSessionSettings& settings_;
     const CliEvent* const wake_;
     CliOutput output_;
-    const std::unique_ptr<vty, DestroyTerminal> terminal_; ///< of the worker while a request runs
+    const std::unique_ptr<vty, DestroyTerminal> terminal_; ///< used by the worker while a request runs
 
-    std::string input_;   ///< what was received and not taken yet
-    std::string request_; ///< of the worker while it runs
+    std::string input_;   ///< received, but not taken as a request yet
+    std::string request_; ///< used by the worker while the request runs
     Clock::time_point last_active_ = Clock::now();
-    bool has_left_ = false; ///< sends no more
+    bool has_left_ = false; ///< the operator has closed the connection
     bool was_running_ = false;
     std::atomic<bool> is_running_{false};
 };

@@ -1,4 +1,4 @@
-/// Output that cannot steer a terminal.
+/// Removes control characters from output.
 #ifndef ONU_MNG_PLATFORM_POSIX_CLI_TERMINAL_GUARD_H
 #define ONU_MNG_PLATFORM_POSIX_CLI_TERMINAL_GUARD_H
 
@@ -6,18 +6,18 @@
 
 namespace onu_mng_platform {
 
-/// How a terminal reads bytes from 0x80 on: as parts of UTF-8 characters, or each on its own.
+/// How a terminal decodes bytes from 0x80 on: as parts of UTF-8 characters, or as single characters.
 enum class Charset : unsigned char { kUtf8, kEightBit };
 
-/// The charset of the locale that the process has set; kEightBit unless that is UTF-8.
+/// The charset of the process's locale: kUtf8 if the locale is UTF-8, else kEightBit.
 Charset CharsetOfLocale();
 
-/// Replaces by "." the bytes that a terminal may obey: control characters except TAB, CR and LF, and those of
-/// the second set, 0x80 to 0x9F. For a UTF-8 terminal these are the characters U+0080 to U+009F, also in
-/// overlong forms, and such bytes outside of a character; for an eight-bit terminal the bytes themselves, also
-/// within a UTF-8 character.
+/// Replaces control characters by ".": the C0 set and DEL except TAB, CR and LF, and the C1 set, 0x80 to
+/// 0x9F. For a UTF-8 terminal the C1 set means the characters U+0080 to U+009F, also in overlong forms, and
+/// single bytes 0x80 to 0x9F. For an eight-bit terminal it means the bytes themselves, also within UTF-8
+/// characters.
 ///
-/// Used by one task, on one text that comes in pieces.
+/// One object cleans one text, which may come in pieces. Used by one task.
 class TerminalGuard {
 public:
     explicit TerminalGuard(Charset charset) : charset_(charset) {}
@@ -30,8 +30,8 @@ private:
     bool ContinuesCharacter(unsigned char byte);
 
     const Charset charset_;
-    unsigned char expected_ = 0; ///< bytes of the character that has begun
-    unsigned char low_ = 0x80;   ///< the least that the next of them may be
+    unsigned char expected_ = 0; ///< bytes that the current character still needs
+    unsigned char low_ = 0x80;   ///< minimum value of the next of them
 };
 
 } // namespace onu_mng_platform

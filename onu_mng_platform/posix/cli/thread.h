@@ -1,4 +1,4 @@
-/// Threads that serve operators.
+/// Starts the threads that serve operators.
 #ifndef ONU_MNG_PLATFORM_POSIX_CLI_THREAD_H
 #define ONU_MNG_PLATFORM_POSIX_CLI_THREAD_H
 
@@ -15,8 +15,8 @@
 
 namespace onu_mng_platform {
 
-/// Blocks, while it lives, the signals that are sent to the process; those that a fault of the running code
-/// raises still reach the host's handlers.
+/// Blocks signals while it lives. Signals that the running code itself raises by a fault still reach the
+/// host's handlers.
 class SignalShield {
 public:
     SignalShield() {
@@ -34,7 +34,7 @@ private:
     sigset_t before_{};
 };
 
-/// Does something at the end of a scope, however that is left: a handler may throw or end its thread.
+/// Runs an action at the end of a scope, also if a handler throws or ends its thread.
 template <typename Action>
 class Finally {
 public:
@@ -47,8 +47,7 @@ private:
     const Action action_;
 };
 
-/// Runs the body of a thread, which ends with it. An exception costs a log line; the end of a thread by
-/// pthread_exit() passes through.
+/// Runs the body of a thread. Logs an exception; lets the end of the thread by pthread_exit() pass.
 template <typename Body>
 void RunThread(const char* name, Body& body) {
     constexpr int kErrorLevel = 13;
@@ -63,11 +62,12 @@ void RunThread(const char* name, Body& body) {
     }
 }
 
-/// Starts a thread that leaves the process's signals to the host; `name`, a literal, has at most 15 characters.
-/// @return a thread that is not joinable, with errno set, when none could be started. Throws std::bad_alloc.
+/// Starts a thread that blocks the process's signals, so that the host's threads handle them. `name` is a
+/// literal of at most 15 characters. Throws std::bad_alloc.
+/// @return the thread; if it could not be started, a thread that is not joinable, with errno set.
 template <typename Body>
 std::thread StartThread(const char* name, Body&& body) {
-    const SignalShield shield; // inherited by the thread
+    const SignalShield shield; // the thread inherits the signal mask
     try {
         std::thread thread([name, body = std::forward<Body>(body)]() mutable { RunThread(name, body); });
         pthread_setname_np(thread.native_handle(), name);

@@ -15,7 +15,7 @@ bool CliWorkers::Submit(std::function<void()> job) {
     return true;
 }
 
-// With the lock taken, so that the new thread first sees the job.
+// The caller holds the lock, so the new thread does not run before the job is queued.
 void CliWorkers::AddThread() {
     if (threads_.size() == most_) return;
     threads_.reserve(most_);
@@ -23,7 +23,7 @@ void CliWorkers::AddThread() {
     if (thread.joinable()) threads_.push_back(std::move(thread));
 }
 
-// A job may call exit(), which stops this in the job's own thread.
+// If a job calls exit(), this runs in the job's own thread, which cannot join itself.
 void CliWorkers::Stop() {
     std::vector<std::thread> threads;
     {
@@ -47,7 +47,7 @@ void CliWorkers::Work() {
         job();
 }
 
-/// Waits for a job. @return none when stopping.
+/// Waits for a job. @return an empty function when stopping.
 std::function<void()> CliWorkers::Take() {
     std::unique_lock<std::mutex> lock(mutex_);
     ++idle_;
@@ -66,12 +66,12 @@ bool CliWorkers::IsOwnThread() const {
     });
 }
 
-/// A thread that a job has ended makes room for another.
+/// Removes the calling thread from the list if a job has ended it, so that another can be started.
 void CliWorkers::Forget(std::thread::id id) {
     const std::lock_guard<std::mutex> lock(mutex_);
     const auto is_meant = [id](const std::thread& thread) { return thread.get_id() == id; };
     const auto ended = std::find_if(threads_.begin(), threads_.end(), is_meant);
-    if (ended == threads_.end()) return; // Stop() waits for it
+    if (ended == threads_.end()) return; // Stop() joins the thread
     ended->detach();
     threads_.erase(ended);
 }

@@ -1,4 +1,4 @@
-/// Threads that run operators' commands.
+/// The worker threads that run operators' commands.
 #ifndef ONU_MNG_PLATFORM_POSIX_CLI_WORKERS_H
 #define ONU_MNG_PLATFORM_POSIX_CLI_WORKERS_H
 
@@ -11,8 +11,9 @@
 
 namespace onu_mng_platform {
 
-/// Starts a thread only when a job comes while all are busy, so there are as many as commands ever ran at
-/// once: mostly one. With as many threads as sessions a slow command holds up no other session.
+/// Runs jobs in worker threads. Starts a further thread only if all are busy, so there are as many threads as
+/// jobs have run at once; mostly one. If `most` is the number of sessions, a slow command does not block
+/// other sessions.
 ///
 /// Thread safety: one task submits and stops.
 class CliWorkers {
@@ -22,15 +23,15 @@ public:
     CliWorkers(const CliWorkers&) = delete;
     CliWorkers& operator=(const CliWorkers&) = delete;
 
-    /// Has `job` run soon. Does not block. @return false, with nothing taken, when there is no thread at all
-    /// for it. Throws std::bad_alloc.
-    bool Submit(std::function<void()> job);
+    /// Queues a job. Does not block. Throws std::bad_alloc.
+    /// @return false if there is no worker thread and none could be started; the job is then dropped.
+    [[nodiscard]] bool Submit(std::function<void()> job);
 
-    /// Drops the jobs that were not begun, waits for the others and ends the threads. Does not wait for the
-    /// job that calls it, by exit().
+    /// Drops queued jobs, waits for running ones and ends the threads. If a job calls it through exit(), it
+    /// does not wait for that job.
     void Stop();
 
-    /// Whether a job calls this.
+    /// Whether the caller is a job.
     bool IsOwnThread() const;
 
 private:

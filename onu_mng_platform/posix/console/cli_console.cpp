@@ -54,8 +54,9 @@ bool IsSameDevice(int one, int other) {
     return fstat(one, &a) == 0 && fstat(other, &b) == 0 && a.st_rdev == b.st_rdev;
 }
 
-// Opened anew, since a flag set on standard output would be one of everybody who has that terminal. By its
-// name it may belong to the user that this process had before; /dev/tty is open to all of the session.
+// Opens the terminal again, because O_NONBLOCK on standard output would affect all processes that share it.
+// The device may belong to another user if the process has changed its user; /dev/tty can be opened in any
+// case.
 Descriptor OpenTerminal() {
     constexpr int kFlags = O_WRONLY | O_NOCTTY | O_NONBLOCK | O_CLOEXEC;
     char name[64];
@@ -65,8 +66,8 @@ Descriptor OpenTerminal() {
     return Descriptor(open("/dev/tty", kFlags));
 }
 
-/// While it lives, log lines that go to the console's own terminal take the place of the row that is being
-/// edited, which is then drawn again below them.
+/// While it lives, a log line on the console's terminal overwrites the line that is being typed, which is
+/// then redrawn below.
 class LogScope {
 public:
     explicit LogScope(CliEvent& redraw) : is_set_(IsSameDevice(STDOUT_FILENO, STDERR_FILENO)) {
@@ -93,8 +94,8 @@ public:
     ~Loop() {
         stop_.Set();
         if (!thread_.joinable()) return;
-        // A terminal that is stopped by Ctrl-S would keep the editor from ending; a host that is in the
-        // background by now would itself be stopped for touching it.
+        // A terminal that is stopped by Ctrl-S would keep the editor from ending, so output is restarted. The
+        // shield blocks SIGTTOU, which would stop a host in the background for that.
         const SignalShield shield;
         do {
             tcflow(STDIN_FILENO, TCOOFF);
@@ -105,7 +106,7 @@ public:
 
     bool Start() {
         if (isatty(STDIN_FILENO) == 0 || isatty(STDOUT_FILENO) == 0) return false;
-        // Reading from it would be an error, or take what is typed for another program.
+        // In the background, reading would fail or take the input of another program.
         if (tcgetpgrp(STDIN_FILENO) != getpgrp()) return Refuse("the terminal is another job's");
         if (!screen_.IsOpen() || !stop_.IsValid() || !wake_.IsValid() || !redraw_.IsValid() ||
             !ended_.IsValid())
@@ -114,7 +115,7 @@ public:
         return thread_.joinable() || Refuse(std::generic_category().message(errno));
     }
 
-    /// Whether a command or `on_exit` calls this.
+    /// Whether the caller is a command or `on_exit`.
     bool IsOwnThread() const {
         return std::this_thread::get_id() == thread_.get_id() || worker_.IsOwnThread();
     }
@@ -163,9 +164,9 @@ private:
     CliEvent redraw_;
     const CliEvent ended_;
     const Descriptor screen_;
-    StatusRow status_{screen_.get()}; ///< of the task that starts and stops
+    StatusRow status_{screen_.get()}; ///< used by the task that starts and stops the console
     std::mutex text_lock_;            ///< guards `text_`
-    std::string text_;                ///< to be printed
+    std::string text_;                ///< text of `Print` that is not printed yet
     std::atomic<bool> cancel_leaves_{false};
     CliWorkers worker_{1};
     std::thread thread_;
@@ -178,7 +179,7 @@ void CliConsole::Loop::Run() {
     try {
         is_cut = Edit();
     } catch (const std::bad_alloc&) {
-        // There is no console without an editor.
+        // No memory for the editor: the console ends.
     }
     const std::string text = TakeText();
     std::fwrite(text.data(), 1, text.size(), stdout);
@@ -187,7 +188,7 @@ void CliConsole::Loop::Run() {
     if (options_.on_exit && !is_cut && !IsStopped()) options_.on_exit();
 }
 
-/// Serves lines. @return whether that has ended because the terminal is gone.
+/// Serves lines until the operator leaves. @return whether the terminal has disappeared.
 bool CliConsole::Loop::Edit() {
     const CliEditor::Events events{stop_, redraw_, [this] { return TakeText(); }, cancel_leaves_};
     CliEditor editor(prompt_,
@@ -204,7 +205,7 @@ bool CliConsole::Loop::IsSet(const CliEvent& event, int patience_ms) {
     return poll(&ready, 1, patience_ms) > 0;
 }
 
-/// @return false when the operator has left, or has to.
+/// Reads and runs one line. @return false if the console must end.
 bool CliConsole::Loop::Serve(CliEditor* editor) {
     try {
         const auto line = ReadLine(editor);
@@ -221,7 +222,7 @@ std::optional<std::string> CliConsole::Loop::ReadLine(CliEditor* editor) {
     return editor->Read();
 }
 
-/// @return false after "exit".
+/// Runs a line and shows its output. @return false after "exit".
 bool CliConsole::Loop::Execute(const std::string& line) {
     CliOutput output({}, &wake_, CharsetOfLocale());
     const Terminal terminal = MakeTerminal(PutInto, &output);
@@ -272,7 +273,7 @@ std::string CliConsole::Loop::Describe(const std::string& line) const {
 
 CliConsole::CliConsole() = default;
 
-// A command that calls exit() would wait for itself; the process ends in any case.
+// If a command calls exit(), the loop must not wait for that command. The process ends in any case.
 CliConsole::~CliConsole() {
     if (loop_ != nullptr && loop_->IsOwnThread()) (void)loop_.release();
 }

@@ -58,7 +58,7 @@ public:
 
     std::optional<std::string> Read() {
         do {
-            // Before the prompt, so that a key that is pressed at its sight is one of the editor's.
+            // The terminal is in raw mode before the prompt appears, so the editor gets every key after it.
             if (!input_.AwaitForeground()) return std::nullopt;
             el_set(edit_.get(), EL_PREP_TERM, 1);
             FitWindow();
@@ -130,7 +130,7 @@ private:
     std::string line_;
     HistoryFile kept_;
     LineRoom room_;
-    std::string typed_for_; ///< what TAB has yet to type for the operator
+    std::string typed_for_; ///< completed characters that are still to be fed to the editor
     std::mbstate_t half_read_{};
     bool is_quote_ = false; ///< the last key was Ctrl-V
     bool is_cancelled_ = false;
@@ -150,8 +150,9 @@ int CliEditor::Editing::Next(wchar_t* character) {
     return result;
 }
 
-/// Adds a byte to the character being read. A byte that belongs to no character is left out; half a character
-/// in front of it does not take it along. @return whether the character is complete.
+/// Adds a byte to the character that is being read. Drops invalid bytes. If the byte does not continue an
+/// incomplete character, drops that character and starts a new one. @return whether the character is
+/// complete.
 bool CliEditor::Editing::Convert(char byte, wchar_t* character) {
     constexpr auto kInvalid = static_cast<size_t>(-1);
     const bool is_first = std::mbsinit(&half_read_) != 0;
@@ -169,11 +170,14 @@ bool CliEditor::Editing::HasRoom(wchar_t key, bool is_quoted) {
     return room_.Admits(key, is_quoted, text, cells - std::min(prompt_.size(), cells));
 }
 
-/// Does what a key of ours does. The editing library is not told of them: it would never free their names.
+/// Handles the editor's own keys. They are not bound in the editing library, which would never free their
+/// names.
+/// @return whether the key was handled completely.
 bool CliEditor::Editing::TakeKey(char* byte) {
     const bool is_quoted = std::exchange(is_quote_, !is_quote_ && *byte == kQuote);
     if (is_quoted) return false;
-    // Nothing is thrown through the library, which is C: a key that memory is too short for does nothing.
+    // No exception may pass through the library, which is written in C. If memory is short, the key has no
+    // effect.
     try {
         if (*byte == '?') return Help(), true;
         if (*byte == '\t') return Complete(), true;
@@ -209,12 +213,12 @@ void CliEditor::Editing::PrintBelow(const std::string& text) {
 }
 
 void CliEditor::Editing::PrintWaiting() const {
-    events_->redraw.Clear(); // before taking: what comes now is told again
+    events_->redraw.Clear(); // before taking the text, so that later text sets the event again
     Print(events_->take_text());
 }
 
 void CliEditor::Editing::Redraw() {
-    Print("\r\x1b[K"); // it may have been drawn since
+    Print("\r\x1b[K"); // the line may have been redrawn meanwhile
     if (events_ != nullptr) PrintWaiting();
     el_set(edit_.get(), EL_REFRESH);
 }
@@ -225,14 +229,14 @@ bool CliEditor::Editing::IsLeft(char byte) const {
     return line->buffer == line->lastchar;
 }
 
-/// Takes the terminal again after others had it.
+/// Sets up the terminal again after other programs have used it.
 void CliEditor::Editing::Resume() {
     el_set(edit_.get(), EL_PREP_TERM, 0);
     el_set(edit_.get(), EL_PREP_TERM, 1);
     Redraw();
 }
 
-/// Rows and columns as the library takes the window to have.
+/// The rows and columns of the window according to the library.
 std::pair<int, int> CliEditor::Editing::Window() const {
     std::pair<int, int> window;
     el_get(edit_.get(), EL_GETTC, "li", &window.first);
@@ -240,8 +244,8 @@ std::pair<int, int> CliEditor::Editing::Window() const {
     return window;
 }
 
-/// Lines are broken where the window ends now. The library does not correct where it takes the cursor to be, so
-/// a line on the screen is to be drawn again. @return whether the window has changed.
+/// Tells the library the current size of the window. The library does not correct its cursor position, so the
+/// caller must redraw a line that is on the screen. @return whether the size has changed.
 bool CliEditor::Editing::FitWindow() {
     const auto before = Window();
     el_resize(edit_.get());
@@ -249,7 +253,7 @@ bool CliEditor::Editing::FitWindow() {
 }
 
 int CliEditor::Editing::End() {
-    // The library would set the terminal, also of somebody else.
+    // In the background the library must not change the terminal, which belongs to another job.
     if (IsInBackground()) el_set(edit_.get(), EL_EDITMODE, 0);
     return 0;
 }

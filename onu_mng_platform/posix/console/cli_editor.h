@@ -1,4 +1,4 @@
-/// Lines typed on a terminal.
+/// A line editor for a terminal.
 #ifndef ONU_MNG_PLATFORM_POSIX_CONSOLE_CLI_EDITOR_H
 #define ONU_MNG_PLATFORM_POSIX_CONSOLE_CLI_EDITOR_H
 
@@ -13,48 +13,48 @@
 
 namespace onu_mng_platform {
 
-/// Reads lines from standard input, a terminal, with editing, history, TAB and "?". Ctrl-C gives a line up,
-/// Ctrl-V types a key that would do something.
+/// Reads lines from a terminal on standard input, with editing, history, TAB and "?". Ctrl-C cancels a line.
+/// Ctrl-V inserts the next key literally.
 ///
-/// While the process is in the background nothing is read or drawn: with events Read() waits, without them the
-/// system stops the process. The settings of the terminal are restored when the process ends by exit().
+/// While the process is in the background nothing is read or drawn: with events Read() waits, without them
+/// the system stops the process. exit() restores the settings of the terminal.
 ///
-/// One at a time in a process, used by one task.
+/// A process has one editor at a time. Used by one task.
 class CliEditor {
 public:
-    /// What the keys ask, for the line up to the cursor.
+    /// The functions for TAB and "?". They get the line up to the cursor.
     struct Keys {
         std::function<Completion(const std::string& line)> complete;
         std::function<std::string(const std::string& line)> describe;
     };
 
-    /// What others tell the editor of a host's console.
+    /// Events from other tasks, for the console of a host.
     struct Events {
-        const CliEvent& stop;   ///< reading ends
-        const CliEvent& redraw; ///< something was written over the line, or is to stand above it
-        const std::function<std::string()> take_text; ///< what is to stand above the line; does not throw
-        const std::atomic<bool>& cancel_leaves;       ///< Ctrl-C on an empty line is the end of input
+        const CliEvent& stop;   ///< reading must end
+        const CliEvent& redraw; ///< the line was overwritten, or `take_text` has new text
+        /// Returns text to print above the line. Must not throw.
+        const std::function<std::string()> take_text;
+        const std::atomic<bool>& cancel_leaves; ///< Ctrl-C on an empty line ends the input
     };
 
-    /// With `events`, which outlive it, no key is a signal between lines either: Ctrl-C is for commands, not
-    /// for the host. Throws std::bad_alloc.
+    /// With `events`, no key raises a signal between lines either: Ctrl-C must not end the host. `events`
+    /// must outlive the editor. Throws std::bad_alloc.
     CliEditor(const std::string& prompt, Keys keys, const Events* events = nullptr);
     ~CliEditor();
     CliEditor(const CliEditor&) = delete;
     CliEditor& operator=(const CliEditor&) = delete;
 
-    /// Blocks until a line is typed.
-    /// @return it, without its end; nothing at the end of input or after `stop`. Throws std::bad_alloc, with a
-    ///         line lost.
+    /// Blocks until a line has been typed. Throws std::bad_alloc; the line is then lost.
+    /// @return the line without its line end; nothing at the end of input or after `stop`.
     std::optional<std::string> Read();
 
-    /// Whether reading has ended because the terminal is gone.
+    /// Whether reading has ended because the terminal has disappeared.
     bool IsCut() const;
 
-    /// Takes the earlier lines from a file, the last 500 of them, and adds each line that is read from now
-    /// on. Several editors may share the file.
-    /// @return false, with errno set and nothing kept, for a file that cannot be opened, is no regular one or
-    ///         belongs to another user. Throws std::bad_alloc.
+    /// Loads the last 500 lines of a history file and appends each further line to it. Several editors may
+    /// share the file. Throws std::bad_alloc.
+    /// @return false, with errno set, if the file cannot be opened, is not a regular file or belongs to
+    ///         another user. There is no history file then.
     bool KeepHistory(const std::string& path);
 
 private:

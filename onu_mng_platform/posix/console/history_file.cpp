@@ -14,9 +14,9 @@
 namespace onu_mng_platform {
 namespace {
 
-constexpr off_t kMostRead = 1 << 20; // bytes: twice what 500 of the longest lines take
+constexpr off_t kMostRead = 1 << 20; // bytes, twice the size of 500 lines of maximum length
 
-/// Keeps other processes from the file, unless one that hangs has it.
+/// Locks the file against other processes. Goes on without the lock if a process that hangs holds it.
 class FileLock {
 public:
     explicit FileLock(int file) : file_(file) {

@@ -1,4 +1,4 @@
-/// The lines of earlier sessions.
+/// The file with the lines of earlier sessions.
 #ifndef ONU_MNG_PLATFORM_POSIX_CONSOLE_HISTORY_FILE_H
 #define ONU_MNG_PLATFORM_POSIX_CONSOLE_HISTORY_FILE_H
 
@@ -9,18 +9,19 @@
 
 namespace onu_mng_platform {
 
-/// A file with one line for each line typed, the last one at the end. Several processes may share it.
+/// A file of typed lines, the oldest first. Several processes may share it.
 ///
-/// Used by one task. No operation waits for another process longer than 0.2 s. What cannot be written is not
-/// kept. All but Open() do nothing unless the file is open.
+/// Used by one task. An operation waits for other processes for at most 0.2 s. Write errors are ignored.
+/// Read() and Append() do nothing if the file is not open.
 class HistoryFile {
 public:
     /// Opens the file, or creates it with mode 0600.
-    /// @return false, with errno set, when it cannot be opened, is a link or no regular file, or belongs to
+    /// @return false, with errno set, if it cannot be opened, is a link or not a regular file, or belongs to
     ///         another user.
     bool Open(const std::string& path);
 
-    /// The last `most` lines. A file with more than twice as many is cut to them. Throws std::bad_alloc.
+    /// Returns the last `most` lines. If the file has more than twice as many, cuts it to these. Throws
+    /// std::bad_alloc.
     std::deque<std::string> Read(size_t most);
 
     /// Throws std::bad_alloc.

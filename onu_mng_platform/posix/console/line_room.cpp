@@ -5,16 +5,16 @@
 namespace onu_mng_platform {
 namespace {
 
-constexpr size_t kMostBytes = 2048;     // twice what a host takes
-constexpr size_t kKeptForSequences = 4; // columns: those that the library does not know become text
-constexpr size_t kColumnsOfByte = 4;    // at most, of a character that is not ASCII or not printable
+constexpr size_t kMostBytes = 2048;     // twice the longest line that a host accepts
+constexpr size_t kKeptForSequences = 4; // columns for an unknown escape sequence, which becomes text
+constexpr size_t kColumnsOfByte = 4;    // maximum per byte of a character that is not printable ASCII
 
 size_t ColumnsOf(std::string_view text) {
     const auto plain = std::count_if(text.begin(), text.end(), [](char c) { return c >= ' ' && c <= '~'; });
     return text.size() * kColumnsOfByte - static_cast<size_t>(plain) * (kColumnsOfByte - 1);
 }
 
-// One that cannot be shown takes up to "\U+10FFFF".
+// A character that cannot be shown takes up to 8 columns: "\U+1F600".
 size_t ColumnsOf(wchar_t key) {
     constexpr size_t kMost = 8;
     return key >= L' ' && key <= L'~' ? 1 : kMost;
@@ -30,8 +30,8 @@ bool LineRoom::Admits(wchar_t key, bool is_quoted, std::string_view line, size_t
     return line.size() < kMostBytes && needed < columns;
 }
 
-/// What stands behind ESC, or ESC [ and ESC O, is most often a key that does something.
-/// @return whether `key` stands there.
+/// Follows escape sequences: the keys after ESC, ESC [ and ESC O mostly belong to a function key.
+/// @return whether `key` belongs to an escape sequence.
 bool LineRoom::TakeSequence(wchar_t key) {
     constexpr wchar_t kEscape = L'\x1b';
     const State before = state_;

@@ -1,4 +1,4 @@
-/// How long a typed line may become.
+/// Limits the length of a typed line.
 #ifndef ONU_MNG_PLATFORM_POSIX_CONSOLE_LINE_ROOM_H
 #define ONU_MNG_PLATFORM_POSIX_CONSOLE_LINE_ROOM_H
 
@@ -6,16 +6,17 @@
 
 namespace onu_mng_platform {
 
-/// Tells characters that would make a line longer than the window from keys that do something. The editing
-/// library adds a character at the end of a line without looking whether its copy of the window has a row for
-/// it, and writes beyond the copy.
+/// Refuses characters that would make a line longer than the window. It exists because the editing library
+/// appends a character without checking that its copy of the window has room, and writes past the end of that
+/// copy.
 ///
 /// Used by one task.
 class LineRoom {
 public:
-    /// Takes the next key; one that is quoted becomes a part of the line, whatever it is.
-    /// @return whether the library may have it when `line` is typed and the window has `columns` in all its
-    ///         rows, those of the prompt not counted.
+    /// Checks the next key. A quoted key always becomes part of the line; otherwise a control key is always
+    /// admitted.
+    /// @return whether the key may be passed to the library. `line` is the typed line, `columns` the number
+    ///         of columns in all rows of the window without the prompt.
     bool Admits(wchar_t key, bool is_quoted, std::string_view line, size_t columns);
 
 private:

@@ -15,7 +15,7 @@ namespace {
 
 constexpr unsigned int kLeastRows = 4;
 
-// What every terminal since the VT100 obeys.
+// Sequences of the VT100, which all terminals know.
 constexpr const char* kSaveCursor = "\0337";
 constexpr const char* kRestoreCursor = "\0338";
 constexpr const char* kScrollEverywhere = "\033[r";
@@ -31,7 +31,7 @@ std::string BeginOf(unsigned int row) {
     return "\033[" + std::to_string(row) + ";1H";
 }
 
-/// The last column stays empty: not every terminal waits there for the next character before it wraps.
+/// The text that fits. The last column stays empty, because some terminals wrap as soon as it is written.
 std::string Fitting(const std::vector<std::string>& texts, size_t columns) {
     for (const std::string& text : texts) {
         if (text.size() < columns) return text;
@@ -49,7 +49,7 @@ bool StatusRow::Show(const std::vector<std::string>& texts) {
         return false;
     }
     Flush();
-    if (!unsent_.empty()) return true; // the terminal is stopped
+    if (!unsent_.empty()) return true; // output is stopped by Ctrl-S
     if (size.ws_row != rows_) Reserve(size.ws_row);
     unsent_ += kSaveCursor + BeginOf(rows_) + Fitting(texts, size.ws_col) + kClearToEnd +
                std::string(kRestoreCursor);
@@ -75,14 +75,15 @@ void StatusRow::Hide() {
     Flush();
 }
 
-// From the background too, where the system would stop the process for writing: the row is to go.
+// The shield blocks SIGTTOU: the row must be removed also in the background, where writing would stop the
+// process.
 void StatusRow::Flush() {
     const SignalShield shield;
     while (!unsent_.empty()) {
         const ssize_t sent = write(screen_, unsent_.data(), unsent_.size());
         if (sent < 0 && errno == EINTR) continue;
         if (sent < 0 && errno == EAGAIN) return;
-        if (sent < 0) return unsent_.clear(); // the terminal is gone
+        if (sent < 0) return unsent_.clear(); // the terminal has disappeared
         unsent_.erase(0, static_cast<size_t>(sent));
     }
 }

@@ -38,7 +38,7 @@ TerminalInput::Event TerminalInput::Wait(char* byte) {
     }
 }
 
-/// In raw mode no key means the end of input, so that only a terminal that is gone ends it.
+/// In raw mode no key ends the input, so the end of input means that the terminal has disappeared.
 bool TerminalInput::Read(char* byte) {
     const ssize_t size = read(STDIN_FILENO, byte, 1);
     const bool may_go_on = size < 0 && (errno == EINTR || errno == EAGAIN || IsAway());

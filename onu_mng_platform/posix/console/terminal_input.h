@@ -1,4 +1,4 @@
-/// What an editor waits for.
+/// The input of a line editor.
 #ifndef ONU_MNG_PLATFORM_POSIX_CONSOLE_TERMINAL_INPUT_H
 #define ONU_MNG_PLATFORM_POSIX_CONSOLE_TERMINAL_INPUT_H
 
@@ -7,7 +7,7 @@
 
 namespace onu_mng_platform {
 
-/// The bytes that are typed on standard input, a terminal in raw mode, and what happens meanwhile.
+/// Waits for bytes from standard input, a terminal in raw mode, and for events.
 ///
 /// Used by one task.
 class TerminalInput {
@@ -15,21 +15,22 @@ public:
     enum class Event : unsigned char {
         kByte,
         kRedraw,
-        kResumed, ///< others may have had the terminal
+        kResumed, ///< other programs may have used the terminal
         kEnd,
     };
 
-    /// For a host: reading ends when `stop` is set, and while the terminal is another job's it waits. Without
-    /// events, both null, the system stops the process then. They outlive this.
+    /// With events, reading ends when `stop` is set, and waits while the terminal belongs to another job.
+    /// Both events may be null; the system then stops the process while the terminal belongs to another job.
+    /// They must outlive this object.
     TerminalInput(const CliEvent* stop, const CliEvent* redraw) : stop_(stop), redraw_(redraw) {}
 
-    /// Blocks until something happens. A redraw is told again until its event is cleared.
+    /// Blocks until an event. Reports kRedraw again until `redraw` is cleared.
     Event Wait(char* byte);
 
-    /// Blocks while the terminal is another job's. @return false when reading ends.
+    /// Blocks while the terminal belongs to another job. @return false if `stop` is set meanwhile.
     bool AwaitForeground();
 
-    /// Whether reading has ended because the terminal is gone.
+    /// Whether reading has ended because the terminal has disappeared.
     bool IsCut() const { return is_cut_; }
 
 private:

@@ -15,7 +15,7 @@ termios g_kept;                     // constant while g_is_kept
 std::atomic<bool> g_is_kept{false}; // lock-free, for signal handlers
 std::atomic<const CliEvent*> g_resumed{nullptr};
 
-// At once: a terminal that is stopped by Ctrl-S would never let the output drain.
+// TCSANOW does not wait for pending output, which a terminal stopped by Ctrl-S would never take.
 void Restore() {
     if (g_is_kept && !IsInBackground()) tcsetattr(STDIN_FILENO, TCSANOW, &g_kept);
 }
@@ -37,8 +37,8 @@ bool IsLeftToTheSystem(int signal) {
     return sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_DFL;
 }
 
-/// Ends or stops the process as the system does by default. The signal may be blocked in a handler; it would then
-/// stay pending, and call the handler again and again.
+/// Lets the signal take its default action. Unblocks it first, because a signal that is blocked in its
+/// handler would stay pending and call the handler again and again.
 void TakeDefaultAction(int signal) {
     Handle(signal, SIG_DFL, 0);
     sigset_t only;

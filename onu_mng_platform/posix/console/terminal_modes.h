@@ -1,4 +1,4 @@
-/// The settings of the terminal while an editor has changed them.
+/// Restores the settings of the terminal that an editor changes.
 #ifndef ONU_MNG_PLATFORM_POSIX_CONSOLE_TERMINAL_MODES_H
 #define ONU_MNG_PLATFORM_POSIX_CONSOLE_TERMINAL_MODES_H
 
@@ -9,22 +9,22 @@ namespace onu_mng_platform {
 /// Whether the terminal of standard input belongs to another job of the shell. Async-signal-safe.
 bool IsInBackground();
 
-/// Remembers the settings of standard input's terminal while it lives. They are restored when the process ends
-/// by exit(), in whatever thread, and by the signals of RestoreOnSignals(); not in the background.
+/// Saves the settings of standard input's terminal. While the object lives, exit() in any thread and the
+/// signals of RestoreOnSignals() restore them, unless the process is in the background.
 ///
-/// One at a time in a process, used by one task.
+/// A process has one object at a time. Used by one task.
 class TerminalModes {
 public:
-    /// Sets `resumed`, which outlives it, when the process goes on after it was stopped, unless the host handles
-    /// SIGCONT itself.
+    /// Sets `resumed` when the process continues after it was stopped, unless the host handles SIGCONT
+    /// itself. `resumed` must outlive the object.
     explicit TerminalModes(const CliEvent& resumed);
     ~TerminalModes();
     TerminalModes(const TerminalModes&) = delete;
     TerminalModes& operator=(const TerminalModes&) = delete;
 
-    /// Has the signals that end a process (SIGHUP, SIGINT, SIGQUIT, SIGTERM) or stop it (SIGTSTP) restore the
-    /// terminal first. Signals that are ignored stay so. For programs that do not handle them; call once, before
-    /// other tasks are started.
+    /// Installs handlers that restore the terminal before SIGHUP, SIGINT, SIGQUIT or SIGTERM end the process
+    /// or SIGTSTP stops it. Signals that are ignored or handled already are left alone. Call it once, before
+    /// other tasks start.
     static void RestoreOnSignals();
 };
 
