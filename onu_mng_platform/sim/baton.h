@@ -1,4 +1,4 @@
-/// What is handed from thread to thread.
+/// The baton of a thread: a thread runs only while it holds it.
 #ifndef ONU_MNG_PLATFORM_SIM_BATON_H
 #define ONU_MNG_PLATFORM_SIM_BATON_H
 
@@ -8,7 +8,7 @@
 
 namespace onu_mng_platform {
 
-/// The place of one thread to wait until it is its turn.
+/// One thread waits here for its turn.
 class Baton {
 public:
     Baton() { sem_init(&turn, 0, 0); }
@@ -23,7 +23,7 @@ public:
         }
     }
 
-    /// Returns false when the turn did not come within `seconds` of real time.
+    /// Returns false if the turn does not come within `seconds` of real time.
     bool TakeWithin(int seconds) {
         timespec deadline{};
         clock_gettime(CLOCK_REALTIME, &deadline);

@@ -36,7 +36,7 @@ std::int64_t Blocks::Taken(void* block, std::size_t size) {
     return last_number;
 }
 
-// The pool keeps nothing of its own in the blocks that are free.
+// Free blocks may be overwritten: the pool stores no data in them.
 void Blocks::Returned(void* block) {
     const auto entry = blocks.find(block);
     if (entry == blocks.end()) return;

@@ -8,27 +8,27 @@
 
 namespace onu_mng_platform {
 
-/// Numbers pools and blocks independently of what was there before the run, and fills blocks: a program that
-/// reads what it has not written yet, or what it has given back already, finds neither zeros nor its old
+/// Numbers the pools and blocks of a run, independently of earlier ones. Fills blocks when they are allocated
+/// and freed, so that a program that reads uninitialised or freed memory finds neither zeros nor its old
 /// bytes.
 class Blocks {
 public:
-    /// Pools from now on count from 1.
+    /// Starts a run: new pools count from 1.
     void Begin();
 
-    /// Of a pool that was there before: below 0; of none: 0.
+    /// Returns the number of a pool: below 0 for a pool from before the run, 0 for an invalid id.
     std::int64_t PoolNumber(int pool_id) const;
-    /// Of a block that was not taken in the run: 0.
+    /// Returns the number of a block; 0 for a block that was not allocated in the run.
     std::int64_t Number(const void* block) const;
 
-    /// Returns the block's number, from 1; 0 for null.
+    /// Records an allocation. Returns the block's number, from 1; 0 for null.
     std::int64_t Taken(void* block, std::size_t size);
     void Returned(void* block);
 
 private:
     struct Block {
         std::int64_t number;
-        std::size_t size; ///< 0: given back
+        std::size_t size; ///< 0: freed
     };
 
     int old_pools = 0;

@@ -1,4 +1,4 @@
-/// The things on the board: queues, semaphores and tasks by their ids.
+/// The objects on the board: queues, semaphores and tasks.
 #ifndef ONU_MNG_PLATFORM_SIM_BOARD_H
 #define ONU_MNG_PLATFORM_SIM_BOARD_H
 
@@ -34,7 +34,7 @@ struct Object {
 
     const ObjectKind kind;
     std::uint32_t id = 0;
-    bool deleted = false; ///< gone for callers; tasks that wait for it still hold it
+    bool deleted = false; ///< callers no longer find it; tasks that wait for it still hold it
 };
 
 struct Queue : Object {
@@ -44,14 +44,14 @@ struct Queue : Object {
           lengths(max_msgs), numbers(max_msgs) {}
 
     void Put(const char* data, std::size_t size, std::uint64_t number);
-    /// Copies at most `room` bytes of the oldest message; returns how many.
+    /// Removes the oldest message and copies at most `room` bytes of it. Returns the number of bytes copied.
     std::size_t Get(char* data, std::size_t room, std::uint64_t& number);
 
     const std::size_t capacity;
     const std::size_t message_size;
     std::vector<char> bytes; ///< a ring of `capacity` messages
     std::vector<std::size_t> lengths;
-    std::vector<std::uint64_t> numbers; ///< by which a record knows a message again
+    std::vector<std::uint64_t> numbers; ///< identify the messages in the record
     std::size_t first = 0;
     std::size_t count = 0;
 };
@@ -63,11 +63,11 @@ struct BinarySemaphore : Object {
 
     const bool is_lock; ///< created available
     bool available;
-    std::string taker; ///< the task that took it last, and where
-    CallSite taken_at;
+    std::string taker; ///< the task that took it last
+    CallSite taken_at; ///< where it took it
 };
 
-/// What keeps a task from running.
+/// The condition that a task waits for.
 enum class WaitKind {
     kNothing,
     kReceive,
@@ -76,8 +76,8 @@ enum class WaitKind {
     kTime,
     kEndOfTask,
     kEndOfHosts,
-    kOthers, ///< for the moment at which nothing else runs
-    kOwnEnd, ///< to be deleted, in a call for a queue that is gone
+    kOthers, ///< until no other task can run
+    kOwnEnd, ///< to be deleted, in a call on a deleted queue
 };
 
 struct Wait {
@@ -86,10 +86,11 @@ struct Wait {
     SimTime deadline = kNever;
     CallSite site;
     SimTime since{0};
-    bool can_end = false; ///< the task may be ended in this wait
+    bool can_end = false; ///< the task may end in this wait
 };
 
-/// Whether what a wait waits for is there; never for one that only its deadline or the scheduler ends.
+/// Whether the condition of a wait holds. Always false for waits that only the deadline or the scheduler
+/// ends.
 bool IsMet(const Wait& wait);
 
 class SimRun;
@@ -105,61 +106,61 @@ struct Task : Object {
     std::string name;
     std::int64_t number = 0;      ///< in reports, as `Board::Number`
     TaskCalls* calls = nullptr;   ///< its last calls, in the record
-    RecordedCall* call = nullptr; ///< the call that it is in
+    RecordedCall* call = nullptr; ///< the current call
     unsigned int priority = 0;
-    bool is_host = false; ///< the run waits for its end
+    bool is_host = false; ///< the run does not end before this task
     std::function<void()> entry;
 
     pthread_t thread{};
     Baton baton;
     Wait wait;
-    const Task* deletes = nullptr; ///< the task for whose end it waits
+    const Task* deletes = nullptr; ///< the task that it is deleting
     bool end_requested = false;
     bool ended = false;
     int safe_depth = 0;
     int static_depth = 0; ///< function-local statics that it is constructing
-    int board_depth = 0;  ///< not 0 while it works for the board and not for the program
+    int board_depth = 0;  ///< not 0 while it runs the board's own code
 };
 
-/// The calling thread's task; null in a thread that is none.
+/// The calling thread's task; null in other threads.
 Task* CurrentTask();
 void SetCurrentTask(Task* task);
 
-/// Objects by id. Ids count up through all kinds and are never used again. No lock: only the task whose turn
-/// it is, or the one thread outside of a run, comes here.
+/// The objects by id. All kinds share one counter for ids, and no id is reused. No lock is needed: only the
+/// task whose turn it is uses the board, or the only thread outside a run.
 class Board {
 public:
     static Board& Instance();
 
     std::uint32_t Add(std::shared_ptr<Object> object);
-    /// Takes an object off the board; those that wait for it keep it.
+    /// Removes an object from the board. Tasks that wait for it still hold it.
     void Remove(Object& object);
-    /// Takes every task off the board.
+    /// Removes all tasks from the board.
     void RemoveTasks();
 
-    /// Null for an id that is none, or of another kind.
+    /// Returns null for an unknown id and for one of another kind.
     template <class T>
     std::shared_ptr<T> Find(std::uint32_t id) const {
         if (!WasEver(id, T::kKind)) return nullptr;
         return std::static_pointer_cast<T>(entries[id - 1].object);
     }
-    /// Whether the id was given to an object of this kind, which may be gone.
+    /// Whether the id belongs to an object of this kind, even a deleted one.
     bool WasEver(std::uint32_t id, ObjectKind kind) const {
         return id != 0 && id <= entries.size() && entries[id - 1].kind == kind;
     }
 
-    /// Numbers from now on count from here.
+    /// Starts the numbers of a run.
     void BeginNumbers() { last_old_id = static_cast<std::uint32_t>(entries.size()); }
-    /// What stands for an id in records and reports, the same in two runs of a seed: counted from the start
-    /// of the run; what was on the board before keeps its id, below 0.
+    /// Returns the number that replaces an id in records and reports, because it is the same in all runs of a
+    /// seed. It counts from 1 in the run. Objects from before the run have their negative id.
     std::int64_t Number(std::uint32_t id) const {
         return id > last_old_id ? std::int64_t{id} - last_old_id : -std::int64_t{id};
     }
 
-    /// What is there now, counted from nothing.
+    /// The present objects and blocks, including those from before the run.
     SimHoldings Holdings() const;
 
-    /// The run that goes on; null for none.
+    /// The current run; null if there is none.
     std::atomic<SimRun*> run{nullptr};
     std::atomic<bool> has_run{false}; ///< a run has ended in this process
 

@@ -16,8 +16,9 @@ using namespace onu_mng_platform;
 #define __real_nanosleep __real___nanosleep64
 #endif
 
-// The linker leads every call of the library and of the program here (--wrap); what is no task of a run, and
-// what asks for another clock than the calendar's or the monotonic ones, gets the system's answer.
+// The linker redirects every call of the library and of the program to these functions (--wrap). Callers that
+// are not tasks of a run, and requests for other clocks than the calendar and the monotonic ones, get the
+// system's answer.
 extern "C" {
 int __real_clock_gettime(clockid_t clock, timespec* time);
 int __real_nanosleep(const timespec* request, timespec* remaining);

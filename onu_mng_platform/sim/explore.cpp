@@ -12,16 +12,16 @@ namespace onu_mng_platform {
 namespace {
 
 constexpr std::size_t kBatch = 500;
-constexpr std::size_t kMostChoices = 8u << 20; ///< of one batch; memory is taken as it is used
+constexpr std::size_t kMostChoices = 8u << 20; ///< in one batch; unused pages of the mapping take no memory
 constexpr std::size_t kReportSize = 256u << 10;
 
 } // namespace
 
-/// What a copy of the process tells of its batch.
+/// The results of a batch, in memory shared with the copy of the process.
 struct Explorer::Results {
-    std::size_t done;              ///< schedules that were run
-    std::size_t first[kBatch + 1]; ///< where the choices of each begin
-    bool has_failed;               ///< the one after those that were done
+    std::size_t done;              ///< number of schedules that have run
+    std::size_t first[kBatch + 1]; ///< index of the first choice of each
+    bool has_failed;               ///< the schedule number `done` has failed
     char report[kReportSize];
     Choice choices[kMostChoices];
 
@@ -77,7 +77,7 @@ void Explorer::RunBatch(std::deque<Candidate>& waiting, unsigned int preemptions
     if (results->has_failed || status != 0) Fail(batch[results->done], status);
 }
 
-// The first run of a process differs from the later ones: singletons are made.
+// The first run in a process differs from later ones, because it creates the singletons.
 void Explorer::RunCandidates(const std::vector<Candidate>& batch) {
     if (!options.fresh_process && !RunSchedule({})) return;
     for (const Candidate& candidate : batch) {
@@ -86,7 +86,7 @@ void Explorer::RunCandidates(const std::vector<Candidate>& batch) {
     }
 }
 
-// Returns false when the batch ends with it.
+// Returns false if the batch must end, because the schedule has failed or the results are full.
 bool Explorer::RunSchedule(const Candidate& candidate) {
     SimOptions run_options = options.run;
     run_options.decisions = DecisionsText(candidate.decisions);

@@ -16,12 +16,12 @@ namespace onu_mng_platform {
 
 /// Runs every schedule once: first all without a preemption, then all with one, and so on.
 ///
-/// A schedule is the list of its decisions. Running it shows every further choice that it came to; each
-/// option there that it did not take makes another schedule, with one decision more. So each is made exactly
-/// once, by the one that lacks its last decision.
+/// A schedule is a list of decisions. A run reports all choices after the last decision. Each option that it
+/// did not take gives a new schedule with one more decision. So each schedule is created exactly once, from
+/// the one without its last decision.
 ///
-/// The schedules run in copies of this process, some hundred in each. A copy that dies names its schedule in
-/// the memory that it shares with this process.
+/// The schedules run in copies of this process, several hundred in each. Memory shared with the copies holds
+/// the results, so the failing schedule is known even if a copy dies.
 class Explorer {
 public:
     using Scenario = std::function<bool(Simulation&)>;
@@ -29,13 +29,13 @@ public:
     Explorer(const SimExploreOptions& explore_options, const Scenario& of_scenario);
 
     SimExploration Run();
-    /// Runs the schedule of `SimExploreOptions::decisions` alone, in this process.
+    /// Runs only the schedule of `SimExploreOptions::decisions`, in this process.
     SimExploration Replay();
 
 private:
     struct Candidate {
         Decisions decisions;
-        std::uint32_t history = 0; ///< that its last choice must have
+        std::uint32_t history = 0; ///< expected `Choice::history` at the last decision
     };
     struct Results;
 
@@ -49,8 +49,8 @@ private:
 
     const SimExploreOptions options;
     const Scenario& scenario;
-    std::vector<std::deque<Candidate>> candidates; ///< by their preemptions
-    std::shared_ptr<Results> results;              ///< of a batch, written by the copy
+    std::vector<std::deque<Candidate>> candidates; ///< by number of preemptions
+    std::shared_ptr<Results> results;              ///< of one batch, written by the copy of the process
     SimExploration found;
 };
 

@@ -3,8 +3,8 @@
 
 #include "onu_mng_platform/sim/faults_new.h"
 
-// Replaces the program's `operator new`, so that a run can let the memory of the program's own containers
-// end.
+// Replaces the program's `operator new`, so that a run can make the allocations of the program's containers
+// fail.
 
 namespace {
 

@@ -1,4 +1,4 @@
-/// Which calls of a run are to fail.
+/// Decides which calls of a run fail.
 #ifndef ONU_MNG_PLATFORM_SIM_FAULTS_H
 #define ONU_MNG_PLATFORM_SIM_FAULTS_H
 
@@ -13,8 +13,7 @@ namespace onu_mng_platform {
 
 class Faults {
 public:
-    /// Draws from numbers of its own: asking for faults leaves the schedule as it was up to the first of
-    /// them.
+    /// Has its own random numbers, so requesting faults does not change the schedule before the first fault.
     explicit Faults(std::uint64_t seed) : random(~seed) {}
 
     void FailNth(SimFault kind, unsigned int nth, unsigned int then) { Of(kind) = {nth, nth, then}; }
@@ -22,7 +21,7 @@ public:
     void FailShare(SimFault kind, unsigned int one_in) { Of(kind) = {1, UINT64_MAX, 0, one_in}; }
     void FailNone() { plans = {}; }
 
-    /// Counts a call; whether it is to fail. Does not allocate.
+    /// Counts a call. Returns whether it must fail. Does not allocate.
     bool Take(SimFault kind) {
         const bool by_kind = Hits(Of(kind));
         if (!Hits(Of(SimFault::kAny)) && !by_kind) return false;
@@ -30,7 +29,7 @@ public:
         return true;
     }
 
-    /// Of a kind; of `kAny`: all.
+    /// Returns the number of failed calls of a kind; with `kAny` of all kinds.
     unsigned int Failed(SimFault kind) const {
         if (kind != SimFault::kAny) return failed[static_cast<std::size_t>(kind)];
         return std::accumulate(failed.begin(), failed.end(), 0u);

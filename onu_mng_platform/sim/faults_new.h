@@ -3,8 +3,8 @@
 
 namespace onu_mng_platform {
 
-/// Counts an allocation of the calling task; whether it was told to fail. False outside of tasks, and for
-/// what the board itself allocates. Does not allocate.
+/// Counts an allocation of the calling task. Returns whether it must fail. Returns false outside tasks and
+/// for allocations of the board itself. Does not allocate.
 bool NewIsToFail() noexcept;
 
 } // namespace onu_mng_platform

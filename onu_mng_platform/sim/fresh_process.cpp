@@ -26,7 +26,7 @@ int ResultOf(pid_t process) {
 } // namespace
 
 int RunInFreshProcess(const std::function<int()>& scenario) {
-    std::fflush(nullptr); // what is buffered would be written twice
+    std::fflush(nullptr); // otherwise both processes would write the buffered output
     const pid_t process = fork();
     if (process == 0) std::exit(scenario());
     return process > 0 ? ResultOf(process) : kNotStarted;

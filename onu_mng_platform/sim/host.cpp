@@ -10,7 +10,7 @@
 
 using namespace onu_mng_platform;
 
-// What every port has alike, with a call of the board around it.
+// The functions that all ports share, each inside a call of the board.
 
 namespace {
 

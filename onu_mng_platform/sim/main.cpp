@@ -6,8 +6,8 @@
 
 using namespace onu_mng_platform;
 
-// Puts the board under a whole program: the linker leads the start of the program here (--wrap), and its
-// main() becomes the host's start-up task.
+// Runs a whole program on the board. The linker redirects the start of the program to this function (--wrap),
+// and the program's main() becomes the host's start-up task.
 
 extern "C" {
 int __real_main(int argc, char** argv);
@@ -27,7 +27,7 @@ int __wrap_main(int argc, char** argv) {
     int status = EXIT_FAILURE;
     Simulation board(SeedFromEnvironment());
     const SimResult& result = board.Run([&] {
-        ulogSetSink(nullptr, nullptr); // the program's lines belong on standard error
+        ulogSetSink(nullptr, nullptr); // the program's log lines go to standard error
         status = __real_main(argc, argv);
     });
     if (result.Ok()) return status;

@@ -5,7 +5,7 @@ using namespace onu_mng_platform;
 
 namespace {
 
-constexpr std::size_t kMostBytes = 256u << 20; ///< of one queue: the board's memory has an end
+constexpr std::size_t kMostBytes = 256u << 20; ///< maximum size of a queue, as a board's memory is limited
 
 constexpr CallName kCreate{"msgQCreate", "queue", "max_msgs", "msg_size"};
 constexpr CallName kSend{"msgQSend", "queue", "len", "ticks"};

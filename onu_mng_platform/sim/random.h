@@ -1,4 +1,4 @@
-/// Numbers from a seed.
+/// Random numbers from a seed.
 #ifndef ONU_MNG_PLATFORM_SIM_RANDOM_H
 #define ONU_MNG_PLATFORM_SIM_RANDOM_H
 
@@ -6,8 +6,8 @@
 
 namespace onu_mng_platform {
 
-/// SplitMix64. Own code because the distributions of the standard library differ between libraries, and a
-/// seed has to mean the same run everywhere.
+/// SplitMix64. The standard library is no alternative: its distributions differ between implementations, and
+/// a seed must give the same run everywhere.
 class Random {
 public:
     explicit Random(std::uint64_t seed) : state(seed) {}
@@ -20,7 +20,7 @@ public:
         return mixed ^ (mixed >> 31);
     }
 
-    /// A number below `limit`, which is not 0.
+    /// Returns a number below `limit`. `limit` must not be 0.
     std::uint32_t Below(std::size_t limit) {
         return static_cast<std::uint32_t>(((Next() >> 32) * limit) >> 32);
     }

@@ -11,10 +11,10 @@ namespace onu_mng_platform {
 
 namespace {
 
-constexpr int kLogThreshold = 10; ///< of a log that nobody touched
+constexpr int kLogThreshold = 10; ///< the log's default
 constexpr unsigned int kHostPriority = 100;
 
-/// Null for the machine's own.
+/// Sets the time zone; null means the machine's.
 void SetZone(const char* zone) {
     if (zone != nullptr)
         setenv("TZ", zone, 1);

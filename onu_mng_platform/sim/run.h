@@ -1,4 +1,4 @@
-/// Everything that belongs to one run.
+/// The state of one run.
 #ifndef ONU_MNG_PLATFORM_SIM_RUN_H
 #define ONU_MNG_PLATFORM_SIM_RUN_H
 
@@ -29,10 +29,10 @@ public:
     /// See `Simulation::Explain`.
     std::string Explain() const;
 
-    /// Since 1970.
+    /// The calendar time since 1970.
     SimTime Calendar() const;
 
-    /// Puts a task on the board and starts it. Null when the system has no thread.
+    /// Adds a task to the board and starts it. Returns null if the system cannot provide a thread.
     std::shared_ptr<Task> Spawn(const char* name, unsigned int priority, std::size_t stack_size,
                                 std::function<void()> entry, bool is_host);
 
@@ -43,7 +43,7 @@ public:
     Blocks blocks;
     std::vector<SimLogLine> log;
     std::vector<std::pair<unsigned int, int>> opened_levels; ///< module and level
-    std::uint64_t messages = 0;                              ///< that were sent
+    std::uint64_t messages = 0;                              ///< number of messages sent
     SimTime calendar_step{0};
     SimHoldings before{};
     SimResult result;
@@ -53,7 +53,7 @@ private:
     void End();
     std::string Origin() const;
 
-    std::optional<std::string> zone_before; ///< TZ in the environment
+    std::optional<std::string> zone_before; ///< TZ in the environment before the run
 };
 
 timespec ToTimespec(SimTime time);

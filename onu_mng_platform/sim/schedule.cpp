@@ -9,8 +9,8 @@ namespace onu_mng_platform {
 
 namespace {
 
-/// Swarm testing: how often tasks are switched differs from seed to seed, since some interleavings show only
-/// when tasks run long and others only when they hardly run.
+/// Swarm testing: the rate of task switches differs between seeds, because some interleavings need long runs
+/// of a task and others frequent switches.
 unsigned int SwitchOneIn(const SimOptions& options, Random& random) {
     constexpr unsigned int kChoices[] = {1, 2, 4, 16, 64};
     if (options.by_priority) return 1;

@@ -1,4 +1,4 @@
-/// Which task goes on.
+/// Chooses the next task.
 #ifndef ONU_MNG_PLATFORM_SIM_SCHEDULE_H
 #define ONU_MNG_PLATFORM_SIM_SCHEDULE_H
 
@@ -12,45 +12,45 @@
 
 namespace onu_mng_platform {
 
-/// One choice between ready tasks that a schedule of decisions came to.
+/// One choice between ready tasks in the run of a schedule.
 struct Choice {
-    std::uint32_t history; ///< a hash of who was ready and who was chosen before, and of who is ready here
+    std::uint32_t history; ///< hash of all ready tasks so far and of all tasks chosen before
     std::uint16_t options;
-    std::uint16_t preempts; ///< 1: option 0 is the running task, every other takes its turn away
+    std::uint16_t preempts; ///< 1: option 0 is the running task, every other option preempts it
 };
 
-/// At choice number `choice`, option number `option` is taken.
+/// At choice number `choice`, take option number `option`.
 struct Decision {
     std::uint32_t choice;
     std::uint32_t option;
 };
 using Decisions = std::vector<Decision>;
 
-/// "7:1 19:2"; what is no decision ends the list.
+/// "7:1 19:2". Parsing stops at invalid text.
 Decisions ParseDecisions(const std::string& text);
 std::string DecisionsText(const Decisions& decisions);
 
-/// Chooses from the seed of a run, or by decisions: then the running task goes on as long as it can, and after
-/// it the one that was started first, but where a decision says otherwise.
+/// Chooses by the seed of a run, or by decisions. Without a decision for a choice, the running task continues
+/// while it can; after that, the ready task that was started first runs.
 class Schedule {
 public:
     explicit Schedule(const SimOptions& options);
 
-    /// Whether another task may take the turn of one that could go on. Draws a number from the seed.
+    /// Whether the running task may be preempted now. Draws a random number if the schedule follows a seed.
     bool MayPreempt();
-    /// Which of the tasks, which are at least one, goes on. `running` is one of them if it could go on, else
-    /// null.
+    /// Returns the task that runs next. `ready` must not be empty. `running` is one of them if it can
+    /// continue, else null.
     Task* Choose(const std::vector<Task*>& ready, const Task* running, SimTime now);
 
-    /// A schedule of decisions chooses only between these.
+    /// A schedule of decisions makes choices only between these two calls.
     void BeginChoices() { is_open = has_begun = true; }
     void EndChoices() { is_open = false; }
     bool HasBegun() const { return has_begun; }
 
-    /// Whether every decision was come to and could be taken.
+    /// Whether the run reached every decision and could take it.
     bool FollowsDecisions() const { return !is_lost && next_decision == decisions.size(); }
     const std::vector<Choice>& Choices() const { return choices; }
-    /// One line for each decision that was taken.
+    /// One line for each decision taken.
     const std::vector<std::string>& Taken() const { return taken; }
 
 private:

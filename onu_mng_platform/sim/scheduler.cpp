@@ -110,7 +110,7 @@ SimTime Scheduler::NextDeadline() const {
     return next;
 }
 
-// False when the run is over, well or not.
+// Advances the time to the next deadline. Returns false if the run is over, successful or not.
 bool Scheduler::Advance() {
     const SimTime next = NextDeadline();
     if (!ending && IsFinished() && (next == kNever || next > options.until)) {
@@ -139,8 +139,8 @@ bool Scheduler::IsFinished() const {
                         [this](const auto& task) { return task->is_host || IsStuck(*task); });
 }
 
-// A wait that somebody has to end, other than a service's wait for its next message, and for its own end in a
-// call for what was deleted.
+// Whether a task waits without limit and is not allowed to do so when the run ends. Allowed are waits for the
+// next message, waits on deleted objects, and the tasks of `MayIdle`.
 bool Scheduler::IsStuck(const Task& task) const {
     const Wait& wait = task.wait;
     if (wait.deadline != kNever) return false;

@@ -1,4 +1,4 @@
-/// Whose turn it is, and what time.
+/// Schedules the tasks and the virtual time.
 #ifndef ONU_MNG_PLATFORM_SIM_SCHEDULER_H
 #define ONU_MNG_PLATFORM_SIM_SCHEDULER_H
 
@@ -17,31 +17,31 @@
 
 namespace onu_mng_platform {
 
-/// Unwinds the stack of a task that is ended.
+/// Unwinds the stack of a task that is being ended.
 using TaskEnd = bep_TaskEnd;
 
-/// The tasks of one run, each a thread, and one baton. Who holds the baton runs; everything here, but for the
-/// owner's `RunAll` and `EndAll`, is called by that task.
+/// The tasks of one run. Each is a thread, and only the one with the baton runs. The owner calls `RunAll` and
+/// `EndAll`; the running task calls everything else.
 ///
-/// Nobody is woken: a waiting task is ready again exactly when what it waits for is there, which is looked up
-/// whenever the next task is chosen. So no wake-up can be lost, and any waiter may be the one that gets it.
+/// There are no wake-ups. Whenever the next task is chosen, the scheduler checks the conditions of all
+/// waiting tasks. So no wake-up can be lost, and any of several waiters may be the first.
 class Scheduler {
 public:
     explicit Scheduler(const SimOptions& run_options);
 
-    /// Starts a task, which runs when it is chosen. Returns false when the system has no thread.
+    /// Adds a task. It runs when it is chosen. Returns false if the system cannot provide a thread.
     bool Start(const std::shared_ptr<Task>& task, std::size_t stack_size);
-    /// Hands the baton to the tasks and returns when the run is over.
+    /// Gives the baton to the tasks and returns when the run is over.
     void RunAll();
-    /// Ends the tasks that are left, and returns when they have ended.
+    /// Ends the remaining tasks and returns when they have ended.
     void EndAll();
 
-    /// A point where another task may go on.
+    /// A point where another task may run.
     void Pass(Task& self);
-    /// Waits until `wait` is met; false at its deadline. Ends the task where it may be ended and was asked
-    /// to.
+    /// Waits until `wait` is met. Returns false at its deadline. Ends the task if that is requested and
+    /// allowed.
     bool WaitFor(Task& self, Wait wait);
-    /// Ends the task if it was asked to.
+    /// Ends the task if that is requested and allowed.
     void EndPoint(Task& self);
 
     void Stop(SimOutcome why, const std::string& what);
@@ -49,9 +49,9 @@ public:
     std::vector<std::string> Describe() const;
 
     SimTime Now() const { return now; }
-    /// The time so many ticks from now; `kNever` for a negative number.
+    /// The time `ticks` from now; `kNever` for a negative number.
     SimTime Deadline(int ticks) const;
-    /// The time a span from now, at most `kNever`.
+    /// The time `span` from now, at most `kNever`.
     SimTime After(SimTime span) const;
 
     Schedule schedule;
@@ -71,7 +71,7 @@ private:
     void LeaveBehind();
     void WatchTasks();
 
-    /// The next task; null when the run is over. `running` could go on.
+    /// Returns the next task; null if the run is over. `running` is a task that can continue, or null.
     Task* Choose(const Task* running = nullptr);
     void KeepHighestPriority();
     void CollectReady();
@@ -87,18 +87,18 @@ private:
     const SimOptions options;
     SimTime now{0};
     SimTime limit;
-    std::uint64_t calls_now = 0; ///< without time passing
+    std::uint64_t calls_now = 0; ///< calls since the time last advanced
     std::atomic<std::uint64_t> calls{0};
     bool stopping = false;
     bool ending = false;
 
-    std::vector<std::shared_ptr<Task>> live; ///< in the order they were started
+    std::vector<std::shared_ptr<Task>> live; ///< in the order of their start
     std::vector<Task*> ready;
-    std::shared_ptr<Task> departed; ///< ended, and its thread about to; joined by whoever is next
+    std::shared_ptr<Task> departed; ///< a task that has ended; the next holder of the baton joins its thread
     Baton owner;
 };
 
-/// Ends the process with a message: the run cannot go on and its threads cannot be ended.
+/// Aborts the process with a message, because the run cannot continue and its threads cannot be ended.
 [[noreturn]] void Die(const std::string& what);
 
 } // namespace onu_mng_platform

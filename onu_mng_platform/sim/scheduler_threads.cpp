@@ -10,11 +10,11 @@ namespace onu_mng_platform {
 
 namespace {
 
-constexpr std::size_t kLeastStack = 1024 * 1024; ///< sanitizers and test frameworks are hungry
+constexpr std::size_t kLeastStack = 1024 * 1024; ///< enough for sanitizers and test frameworks
 constexpr int kWatchPeriod = 10;                 ///< seconds of real time
-constexpr int kPatience = 12;                    ///< such periods
+constexpr int kPatience = 12;                    ///< watch periods without a call
 
-/// A thread's attributes for the time of its creation.
+/// The attributes for creating a thread.
 class ThreadAttributes {
 public:
     explicit ThreadAttributes(std::size_t stack_size) {
@@ -25,8 +25,8 @@ public:
     ThreadAttributes(const ThreadAttributes&) = delete;
     ThreadAttributes& operator=(const ThreadAttributes&) = delete;
 
-    // One task runs at a time, so a second processor only makes the hand-over slow (by ten times where it has
-    // to be woken). Tasks inherit the choice from the task that starts them.
+    // Only one task runs at a time, so switching to another processor only costs time (ten times as much if
+    // it must wake up first). Tasks inherit the processor from the task that starts them.
     void StayOnThisProcessor() {
         const int processor = sched_getcpu();
         if (processor < 0) return;
@@ -56,8 +56,7 @@ void* Scheduler::ThreadBody(void* task) {
     Task& self = *static_cast<Task*>(task);
     Scheduler& scheduler = self.run->scheduler;
     SetCurrentTask(&self);
-    prctl(PR_SET_NAME,
-          self.name.c_str()); // takes the first 15 characters; one call, where others go through /proc
+    prctl(PR_SET_NAME, self.name.c_str()); // truncates long names, unlike pthread_setname_np()
     self.baton.Take();
     scheduler.Reap();
     if (!scheduler.ending) scheduler.RunEntry(self);
@@ -82,8 +81,8 @@ void Scheduler::TellEscape(const Task& self, const char* exception) {
     Stop(SimOutcome::kEscaped, "task \"" + self.name + "\" was left by an exception: " + exception);
 }
 
-// The thread goes on for a moment after it gave the baton away, to destroy its thread-local objects. The next
-// holder waits for that before it does anything, so that nothing runs beside it.
+// After it has given the baton away, the thread still destroys its thread-local objects. The next holder
+// joins the thread first, so that the two never run at the same time.
 void Scheduler::Finish(Task& self) {
     const auto entry =
         std::find_if(live.begin(), live.end(), [&](const auto& task) { return task.get() == &self; });
@@ -128,7 +127,7 @@ void Scheduler::EndAll() {
     if (!live.empty()) LeaveBehind();
 }
 
-// Threads that cannot be ended stay where they wait, and so does what they wait with.
+// Threads that cannot be ended stay in their waits, so their tasks must never be destroyed.
 void Scheduler::LeaveBehind() {
     static auto& left = *new std::vector<std::shared_ptr<Task>>;
     for (const auto& task : live)
@@ -136,7 +135,7 @@ void Scheduler::LeaveBehind() {
     left.insert(left.end(), live.begin(), live.end());
 }
 
-// A task that neither calls the platform nor ends would stop the run without a word.
+// Detects a task that neither calls the platform nor ends, which would otherwise hang the run silently.
 void Scheduler::WatchTasks() {
     std::uint64_t calls_before = Calls();
     int idle_periods = 0;

@@ -1,4 +1,4 @@
-/// What every function of the seam does first and last.
+/// The start and the end of every function of the seam.
 #ifndef ONU_MNG_PLATFORM_SIM_SEAM_CALL_H
 #define ONU_MNG_PLATFORM_SIM_SEAM_CALL_H
 
@@ -10,11 +10,12 @@
 
 namespace onu_mng_platform {
 
-/// Whether the task runs its program: not what the board does for it, which may hold locks of its own and so
-/// keeps its turn, and not the end of its thread. False for null.
+/// Whether the task runs the program under test. False while it runs the board's own code, which may hold
+/// locks and must not be preempted; false while its thread ends; false for null.
 bool IsProgram(const Task* task);
 
-/// While it exists the calling task works for the board: what that allocates is not the program's.
+/// While it exists, the calling task runs the board's own code. Its allocations do not count as the
+/// program's.
 class BoardWork {
 public:
     BoardWork() : task(CurrentTask()) {
@@ -30,8 +31,8 @@ private:
     Task* const task;
 };
 
-/// One call of the seam: first a point where another task may go on, at the end a line in the record. In a
-/// thread that is no task, which may call only while no run goes on, it is neither.
+/// One call of the seam. Its start is a point where another task may run; its end adds a line to the record.
+/// Threads that are not tasks may call the seam only outside a run; their calls do neither.
 class SeamCall {
 public:
     explicit SeamCall(const CallName& name, CallSite site = {});
@@ -49,9 +50,9 @@ public:
         return *this;
     }
 
-    /// Whether the call was told to fail. One that was ready to wait (`ticks` not 0) takes a tick then.
+    /// Whether the call must fail. If it may wait (`ticks` is not 0), the failure takes one tick.
     bool IsToFail(SimFault kind, int ticks = 0);
-    /// Waits, as `Scheduler::WaitFor`; a thread that is no task does not wait.
+    /// Waits like `Scheduler::WaitFor`. A thread that is not a task does not wait.
     bool WaitFor(WaitKind kind, std::shared_ptr<Object> object, int ticks, bool can_end = true);
     bool WaitUntil(WaitKind kind, std::shared_ptr<Object> object, SimTime deadline, bool can_end = true);
     void EndPoint();
@@ -66,24 +67,25 @@ public:
         call.has_result = true;
         return value;
     }
-    /// A new number for the message that the call sends; the place for that of the one it receives.
+    /// Returns a new number for the message that the call sends.
     std::uint64_t Sends();
+    /// Returns where to store the number of the message that the call receives.
     std::uint64_t& Receives() { return call.received; }
 
-    /// Of a call that creates an object: its id, 0 for none.
+    /// The result of a call that creates an object: its id, 0 on failure.
     std::uint32_t Created(std::uint32_t id) {
         On(id);
         return Result(id, id != 0 ? 0 : -1);
     }
 
     Task* Caller() const { return task; }
-    /// The run; null in a thread that is no task.
+    /// The current run; null if the caller is not the program under test.
     SimRun* Run() const { return run; }
 
 private:
     Task* const task;
     SimRun* const run;
-    const BoardWork work; ///< after `run`, which asks what the task does
+    const BoardWork work; ///< after `run`, whose initialiser calls `IsProgram`
     RecordedCall call;
 };
 

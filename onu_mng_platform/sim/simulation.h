@@ -10,10 +10,10 @@
 ///     });
 ///     EXPECT_TRUE(result.Ok()) << result.report;
 ///
-/// Every task is a thread, but one runs at a time. Each call of the platform, clock_gettime() and nanosleep()
-/// included, is a point where another ready task may go on, chosen from the seed: the same seed, program and
-/// process state give the same run on every machine. Time stands still while a task can run and jumps to the
-/// next deadline when none can.
+/// Every task is a thread, but only one runs at a time. Each call of the platform, including clock_gettime()
+/// and nanosleep(), is a point where another ready task may run; the seed decides which. The same seed,
+/// program and process state give the same run on every machine. Time stands still while a task can run, and
+/// jumps to the next deadline when all tasks wait.
 #ifndef ONU_MNG_PLATFORM_SIM_SIMULATION_H
 #define ONU_MNG_PLATFORM_SIM_SIMULATION_H
 
@@ -30,38 +30,40 @@ namespace onu_mng_platform {
 
 using SimTime = std::chrono::nanoseconds; ///< virtual time, since the start of the run
 
-/// The virtual date at the start of a run in seconds since 1970: 2026-01-01 00:00:00 UTC. The board stands in
-/// that zone, whatever the machine's, until a program sets TZ.
+/// The virtual date at the start of a run in seconds since 1970: 2026-01-01 00:00:00 UTC. The board's time
+/// zone is UTC, independent of the machine's, until a program sets TZ.
 constexpr std::int64_t kSimStartDate = 1767225600;
 
 struct SimOptions {
     std::uint64_t seed = 1;
-    /// A run goes on to this time even when the body has ended and all is quiet.
+    /// The run continues to this time, even if the body has ended and all is quiet.
     SimTime until{0};
-    /// A run that is not quiet by this time has failed.
+    /// The run fails if it is not quiet by this time.
     SimTime limit = std::chrono::hours(24);
-    /// A run that makes so many calls without time passing has failed: something spins.
+    /// The run fails if it makes more calls than this without time passing, because something spins.
     std::uint64_t calls_per_instant = 10'000'000;
-    /// Of so many calls one, on average, may hand over to another task; 0: chosen from the seed for the run.
+    /// On average, one in so many calls is a point where another task may run; 0: the seed chooses the
+    /// number.
     unsigned int switch_one_in = 0;
-    /// Only tasks of the highest priority among the ready ones run, as on a board with one processor.
+    /// Only the ready tasks of the highest priority run, as on a board with one processor.
     bool by_priority = false;
     /// Keeps every call, for `Record` and `WriteTimeline`.
     bool keep_record = false;
-    /// A schedule that `Simulation::Explore` named ("7:1 19:2"): the run follows it in place of the seed. With
-    /// no decision in it a task goes on as long as it can, and after it the one that was started first.
+    /// A schedule that `Simulation::Explore` reported ("7:1 19:2"). The run follows it instead of the seed.
+    /// Where it has no decision, the running task continues while it can; after that, the ready task that was
+    /// started first runs.
     std::optional<std::string> decisions;
 };
 
 enum class SimOutcome {
     kQuiet,       ///< the body and the host tasks have ended and nothing is left to run
-    kDeadlock,    ///< tasks that must go on wait without limit, and nobody is left to end it
+    kDeadlock,    ///< tasks that must continue wait without limit, and no other task can end their waits
     kOverLimit,   ///< the same at `SimOptions::limit`, while others still had deadlines
     kSpinning,    ///< `SimOptions::calls_per_instant` was reached
     kEscaped,     ///< an exception left the entry of a task
     kNotRepeated, ///< `SimOptions::decisions` do not fit the run
-    kNotEnded,    ///< a task could not be ended at the end of the run; its thread stays behind
-    kNotStarted,  ///< the body could not be started, or a run was going on already
+    kNotEnded,    ///< a task could not be ended at the end of the run; its thread remains
+    kNotStarted,  ///< the body could not be started, or another run was in progress
 };
 
 struct SimResult {
@@ -69,40 +71,40 @@ struct SimResult {
     std::uint64_t seed = 0;
     SimTime time{0};
     std::uint64_t calls = 0;       ///< calls of the platform
-    std::uint64_t switches = 0;    ///< of these, handed over to another task
-    std::uint64_t fingerprint = 0; ///< of every call and log line: equal for equal runs
-    /// The seed; of a run that failed all of `Simulation::Explain`.
+    std::uint64_t switches = 0;    ///< of these, calls that switched to another task
+    std::uint64_t fingerprint = 0; ///< hash of all calls and log lines; equal for equal runs
+    /// The seed; after a failed run the text of `Simulation::Explain`.
     std::string report;
 
     bool Ok() const { return outcome == SimOutcome::kQuiet; }
 };
 
 struct SimExploreOptions {
-    /// A schedule takes the turn from tasks that could go on at most so often.
+    /// The maximum number of preemptions in a schedule.
     unsigned int preemptions = 2;
-    /// Of every run.
+    /// The options of every run.
     SimOptions run;
-    /// Each schedule runs in a process of its own, for scenarios that need the program's singletons untouched.
-    /// Otherwise some hundred follow one another in a process, after one run that is not counted.
+    /// Runs each schedule in its own process, for scenarios that need fresh singletons. Otherwise several
+    /// hundred run in one process, after a first run that is not counted.
     bool fresh_process = false;
-    /// The search ends, incomplete, after so many schedules.
+    /// The search stops, incomplete, after this number of schedules.
     std::uint64_t most_schedules = 10'000'000;
-    /// Only this schedule runs, in the calling process.
+    /// If set, only this schedule runs, in the calling process.
     std::optional<std::string> decisions;
 };
 
 struct SimExploration {
-    bool is_complete = false; ///< no schedule is left, and none failed
+    bool is_complete = false; ///< all schedules have run, and none failed
     bool has_failed = false;
-    std::uint64_t schedules = 0;               ///< that were run and did not fail
-    std::vector<std::uint64_t> by_preemptions; ///< the same by their number of preemptions
-    std::uint64_t most_choices = 0;            ///< in one schedule
-    /// The schedule that failed: none with fewer preemptions does.
+    std::uint64_t schedules = 0;               ///< number of schedules that did not fail
+    std::vector<std::uint64_t> by_preemptions; ///< the same by number of preemptions
+    std::uint64_t most_choices = 0;            ///< maximum number of choices in a schedule
+    /// The schedule that failed. No schedule with fewer preemptions fails.
     std::string decisions;
     std::string report;
 };
 
-/// A line that the log wrote.
+/// A line of the log.
 struct SimLogLine {
     SimTime time;
     std::string task; ///< the task that wrote it
@@ -111,18 +113,18 @@ struct SimLogLine {
     std::string text;
 };
 
-/// What is in use on the board, all but `locks_taken` counted from the start of the run.
+/// Objects and memory in use. All counts except `locks_taken` are relative to the start of the run.
 struct SimHoldings {
-    long tasks; ///< not deleted yet, the body and the host tasks aside
+    long tasks; ///< tasks that are not deleted yet, without the body and the host tasks
     long queues;
     long semaphores;
     long blocks;      ///< of all pools
     long bytes;       ///< in these blocks
-    long locks_taken; ///< semaphores that were created available and are not
+    long locks_taken; ///< semaphores that were created available and are taken now
 };
 bool operator==(const SimHoldings& a, const SimHoldings& b);
 
-/// The kinds of call that can be told to fail.
+/// The kinds of calls that can be made to fail.
 enum class SimFault {
     kQueueCreate,
     kQueueSend,
@@ -138,11 +140,11 @@ enum class SimFault {
 constexpr std::size_t kSimFaults = 10;
 const char* SimFaultName(SimFault fault);
 
-/// One run. `Run` is called once, from a thread that is no task; the other operations from tasks of the run
-/// or, but for those that wait, from the owner before and after it.
+/// One run. Call `Run` once, from a thread that is not a task. The tasks of the run may call the other
+/// operations. The owner may call those that do not wait, before and after the run.
 ///
-/// Queues, semaphores and pools that a program leaves live on after the run, as the locks of the library's
-/// singletons must; tasks do not: at the end of a run they are ended as bep_taskDeleteEx() would.
+/// Queues, semaphores and pools survive the run, because the library's singletons keep their locks. Tasks do
+/// not: the end of the run ends them as bep_taskDeleteEx() does.
 class Simulation {
 public:
     explicit Simulation(std::uint64_t seed);
@@ -152,33 +154,35 @@ public:
     Simulation& operator=(const Simulation&) = delete;
 
     /// Runs `body` as the host's start-up task ("host") until it and all host tasks have ended and all is
-    /// quiet: each task that is left sleeps, waits with a limit, waits for its queue, waits to be deleted, or
-    /// was named to `MayIdle`. Any other wait without limit must come to its end.
-    /// A second call does nothing.
+    /// quiet: each remaining task sleeps, waits with a limit, waits to receive a message, waits to be
+    /// deleted, or was passed to `MayIdle`. Every other wait without limit must end. A second call does
+    /// nothing.
     const SimResult& Run(const std::function<void()>& body);
     const SimResult& Result() const;
 
-    /// Runs a scenario under every schedule that has at most `SimExploreOptions::preemptions`, each once, up to
-    /// the first that fails.
+    /// Runs a scenario once under every schedule with at most `SimExploreOptions::preemptions` preemptions.
+    /// Stops at the first schedule that fails.
     ///
-    /// A preemption takes the turn, at a call of the platform, from a task that could go on. When a task waits or
-    /// ends, every ready task in turn is the next one; that is no preemption. The schedules run by their number
-    /// of preemptions, so the one that fails has the fewest.
+    /// A preemption switches, at a call of the platform, from a task that could continue to another. If a
+    /// task waits or ends, each ready task is tried as the next one; that is not a preemption. Schedules with
+    /// fewer preemptions run first, so the failing one has the fewest.
     ///
-    /// The scenario calls `Run` once, whose body calls `Explored`, and returns whether all held. It does the same whenever it is called and
-    /// leaves the process as it found it, the first run aside. It is called in copies of this process, which has
-    /// one thread: what it writes to variables stays there.
+    /// The scenario calls `Run` once and returns whether its checks passed. The body of `Run` calls
+    /// `Explored`. The scenario must do the same in every call and leave the process unchanged, except for
+    /// the first run. It is called in copies of this process, so values that it stores in variables are not
+    /// visible here. This process must have one thread.
     static SimExploration Explore(const SimExploreOptions& options,
                                   const std::function<bool(Simulation&)>& scenario);
-    /// Runs the part of the body that an exploration is about, with all that other tasks do meanwhile. Before
-    /// and after it, where the library is brought up and down, the exploration makes no choices: a task goes on
-    /// as long as it can, and after it the one that was started first. Under a seed it is a call like any other.
+    /// Runs the part of the body that is explored, together with all tasks that run meanwhile. Outside it,
+    /// for instance during the start of the library, the exploration makes no choices: the running task
+    /// continues while it can; after that, the ready task that was started first runs. In a run with a seed
+    /// it just calls `part`.
     void Explored(const std::function<void()>& part);
 
-    /// Starts a further host task: the run does not end before it. Returns false when it could not be
+    /// Starts another host task. The run does not end before this task. Returns false if it could not be
     /// started.
     bool Spawn(const char* name, std::function<void()> body, unsigned int priority = 100);
-    /// Waits until every host task but the caller has ended.
+    /// Waits until every host task except the caller has ended.
     void Join();
     /// Waits until no other task can run without time passing.
     void Settle();
@@ -187,37 +191,39 @@ public:
     SimTime Now() const;
     /// Moves the calendar (CLOCK_REALTIME, getDateTime()) without time passing, as setting the date does.
     void StepCalendar(SimTime step);
-    /// Lets tasks of this name wait for a semaphore, or for room in a queue, without limit in quiet.
+    /// Lets the run count as quiet while tasks of this name wait without limit for a semaphore or for room in
+    /// a queue.
     void MayIdle(const char* task);
 
-    /// From now on the `nth` call of the kind fails (1: the next), and the one at `then`, which is later;
-    /// `FailFrom`: the `nth` and every later one; `FailShare`: one in so many, chosen from the seed. Each
-    /// replaces what was said before about the kind.
+    /// Makes the `nth` call of a kind fail (1: the next one), and also the later call number `then`.
+    /// `FailFrom` makes the `nth` and all later calls fail. `FailShare` makes one in `one_in` calls fail,
+    /// chosen from the seed. Each replaces the earlier setting for the kind.
     ///
-    /// A call told to fail that was ready to wait takes one tick, so that a loop around it lets time go on.
+    /// If a failing call may wait, it takes one tick, so that time advances in a loop around it.
     void FailNth(SimFault kind, unsigned int nth, unsigned int then = 0);
     void FailFrom(SimFault kind, unsigned int nth);
     void FailShare(SimFault kind, unsigned int one_in);
     void FailNone();
-    /// The calls of a kind that were made to fail in this run.
+    /// Returns the number of calls of a kind that were made to fail in this run.
     unsigned int Failed(SimFault kind = SimFault::kAny) const;
 
-    /// The lines the log has written so far; the run collects them instead of the log's ordinary sink.
+    /// The log lines so far. The run collects them instead of the log's default sink.
     const std::vector<SimLogLine>& Log() const;
-    /// How often a text stands in the log.
+    /// Returns the number of log lines with this text.
     std::size_t Logged(const std::string& text) const;
     /// One line for each call so far, with `SimOptions::keep_record`.
     std::vector<std::string> Record() const;
-    /// One line for each task that has not ended: its name and what it waits for.
+    /// One line for each task that has not ended: its name and its wait.
     std::vector<std::string> Tasks() const;
-    /// What went wrong, the decisions or the seed, the last 30 calls of each task and the last 50 lines of the log.
+    /// The failure, the decisions or the seed, the last 30 calls of each task and the last 50 lines of the
+    /// log.
     std::string Explain() const;
-    /// Writes the run as trace events (JSON), which the common trace viewers open: a track for each task, calls as
-    /// slices, messages as arrows, faults and lines of the log as marks. Calls that take no virtual time are drawn
-    /// one microsecond long, one after the other. Needs `SimOptions::keep_record`. Returns false when the file
-    /// cannot be written.
+    /// Writes the run as trace events (JSON) for the common trace viewers: a track for each task, calls as
+    /// slices, messages as arrows, faults and log lines as marks. Calls that take no virtual time are drawn
+    /// one microsecond long, one after the other. Requires `SimOptions::keep_record`. Returns false if the
+    /// file cannot be written.
     ///
-    /// With ONU_MNG_TIMELINE=FOLDER in the environment every run keeps its record and writes a file there.
+    /// With ONU_MNG_TIMELINE=FOLDER in the environment, every run keeps its record and writes a file there.
     bool WriteTimeline(const std::string& path) const;
     SimHoldings Holdings() const;
 

@@ -1,8 +1,8 @@
 #include "onu_mng_platform/sim/board.h"
 
-// The compiler's calls around the construction of a function-local static, led here by the linker (--wrap). A
-// task that lost its turn in there would leave the next one that comes along waiting for it outside of the
-// board's sight, for ever. So the constructing task keeps its turn, as if the construction took no time.
+// The linker redirects the compiler's calls around the construction of function-local statics to these
+// functions (--wrap). If a task were preempted during the construction, the next task would block on the
+// guard for ever, and the board could not see that. So the constructing task is not preempted.
 
 using onu_mng_platform::CurrentTask;
 using onu_mng_platform::Task;

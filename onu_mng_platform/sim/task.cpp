@@ -13,7 +13,7 @@ constexpr CallName kDelete{"taskDelete", "task", nullptr, nullptr};
 constexpr CallName kSafe{"taskSafe", nullptr, nullptr, nullptr};
 constexpr CallName kUnsafe{"taskUnsafe", nullptr, nullptr, nullptr};
 
-/// True when `task` is `other` or waits, directly or through others, for its end.
+/// True if `task` is `other` or waits, directly or through other tasks, for its end.
 bool WaitsForEndOf(const Task& task, const Task* other) {
     for (const Task* each = &task; other != nullptr && each != nullptr; each = each->deletes)
         if (each == other) return true;
@@ -28,7 +28,7 @@ uint32_t bep_taskSpawnEx(const char* name, unsigned int priority, int, unsigned 
                          intptr_t arg10) {
     SeamCall call(kSpawn);
     call.With(priority, stack_size);
-    // After a run the process ends, and the library looks for a task to end in.
+    // Not logged after a run: when the process exits, the library tries to start a task.
     if (call.Run() == nullptr && !Board::Instance().has_run)
         LogPort(kError, "task \"%s\" not started: there is no run of the board\r\n",
                 name != nullptr ? name : "");

@@ -28,8 +28,8 @@ std::string Quoted(const std::string& text) {
     return quoted + '"';
 }
 
-/// Where the beginnings and ends of calls stand on the time axis, in microseconds: at their virtual time, and
-/// at least one microsecond after one another, since most calls take no virtual time.
+/// The positions of the starts and ends of calls on the time axis, in microseconds. They are at their virtual
+/// times, but at least one microsecond apart, because most calls take no virtual time.
 class Axis {
 public:
     explicit Axis(const std::vector<RecordedCall>& calls) {
@@ -49,7 +49,7 @@ private:
         if (positions.size() <= index) positions.resize(index + 1, -1);
         positions[index] = std::chrono::duration_cast<std::chrono::microseconds>(time).count();
     }
-    std::vector<std::int64_t> positions; ///< by the step; -1 for one that is not in the record
+    std::vector<std::int64_t> positions; ///< by `Record::Step`; -1 for steps that are not in the record
 };
 
 class Timeline {
@@ -84,7 +84,7 @@ private:
         if (call.received != 0) AddArrow("f", call, end, call.received);
     }
 
-    // Viewers bind the end of an arrow to the call that goes on at its time, so it stands before the end.
+    // Viewers attach an arrow to the call in progress at its time, so it is drawn just before the call's end.
     void AddArrow(const char* phase, const RecordedCall& call, std::int64_t end, std::uint64_t message) {
         Add(phase, "message", *call.caller, end - 1,
             ",\"bp\":\"e\",\"cat\":\"message\",\"id\":" + std::to_string(message));

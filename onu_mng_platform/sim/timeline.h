@@ -1,4 +1,4 @@
-/// A run as trace events.
+/// Writes a run as trace events.
 #ifndef ONU_MNG_PLATFORM_SIM_TIMELINE_H
 #define ONU_MNG_PLATFORM_SIM_TIMELINE_H
 
@@ -10,12 +10,12 @@
 
 namespace onu_mng_platform {
 
-/// Writes the trace events (JSON) of a run whose record was kept. Returns false when it could not.
+/// Writes the trace events (JSON) of a run with a kept record. Returns false if the file cannot be written.
 bool WriteTimeline(const std::string& path, const Record& record, const std::vector<SimLogLine>& log);
 
-/// The folder that ONU_MNG_TIMELINE names; empty without that variable.
+/// The folder in the environment variable ONU_MNG_TIMELINE; empty if it is not set.
 std::string TimelineFolder();
-/// Writes a new file into that folder, if there is one.
+/// Writes a new file into that folder, if it is set.
 void WriteTimelineOfRun(const Record& record, const std::vector<SimLogLine>& log);
 
 } // namespace onu_mng_platform
