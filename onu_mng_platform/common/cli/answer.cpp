@@ -7,7 +7,7 @@ namespace {
 
 constexpr std::string_view kIndent = "  ";
 
-// A line that is shown again has to fit a terminal of 80 columns, else the caret would stand anywhere.
+// The echoed line must fit into 80 columns. If it wrapped, the caret would be in the wrong place.
 constexpr size_t kShownBefore = 56;
 constexpr size_t kShown = 74;
 

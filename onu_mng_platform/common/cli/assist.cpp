@@ -9,7 +9,7 @@
 namespace onu_mng_platform {
 namespace {
 
-/// A line up to the word that is being typed.
+/// A line that is still being typed. Its last word is treated as incomplete.
 class UnfinishedLine {
 public:
     UnfinishedLine(const vty& terminal, unsigned int node, std::string_view line)
@@ -17,7 +17,7 @@ public:
           match_(line_.has_filter ? FilterCommands(terminal.may_save) : *commands_),
           wrong_(TakeAll(line_.has_filter ? line_.filter : line_.words)) {}
 
-    /// The word that cannot stand where it was typed; null when all can.
+    /// The first word that is not valid where it was typed; null if there is none.
     const TypedWord* wrong() const { return wrong_; }
 
     const std::string& text() const { return line_.text; }
@@ -32,7 +32,7 @@ public:
         return options;
     }
 
-    /// Takes the word that is being typed as if it were finished.
+    /// Matches the last word as if it were complete. @return whether it is valid.
     bool TakeLast() { return match_.Take(last_); }
 
 private:

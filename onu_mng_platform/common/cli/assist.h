@@ -10,18 +10,18 @@
 
 namespace onu_mng_platform {
 
-/// What TAB does to a line.
+/// The effect of TAB on a line.
 struct Completion {
-    std::string insert;               ///< to put behind the line; ends in a blank when the word is whole
-    std::vector<std::string> choices; ///< the words that may be meant, when there are several
+    std::string insert;               ///< text to append; ends in a blank if the word is complete
+    std::vector<std::string> choices; ///< the matching words, if there are several
 };
 
-/// Writes to `terminal` what may come next behind `line`, or how its last word may go on, each with its help
-/// and "<cr>" where the line is complete; or the error that the line has before. Any task; does not block.
+/// Prints on `terminal` the words that can follow `line` or complete its last word, with their help, and
+/// "<cr>" if the line is complete. If the line has an error, prints the error. Any task. Does not block.
 void Describe(vty* terminal, unsigned int node, std::string_view line);
 
-/// Completes the last word of `line`; to nothing where a value stands or the line is wrong. Any task; does
-/// not block.
+/// Completes the last word of `line`. The result is empty if the word is a value or the line has an error.
+/// Any task. Does not block.
 Completion Complete(const vty* terminal, unsigned int node, std::string_view line);
 
 } // namespace onu_mng_platform

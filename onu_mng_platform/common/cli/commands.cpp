@@ -47,7 +47,7 @@ int CommandTable::Install(unsigned int node, cmd_element* record) {
     return cause == nullptr ? 0 : Refuse(record, cause);
 }
 
-// Null, or the cause why the command was not added.
+// Returns null, or the reason why the command was not added.
 const char* CommandTable::Add(unsigned int node, const std::shared_ptr<const Command>& command) {
     const cmd_element* const record = command->record;
     for (;;) {
@@ -65,7 +65,7 @@ const char* CommandTable::Add(unsigned int node, const std::shared_ptr<const Com
     }
 }
 
-/// @return false when another task has installed something meanwhile.
+/// @return false if another task has installed a command meanwhile.
 bool CommandTable::Publish(unsigned int node, const Command& command,
                            const std::shared_ptr<const Nodes>& before, std::shared_ptr<const Nodes> after) {
     const std::lock_guard<ShortLock> lock(lock_);

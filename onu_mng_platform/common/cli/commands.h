@@ -1,4 +1,4 @@
-/// The commands that were installed, by node.
+/// The installed commands, by node.
 #ifndef ONU_MNG_PLATFORM_COMMON_CLI_COMMANDS_H
 #define ONU_MNG_PLATFORM_COMMON_CLI_COMMANDS_H
 
@@ -12,28 +12,28 @@
 
 namespace onu_mng_platform {
 
-/// A command with its syntax taken apart.
+/// A command with its parsed syntax.
 struct Command {
     cmd_element* record;
     Syntax syntax;
 };
 
-/// The commands among which one line chooses; where two fit alike the first is taken. Constant once made, and
-/// shared by the lines that are being looked up.
+/// The commands of a node. If two match equally well, the first is used. A list never changes once it is
+/// published, so look-ups share it.
 using CommandList = std::vector<std::shared_ptr<const Command>>;
 
-/// Every node has its own commands and behind them those of all nodes: "help", "list", "exit".
+/// The commands of all nodes. Each list holds the node's own commands, then "help", "list" and "exit".
 ///
-/// Thread safety: any task. No operation waits for longer than another takes to copy a pointer, whatever its
-/// priority.
+/// Thread safety: any task. The lock is held only to exchange pointers, so no operation blocks for long.
 class CommandTable {
 public:
     static CommandTable& GetInstance();
 
-    /// As install_element(), but throws std::bad_alloc, with nothing changed.
+    /// Like install_element(), but throws std::bad_alloc. Nothing has changed then.
     int Install(unsigned int node, cmd_element* record);
 
-    /// The commands of a node, for as long as the caller keeps them. Throws std::bad_alloc.
+    /// Returns the commands of a node. They stay valid as long as the caller keeps the pointer. Throws
+    /// std::bad_alloc.
     std::shared_ptr<const CommandList> Find(unsigned int node) const;
 
 private:
@@ -48,7 +48,7 @@ private:
 
     mutable ShortLock lock_; ///< guards nodes_ and the platform's fields of records
     std::shared_ptr<const CommandList> common_;
-    std::shared_ptr<const Nodes> nodes_; ///< replaced by a new one, never changed
+    std::shared_ptr<const Nodes> nodes_; ///< immutable; an installation replaces it
 };
 
 } // namespace onu_mng_platform

@@ -1,4 +1,4 @@
-// vty_execute(): from a line to a handler.
+// vty_execute(): finds and runs the handler of a line.
 
 #include <algorithm>
 #include <cstring>
@@ -17,10 +17,10 @@ namespace {
 constexpr int kRefused = -1;
 constexpr int kCommandLevel = 12;
 constexpr int kErrorLevel = 13;
-constexpr size_t kLoggedPiece = 900; // characters, with a user in front within a line of the log
+constexpr size_t kLoggedPiece = 900; // characters; with the user's name they fit into a log line
 constexpr size_t kMaxCause = 200;
 
-/// The words for a handler, in one block that it may change.
+/// The argv of a handler, with the words in a buffer that the handler may change.
 class ArgumentBlock {
 public:
     explicit ArgumentBlock(const std::vector<std::string_view>& words) {
@@ -42,7 +42,7 @@ private:
     std::vector<char*> argv_;
 };
 
-/// Leads the output of a terminal through a filter, for as long as the object lives.
+/// Redirects the output of a terminal through a filter while the object lives.
 class FilterScope {
 public:
     FilterScope(vty* terminal, OutputFilter* filter) : terminal_(terminal), outer_(terminal->output) {
@@ -64,8 +64,9 @@ bool ChangesSomething(const Command& command) {
     return std::find(std::begin(kHarmless), std::end(kHarmless), first) == std::end(kHarmless);
 }
 
-// Logged before it runs: the line that brought a board down is then in the log. A file that is saved is a
-// change too. Blanks in a row, and a line longer than one of the log, would keep a part of it from the log.
+// Called before the command runs, so a line that crashes the board is in the log. Saving a file counts as a
+// change. The words are joined by single blanks and cut into pieces, so extra blanks or a long line cannot
+// hide a part of the command from the log.
 void LogCommand(const vty& terminal, const Command& command, const CommandLine& line) {
     const bool saves = !line.filter.empty() && FilterSaves(line.filter.front().text);
     if (terminal.user.empty() || (!ChangesSomething(command) && !saves)) return;
@@ -80,7 +81,7 @@ void LogCommand(const vty& terminal, const Command& command, const CommandLine& 
                    text.substr(begin, kLoggedPiece).c_str());
 }
 
-/// Finds what the words mean, or says on the terminal why they mean nothing.
+/// Finds the command that the words name. If there is none, prints the reason and returns null.
 const Command* Resolve(const Output& output, const std::string& line, const std::vector<TypedWord>& words,
                        Match* match) {
     for (const TypedWord& word : words) {
@@ -93,7 +94,7 @@ const Command* Resolve(const Output& output, const std::string& line, const std:
     return command;
 }
 
-/// The filter of a line if it takes messages too; null for any other, and for none.
+/// Returns the filter of a line if it also formats error messages; else null.
 std::unique_ptr<OutputFilter> FilterForErrors(const vty& terminal, const CommandLine& line) {
     Match match(FilterCommands(terminal.may_save));
     const auto fits = [&match](TypedWord word) { return match.Take(word); };
@@ -104,7 +105,7 @@ std::unique_ptr<OutputFilter> FilterForErrors(const vty& terminal, const Command
     return MakeFilter(*filter, {}, terminal.output, &error);
 }
 
-/// Makes the filter of a line unless it is made already. @return false after an error line.
+/// Creates the filter of a line, unless it exists already. @return false after an error line.
 bool ResolveFilter(const vty& terminal, const CommandLine& line, std::unique_ptr<OutputFilter>* filter) {
     if (!line.has_filter || *filter != nullptr) return true;
     Match match(FilterCommands(terminal.may_save));
@@ -122,7 +123,7 @@ int Run(vty* terminal, const Command& command, ArgumentBlock* arguments, OutputF
     return command.record->handler(command.record, terminal, arguments->argc(), arguments->argv());
 }
 
-// The end of the calling task passes through.
+// Lets the end of the calling task pass.
 std::string CauseOfException() {
     std::string cause = "unknown exception";
     try {
@@ -137,7 +138,7 @@ std::string CauseOfException() {
     return cause;
 }
 
-/// @return nothing after an error line.
+/// Finds and runs the command of a line. @return its result; nothing after an error line.
 std::optional<int> ResolveAndRun(vty* terminal, const CommandLine& line, const Output& errors,
                                  std::unique_ptr<OutputFilter>* filter) {
     const auto commands = CommandTable::GetInstance().Find(terminal->node);

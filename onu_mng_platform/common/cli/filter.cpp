@@ -10,7 +10,7 @@
 namespace onu_mng_platform {
 namespace {
 
-// The one that not every terminal has comes last.
+// kSave is last, because not every terminal offers it.
 enum FilterKind { kInclude, kExclude, kBegin, kCount, kJson, kSave };
 cmd_element filters[] = {
     {"include <RE>", nullptr, "only the lines that match\nextended regular expression", 0, 1, "include"},
@@ -32,15 +32,15 @@ CommandList MakeCommands(bool may_save) {
     return list;
 }
 
-/// Whether a word of `least` characters or more is short for a name.
+/// Whether a word of at least `least` characters is a prefix of a name.
 bool IsShortFor(std::string_view name, std::string_view word, size_t least = 1) {
     return word.size() >= least && name.substr(0, word.size()) == word;
 }
 
-/// Whether an expression goes on, behind a blank and a bar, with what is a filter elsewhere: here, or of a
-/// client.
+/// Whether an expression contains " |" and the name of a filter, either one of the host's or the client's
+/// "more".
 bool HoldsFilter(std::string_view pattern) {
-    constexpr size_t kLeast = 3; // so that " | b" may be a part of the expression
+    constexpr size_t kLeast = 3; // so that an expression may contain " | b"
     for (size_t bar = pattern.find(" |"); bar != pattern.npos; bar = pattern.find(" |", bar + 1)) {
         const size_t begin = std::min(pattern.find_first_not_of(' ', bar + 2), pattern.size());
         const std::string_view word = pattern.substr(begin, pattern.find(' ', begin) - begin);
@@ -91,7 +91,7 @@ const CommandList& FilterCommands(bool may_save) {
 }
 
 bool FilterSaves(std::string_view name) {
-    return IsShortFor(filters[kSave].name, name); // no other filter begins like it
+    return IsShortFor(filters[kSave].name, name); // no other filter begins with an "s"
 }
 
 bool FilterTakesErrors(const Command& filter) {

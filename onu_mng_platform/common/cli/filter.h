@@ -1,4 +1,4 @@
-/// Output filters: what stands behind the "|" of a line.
+/// Output filters: the part of a line after "|".
 #ifndef ONU_MNG_PLATFORM_COMMON_CLI_FILTER_H
 #define ONU_MNG_PLATFORM_COMMON_CLI_FILTER_H
 
@@ -11,39 +11,38 @@
 
 namespace onu_mng_platform {
 
-/// Stands before a terminal while one command runs. Used by that command's task.
+/// Filters the output of one command on its way to the terminal. Used by the command's task.
 class OutputFilter {
 public:
     virtual ~OutputFilter() = default;
 
-    /// Takes the next characters of the command. Throws std::bad_alloc.
+    /// Processes the next characters of output. Throws std::bad_alloc.
     virtual void Put(std::string_view text) = 0;
 
-    /// Writes what is left once the command has ended. @return false after an error line.
+    /// Writes the rest after the command has ended. @return false after an error line.
     virtual bool Finish() = 0;
 
-    /// Where messages about the command go: past the filter, or through one that has a form for them.
+    /// The output for error messages about the command. Most filters are bypassed; some format the messages.
     virtual Output Errors() = 0;
 
-    /// Called instead of Finish() when there is no result.
+    /// Called instead of Finish() if the command has no result.
     virtual void Fail() {}
 
-    /// An output that leads here.
+    /// An output that writes to this filter.
     Output AsOutput();
 };
 
-/// The grammar of the filters, as if they were commands. Throws std::bad_alloc.
+/// The syntax of the filters in the form of commands. Throws std::bad_alloc.
 const CommandList& FilterCommands(bool may_save);
 
-/// Whether a filter's name, which may be shortened, is that of the one that writes a file.
+/// Whether a filter's name, in full or shortened, is that of the filter that writes a file.
 bool FilterSaves(std::string_view name);
 
-/// Whether a filter takes messages too, so that it is to be made before the command is looked up.
+/// Whether a filter also formats error messages. It must then exist before the command is looked up.
 bool FilterTakesErrors(const Command& filter);
 
-/// Makes the filter that one of FilterCommands() stands for; it writes to `next`.
-/// @return null, with the cause in `error`, for an expression or a file that cannot be used. Throws
-///         std::bad_alloc.
+/// Creates the filter for an element of FilterCommands(). It writes to `next`. Throws std::bad_alloc.
+/// @return null if the expression or the file cannot be used, with the reason in `error`.
 std::unique_ptr<OutputFilter> MakeFilter(const Command& filter, const std::string& argument, Output next,
                                          std::string* error);
 

@@ -37,7 +37,7 @@ unsigned SizeOf(unsigned char lead) {
     return lead >= 0xF0 && lead <= 0xF4 ? 4 : 0;
 }
 
-/// Takes a UTF-8 character off the start of a text, or a byte that begins none.
+/// Removes a UTF-8 character, or an invalid byte, from the start of a text.
 uint32_t TakeCharacter(std::string_view* text) {
     constexpr uint32_t kLeast[] = {0, 0, 0x80, 0x800, 0x10000};
     const auto lead = static_cast<unsigned char>(text->front());

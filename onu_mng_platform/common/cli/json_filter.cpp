@@ -13,9 +13,9 @@ constexpr std::string_view kDescriptionsHead = "The parameter description:";
 constexpr std::string_view kTotal = "Total result number = ";
 constexpr std::string_view kEquals = " = ";
 constexpr std::string_view kBlanks = " \t";
-constexpr size_t kFewestColumns = 3; // of a table outside of reports; two words may be a sentence
+constexpr size_t kFewestColumns = 3; // outside reports, as two capitalised words may be a sentence
 constexpr size_t kAnyDigits = 1023;
-constexpr size_t kReportDigits = 5; // of a decimal number: reports write greater types in hexadecimal
+constexpr size_t kReportDigits = 5; // reports print types wider than 16 bits in hexadecimal
 
 bool StartsWith(std::string_view text, std::string_view start) {
     return text.substr(0, start.size()) == start;
@@ -42,7 +42,7 @@ std::string ObjectOf(std::string_view name, std::string_view text) {
     return object.append("}");
 }
 
-/// "  name   value". The gap is wider than one between words.
+/// Converts "  name   value" with at least two blanks in between; else returns an empty text.
 std::string NamedValue(std::string_view line) {
     const std::string_view text = Trimmed(line);
     const size_t gap = text.find("  ");
@@ -120,7 +120,7 @@ bool JsonFilter::Passes(const std::string& line) {
 
 JsonFilter::State JsonFilter::TakeText(std::string_view line) {
     if (line == kSeparator) {
-        held_.clear(); // the head of the report
+        held_.clear(); // the title of the report
         return State::kReport;
     }
     if (IsHeaderHeld()) {
@@ -188,7 +188,8 @@ JsonFilter::State JsonFilter::TakeBehind(std::string_view line) {
     return line == kSeparator ? State::kTail : TakeText(line);
 }
 
-/// Whether there are numbers where the first row has some: a sum below a table is no row of it.
+/// Whether a row has numbers in the same columns as the first row. A line with totals below the table has
+/// not.
 bool JsonFilter::HasNumbers(const std::vector<std::string_view>& cells) const {
     for (size_t i = 0; i < cells.size(); ++i)
         if (numbers_[i] && !IsNumber(cells[i])) return false;

@@ -7,10 +7,15 @@
 
 namespace onu_mng_platform {
 
-/// Turns a command's text into an array of objects, one at a time as lines come: a row of a table by the names
-/// of its columns, a report with one entry by the names in it, an indented name with its value as "name" and
-/// "value", a message that starts with "% " as "error", and any other line as "text". The frame of a report is
-/// left out. The result is valid whatever the text is, also when memory is short.
+/// Converts a command's text to an array of JSON objects, line by line:
+///
+/// - a row of a table becomes an object with the column names;
+/// - a report with one entry becomes an object with the names in the report;
+/// - an indented name with a value becomes "name" and "value";
+/// - a message that starts with "% " becomes "error";
+/// - any other line becomes "text".
+///
+/// The frame of a report is left out. The result is valid JSON for any text, also if memory is short.
 class JsonFilter final : public LineFilter {
 public:
     using LineFilter::LineFilter;
@@ -19,15 +24,15 @@ public:
     void Fail() override { Finish(); }
 
 private:
-    /// Where in the text the next line stands.
+    /// The position of the next line in the text.
     enum class State : unsigned char {
         kText,
-        kTable,        ///< below the header of a table
+        kTable,        ///< after the header of a table
         kReport,       ///< in a report, before its entries
-        kReportTable,  ///< below the header of the entries
-        kReportList,   ///< at the only entry
-        kBehind,       ///< behind the entries
-        kDescriptions, ///< of the columns
+        kReportTable,  ///< after the header of the entries
+        kReportList,   ///< in the only entry
+        kBehind,       ///< after the entries
+        kDescriptions, ///< in the descriptions of the columns
         kTail,
     };
 
@@ -48,9 +53,9 @@ private:
     void CloseEntry();
 
     State state_ = State::kText;
-    std::string held_; ///< a line that may turn out to be a header or the head of a report
+    std::string held_; ///< a line that may turn out to be a table's header or a report's title
     Table table_;
-    std::vector<bool> numbers_; ///< in which columns of it the first row has numbers
+    std::vector<bool> numbers_; ///< for each column: whether the first row has a number
     bool has_elements_ = false;
     bool is_entry_open_ = false;
     bool is_memory_short_ = false;

@@ -1,4 +1,4 @@
-/// A typed line, taken apart into words.
+/// A typed line, split into words.
 #ifndef ONU_MNG_PLATFORM_COMMON_CLI_LINE_H
 #define ONU_MNG_PLATFORM_COMMON_CLI_LINE_H
 
@@ -9,10 +9,10 @@
 
 namespace onu_mng_platform {
 
-/// The most characters of a line.
+/// The maximum length of a line in characters.
 constexpr size_t kMaxLine = 1023;
 
-/// Whether a terminal or the log may obey a character instead of showing it.
+/// Whether a character is a control character.
 constexpr bool IsControl(char c) {
     return static_cast<unsigned char>(c) < ' ' || c == '\x7f';
 }
@@ -23,23 +23,24 @@ struct TypedWord {
     size_t column;
 };
 
-/// The words of a line, split at blanks; what stands behind a word that starts with "|" is its filter.
-/// Control characters count as blanks.
+/// The words of a line, split at blanks. A word that starts with "|" starts the filter. Control characters
+/// count as blanks.
 struct CommandLine {
     /// Throws std::bad_alloc.
     explicit CommandLine(std::string_view line);
     CommandLine(const CommandLine&) = delete;
     CommandLine& operator=(const CommandLine&) = delete;
 
-    std::string text; ///< the whole line, control characters replaced; the words point into it
+    std::string text; ///< the whole line with control characters replaced; the words point into it
     std::vector<TypedWord> words;
-    std::vector<TypedWord> filter; ///< its name and, as one word, all behind it
+    std::vector<TypedWord> filter; ///< the filter's name, then the rest of the line as one word
     bool has_filter = false;
 
-    /// Whether there is nothing to run: an empty line or a comment, which starts with "!" or "#".
+    /// Whether there is nothing to run: the line is empty or a comment that starts with "!" or "#".
     bool IsEmpty() const;
 
-    /// Takes the word off that the line ends in, for a line that is still being typed; empty behind a blank.
+    /// Removes and returns the last word, for a line that is still being typed. The result is empty if the
+    /// line ends in a blank.
     TypedWord TakeUnfinishedWord();
 
 private:

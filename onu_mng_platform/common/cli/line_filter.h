@@ -7,8 +7,8 @@
 
 namespace onu_mng_platform {
 
-/// Puts lines together and passes on those it is told to, each ended by CR LF. A line longer than 1023
-/// characters is treated as several.
+/// Splits output into lines and forwards those that `Passes` selects, each with CR LF. A line of more than
+/// 1023 characters is treated as several lines.
 class LineFilter : public OutputFilter {
 public:
     explicit LineFilter(Output next) : next_(next) {}
@@ -27,14 +27,14 @@ private:
     std::string line_;
 };
 
-/// The lines that match, those that do not, or all from the first that does.
+/// Forwards the lines that match, those that do not match, or all lines from the first match on.
 class PatternFilter final : public LineFilter {
 public:
     enum class Kind : unsigned char { kInclude, kExclude, kBegin };
 
     PatternFilter(Kind kind, Output next) : LineFilter(next), kind_(kind) {}
 
-    /// Takes the expression, before anything else. @return null, or the cause why it cannot be used.
+    /// Sets the expression. Must be called first. @return null, or the reason why it cannot be used.
     const char* Compile(const std::string& pattern) { return pattern_.Compile(pattern); }
 
 private:
@@ -45,7 +45,7 @@ private:
     bool has_begun_ = false;
 };
 
-/// The number of lines instead of the lines.
+/// Prints the number of lines instead of the lines.
 class CountFilter final : public LineFilter {
 public:
     using LineFilter::LineFilter;

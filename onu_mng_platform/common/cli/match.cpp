@@ -10,7 +10,7 @@ bool IsDigits(std::string_view text) {
     return text.find_first_not_of("-0123456789") == std::string_view::npos;
 }
 
-// Whether a word that is still being typed may become `word`.
+// Whether `start` is a possible beginning of `word`.
 bool MayBecome(const SyntaxWord& word, std::string_view start) {
     if (word.kind == SyntaxWord::Kind::kNumber) return IsDigits(start);
     return IsAccepted(word.FitOf(start));
@@ -21,7 +21,8 @@ Fault FaultOf(Fit best) {
     return best == Fit::kNotANumber ? Fault::kNotANumber : Fault::kUnknown;
 }
 
-// One line for each text, with the first help there is for it.
+// Sorts the options and merges those with the same text. A merged option has the first help that is not
+// empty.
 void SortAndMerge(std::vector<Option>* options) {
     std::stable_sort(options->begin(), options->end(), [](const Option& a, const Option& b) {
         return std::tie(a.is_value, a.text) < std::tie(b.is_value, b.text);
@@ -68,7 +69,7 @@ bool Match::Take(TypedWord word) {
     return true;
 }
 
-// The words that fit best of all that may come next.
+// Collects, of all words that may come next, those that fit best. Returns how well they fit.
 Fit Match::CollectHits(std::string_view typed, std::vector<Hit>* hits) const {
     Fit best = Fit::kNone;
     for (const Candidate& candidate : candidates_) {

@@ -1,4 +1,4 @@
-/// Finds the command that a line means.
+/// Finds the command that a line names.
 #ifndef ONU_MNG_PLATFORM_COMMON_CLI_MATCH_H
 #define ONU_MNG_PLATFORM_COMMON_CLI_MATCH_H
 
@@ -10,43 +10,45 @@
 
 namespace onu_mng_platform {
 
-/// Something that may stand at a place of a line, for lists on the terminal.
+/// A word that is valid at a position of a line, for lists on the terminal.
 struct Option {
     std::string_view text;
     std::string_view help;
     bool is_value;
 };
 
-/// Why a word cannot stand where it was typed.
+/// Why a word is not valid where it was typed.
 enum class Fault : unsigned char { kUnknown, kAmbiguous, kNotANumber, kOutOfRange };
 
-/// The commands that the words taken so far may still become. Each word must be unambiguous where it stands;
-/// a keyword in full wins over a shortened one, and that over a value.
+/// Matches words against commands and keeps the commands that are still possible. Each word must be
+/// unambiguous. A full keyword takes precedence over a shortened one, and a shortened one over a value.
 ///
-/// Views point into the command list and the words, which outlive the match. Operations throw std::bad_alloc.
+/// The command list and the words must outlive the match, because it holds views into them. Operations throw
+/// std::bad_alloc.
 class Match {
 public:
     explicit Match(const CommandList& commands);
 
-    /// Goes on by one word.
-    /// @return false when it cannot stand here: fault() tells why and nothing else has changed.
+    /// Matches the next word.
+    /// @return false if it is not valid here. fault() returns the reason, and nothing else has changed.
     bool Take(TypedWord word);
     Fault fault() const { return fault_; }
 
-    /// The command that the words make up; null when they are not complete.
+    /// Returns the command that the words form; null if they are incomplete.
     const Command* Complete() const;
 
-    /// The words that the command of Complete() is given.
+    /// Returns the arguments for the command of Complete().
     std::vector<std::string_view> Arguments() const;
 
-    /// What may come next and begins like `start`: keywords in the order of the alphabet, then values.
+    /// Returns the words that may come next and start with `start`: keywords in alphabetical order, then
+    /// values.
     std::vector<Option> Next(std::string_view start) const;
 
-    /// Whether only words that the handler is given may come next.
+    /// Whether all words that may come next are arguments of the handler.
     bool WantsArgument() const;
 
-    /// What may stand where Take() refused a word: the words that it may be short for when it is ambiguous,
-    /// else all.
+    /// Returns the valid words where Take() has refused a word. For an ambiguous word only those that it may
+    /// abbreviate.
     std::vector<Option> Meant(std::string_view refused) const;
 
 private:

@@ -6,10 +6,9 @@ namespace onu_mng_platform {
 namespace {
 
 constexpr size_t kMaxSize = 128;
-constexpr long kMaxRepetitions = 8; // each one may double the compiled expression
+constexpr long kMaxRepetitions = 8; // each "+" may double the size of the compiled expression
 constexpr size_t kRenewAfter = 2048;
 
-// A character that means something else than itself and is not written as \c.
 template <typename Wanted>
 bool HasEscaped(const std::string& text, Wanted wanted) {
     for (size_t i = 0; i + 1 < text.size(); ++i)
@@ -48,8 +47,8 @@ const char* Pattern::Compile(const std::string& text) {
     return cause_;
 }
 
-// A compiled expression collects the states it has been in, up to one for each character it is shown, without
-// ever giving one up.
+// Compiles the expression again from time to time, because regexec() caches up to one state per matched
+// character and never frees them.
 bool Pattern::IsIn(const std::string& line) {
     matched_ += line.size();
     if (matched_ > kRenewAfter && compiled_) Renew();

@@ -1,4 +1,4 @@
-/// Regular expressions of operators, kept within bounds.
+/// Regular expressions typed by operators, with limits on memory and time.
 #ifndef ONU_MNG_PLATFORM_COMMON_CLI_PATTERN_H
 #define ONU_MNG_PLATFORM_COMMON_CLI_PATTERN_H
 
@@ -8,9 +8,8 @@
 
 namespace onu_mng_platform {
 
-/// A POSIX extended regular expression. What lets an expression of a few characters take unbounded memory or
-/// time is refused: more than 128 characters, more than 8 "+", repetition counts in braces, back-references.
-/// Used by one task.
+/// A POSIX extended regular expression. To bound memory and time, an expression may have at most 128
+/// characters and 8 "+", and neither repetition counts in braces nor back-references. Used by one task.
 class Pattern {
 public:
     Pattern() = default;
@@ -18,11 +17,11 @@ public:
     Pattern(const Pattern&) = delete;
     Pattern& operator=(const Pattern&) = delete;
 
-    /// Takes `text`. @return null; else the cause why not, valid as long as the object. Throws
-    /// std::bad_alloc.
+    /// Compiles an expression. Throws std::bad_alloc.
+    /// @return null, or the reason why it cannot be used. The text is valid as long as the object.
     const char* Compile(const std::string& text);
 
-    /// Whether any part of `line` matches; nothing matches without an expression.
+    /// Whether any part of `line` matches. Always false without an expression.
     bool IsIn(const std::string& line);
 
 private:
@@ -31,7 +30,7 @@ private:
 
     std::string text_;
     regex_t regex_{};
-    size_t matched_ = 0; ///< characters looked at since regex_ was compiled
+    size_t matched_ = 0; ///< characters matched since regex_ was compiled
     bool compiled_ = false;
     char cause_[80] = "";
 };

@@ -35,8 +35,8 @@ std::string SaveFilter::Open() {
     return CauseOf(error);
 }
 
-// A new file gets the mode that the process gives its files. One that takes another's place is nobody else's
-// until it gets the other's mode.
+// A new file gets the default mode. A file that replaces another is private until it gets the other file's
+// mode.
 int SaveFilter::CreateDraft() {
     static std::atomic<unsigned int> last_number{0};
     constexpr int kTries = 100;
@@ -50,7 +50,8 @@ int SaveFilter::CreateDraft() {
     return file;
 }
 
-// Only root can give a file to another user; for others the mode is what they can keep.
+// The result of fchown() is ignored, because only root can change the owner. Other users keep at least the
+// mode.
 bool SaveFilter::KeepAttributes(int file) const {
     (void)!fchown(file, earlier_.st_uid, earlier_.st_gid);
     return fchmod(file, earlier_.st_mode & 0777) == 0;
@@ -76,7 +77,7 @@ bool SaveFilter::Finish() {
     return false;
 }
 
-// The first failure is the cause of those behind it.
+// Keeps the first error, because it causes the later ones.
 void SaveFilter::Note(bool succeeded) {
     if (!succeeded && error_ == 0) error_ = errno;
 }

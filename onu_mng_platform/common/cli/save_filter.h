@@ -10,8 +10,8 @@
 
 namespace onu_mng_platform {
 
-/// Saves output under a file name instead of printing it. An earlier file stays as it was until all output is
-/// on the disk, and for good when that fails; the new file has its mode and, where permitted, its owner.
+/// Saves output to a file instead of printing it. An existing file is replaced only when all output is on the
+/// disk; on failure it stays unchanged. The new file gets its mode and, if permitted, its owner.
 class SaveFilter final : public OutputFilter {
 public:
     SaveFilter(std::string path, Output next) : path_(std::move(path)), next_(next) {}
@@ -19,9 +19,8 @@ public:
     SaveFilter(const SaveFilter&) = delete;
     SaveFilter& operator=(const SaveFilter&) = delete;
 
-    /// Opens the file, before anything else.
-    /// @return an empty text; else the cause why it cannot be opened, also for what is no file. Throws
-    ///         std::bad_alloc.
+    /// Opens the file. Must be called first. Throws std::bad_alloc.
+    /// @return an empty text, or the reason why the file cannot be opened.
     std::string Open();
 
     void Put(std::string_view text) override;

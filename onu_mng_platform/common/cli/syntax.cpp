@@ -29,7 +29,7 @@ std::string_view Trimmed(std::string_view text) {
     return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
 }
 
-// "flag - trace debug switch" beside the word "flag" would say it twice.
+// Removes the word from help such as "flag - trace debug switch", which is printed next to the word.
 std::string_view WithoutLabel(std::string_view line, std::string_view word) {
     constexpr std::string_view kDash = " - ";
     if (!StartsWith(line, word)) return line;
@@ -68,7 +68,7 @@ unsigned Syntax::MaxDelivered() const {
     }));
 }
 
-// At the start of a run of groups none is begun, so the places later in the run only have fewer words.
+// It suffices to check each step with no group begun: places with groups begun only allow fewer words.
 bool Syntax::IsDefinite() const {
     for (unsigned at = 0; at < steps_.size(); ++at)
         if (!NextWordsDiffer(Place{at, 0})) return false;

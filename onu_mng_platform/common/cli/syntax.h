@@ -1,4 +1,4 @@
-/// The grammar of one command: what its syntax string allows, word by word.
+/// The parsed syntax of one command.
 #ifndef ONU_MNG_PLATFORM_COMMON_CLI_SYNTAX_H
 #define ONU_MNG_PLATFORM_COMMON_CLI_SYNTAX_H
 
@@ -10,7 +10,7 @@
 
 namespace onu_mng_platform {
 
-/// How well a typed word fits a word of a syntax; the greatest wins.
+/// How well a typed word fits a word of a syntax. The best fit has the greatest value.
 enum class Fit : unsigned char {
     kNone,
     kNotANumber,
@@ -20,65 +20,66 @@ enum class Fit : unsigned char {
     kExact,
 };
 
-/// Whether a line may go on with a word of this fit.
+/// Whether a word with this fit is valid.
 constexpr bool IsAccepted(Fit fit) {
     return fit >= Fit::kValue;
 }
 
-/// One word that may be typed at a place.
+/// One word that is valid at a position.
 struct SyntaxWord {
     enum class Kind : unsigned char { kKeyword, kNumber, kName };
 
-    std::string text; ///< what to type; a value in its angle brackets
-    std::string help; ///< empty when the command has none for it
+    std::string text; ///< the keyword, or the value in angle brackets
+    std::string help; ///< empty if the command has no help for it
     long long low = 0;
     long long high = 0;
     Kind kind = Kind::kKeyword;
-    bool delivered = false; ///< handlers are given it
+    bool delivered = false; ///< passed to the handler as an argument
 
     bool IsValue() const { return kind != Kind::kKeyword; }
     Fit FitOf(std::string_view typed) const;
 };
 
-/// A syntax string taken apart (cli.h has its rules). A line walks over it from Place to Place; as the words
-/// that may come next at a place differ, there is one place at a time.
+/// A parsed syntax string (its rules are in cli.h). Matching a line moves from Place to Place. All words that
+/// may come next at a place differ, so there is always one current place.
 ///
-/// Thread safety: constant after Parse().
+/// Thread safety: immutable after Parse().
 class Syntax {
 public:
     static constexpr unsigned kMaxWords = 64;
     static constexpr unsigned kMaxGroups = 32;
 
-    /// How far a line has come.
+    /// The position of a line in the syntax.
     struct Place {
         unsigned step = 0;   ///< the first step that may come next
-        uint32_t groups = 0; ///< one bit for each group that was begun
+        uint32_t groups = 0; ///< a bit for each group that has begun
     };
 
-    /// Takes `syntax` apart and gives its words the lines of `help`, which may be null.
-    /// @return nothing for a syntax that breaks the rules. Throws std::bad_alloc.
+    /// Parses `syntax` and assigns the lines of `help` to its words. `help` may be null. Throws
+    /// std::bad_alloc.
+    /// @return nothing if the syntax breaks the rules.
     static std::optional<Syntax> Parse(const char* syntax, const char* help);
 
-    /// Calls `visit(const SyntaxWord&, Place behind it)` for each word that may come next.
+    /// Calls `visit(word, place_after_it)` for each word that may come next.
     template <typename Visitor>
     void ForEachNext(Place place, Visitor&& visit) const;
 
     /// Whether the line may end here.
     bool MayEnd(Place place) const;
 
-    /// The most words that are delivered from one line.
+    /// The maximum number of arguments from one line.
     unsigned MaxDelivered() const;
 
 private:
     friend class SyntaxReader;
 
-    /// One place for a word with its alternatives. A step with `skip` begins a group: the line may go on at
-    /// `skip` instead.
+    /// A position for one of several alternative words. A step with `skip` begins a group, which may be
+    /// skipped: the line may continue at step `skip`.
     struct Step {
         std::vector<SyntaxWord> words;
         unsigned next = 0;
         unsigned skip = 0;
-        uint32_t group = 0; ///< the bit of the group that begins here
+        uint32_t group = 0; ///< bit of the group that begins here
     };
 
     bool IsDefinite() const;

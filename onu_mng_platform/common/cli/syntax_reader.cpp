@@ -5,7 +5,7 @@
 namespace onu_mng_platform {
 namespace {
 
-// In a word nothing that the parser of lines gives a meaning.
+// Excludes all characters with a meaning in lines or in syntax strings.
 bool IsWordCharacter(char c) {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
            std::string_view("_-.:/+").find(c) != std::string_view::npos;
@@ -88,7 +88,7 @@ bool SyntaxReader::EndGroup() {
     run_end_ = end;
     result_->steps_[group_begin_].skip = end;
     result_->steps_[group_begin_].group = uint32_t{1} << groups_++;
-    // Behind a group the others of its run may come.
+    // After a group the other groups of its run may follow, in any order.
     result_->steps_.back().next = run_begin_;
     return true;
 }

@@ -1,4 +1,4 @@
-/// Reads a syntax string into the steps of a Syntax.
+/// Parses a syntax string into the steps of a Syntax.
 #ifndef ONU_MNG_PLATFORM_COMMON_CLI_SYNTAX_READER_H
 #define ONU_MNG_PLATFORM_COMMON_CLI_SYNTAX_READER_H
 
@@ -8,12 +8,12 @@
 
 namespace onu_mng_platform {
 
-/// One pass over one syntax string, from left to right.
+/// Parses one syntax string from left to right. Used once.
 class SyntaxReader {
 public:
     SyntaxReader(std::string_view text, Syntax* result) : rest_(text), result_(result) {}
 
-    /// @return false when the text breaks the rules; the result is then of no use. Throws std::bad_alloc.
+    /// @return false if the text breaks the rules; the result is then unusable. Throws std::bad_alloc.
     bool Read();
 
 private:
@@ -32,8 +32,8 @@ private:
     Syntax* result_;
     unsigned words_ = 0;
     unsigned groups_ = 0;
-    unsigned group_begin_ = 0; ///< first step of the group being read
-    unsigned run_begin_ = 0;   ///< first step of the groups that stand behind each other
+    unsigned group_begin_ = 0; ///< first step of the current group
+    unsigned run_begin_ = 0;   ///< first step of the current run of adjacent groups
     unsigned run_end_ = 0;
     bool in_group_ = false;
 };

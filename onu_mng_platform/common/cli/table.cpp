@@ -61,7 +61,7 @@ void Table::AddName(std::string_view name, Span span) {
     spans_.push_back(span);
 }
 
-// The column, from `first` on, that a word stands below; npos for none.
+// Returns the first column from `first` on whose name a word is aligned with; npos if there is none.
 size_t Table::ColumnOf(Span word, size_t first) const {
     for (size_t i = first; i < spans_.size(); ++i)
         if (word.begin == spans_[i].begin || word.end == spans_[i].end) return i;
@@ -71,7 +71,7 @@ size_t Table::ColumnOf(Span word, size_t first) const {
 std::vector<std::string_view> Table::SplitByPlace(std::string_view line,
                                                   const std::vector<Span>& words) const {
     std::vector<std::string_view> cells(names_.size());
-    size_t next = 0; // column behind the one that the last word is in
+    size_t next = 0; // the column after that of the last word
     size_t begin = 0;
     for (const Span word : words) {
         const size_t column = ColumnOf(word, next);

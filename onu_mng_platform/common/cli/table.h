@@ -1,4 +1,4 @@
-/// The columns of a table that is read from text.
+/// Parses tables in text.
 #ifndef ONU_MNG_PLATFORM_COMMON_CLI_TABLE_H
 #define ONU_MNG_PLATFORM_COMMON_CLI_TABLE_H
 
@@ -9,21 +9,24 @@
 
 namespace onu_mng_platform {
 
-/// Finds the cells of a table's rows by its header. Used by one task.
+/// Splits the rows of a table into cells, by the positions of the names in its header. Used by one task.
 ///
-/// A name of a column begins with a capital; a word behind it that begins with a small letter continues it ("Up
-/// to bytes"). Names that are there already are numbered ("Bytes", "Bytes 2"). All throw std::bad_alloc.
+/// A column's name begins with a capital letter. A following word that begins with a small letter continues
+/// the name ("Up to bytes"). Repeated names are numbered ("Bytes", "Bytes 2"). All operations throw
+/// std::bad_alloc.
 class Table {
 public:
-    /// The columns that `line` names; none when it is no header, such as a line with a word that is no name.
+    /// Parses a header. The result has no columns if `line` is not a header, for instance if a word is not a
+    /// name.
     static Table Parse(std::string_view line);
 
     const std::vector<std::string>& names() const { return names_; }
 
-    /// The cells of a row, one for each column: words that stand below the begin or the end of a column's name,
-    /// each with the words behind it that stand below none; or the words, if there is one for each column, as
-    /// a long cell shifts those behind it.
-    /// @return none when the line is no row. A cell may be empty only if `may_lack` is set.
+    /// Splits a row into one cell for each column. A word that is aligned with the start or the end of a
+    /// column's name begins the cell of that column; following words that are not aligned belong to the same
+    /// cell. If that leaves cells empty and there are as many words as columns, each word is a cell, because
+    /// a long cell shifts the rest of the row.
+    /// @return no cells if the line is not a row. Cells are empty only if `may_lack` is set.
     std::vector<std::string_view> Split(std::string_view line, bool may_lack) const;
 
 private:

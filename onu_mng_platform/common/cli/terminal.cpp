@@ -57,7 +57,7 @@ extern "C" int vty_out(vty* terminal, const char* format, ...) {
     try {
         written = onu_mng_platform::Format(terminal->output, format, arguments);
     } catch (const std::bad_alloc&) {
-        // A filter could not keep its line.
+        // A filter had no memory for its line; -1 is returned.
     }
     va_end(arguments);
     return written;

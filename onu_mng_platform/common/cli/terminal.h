@@ -1,4 +1,4 @@
-/// The terminal as the platform's own code sees it.
+/// The platform's internal view of a terminal.
 #ifndef ONU_MNG_PLATFORM_COMMON_CLI_TERMINAL_H
 #define ONU_MNG_PLATFORM_COMMON_CLI_TERMINAL_H
 
@@ -9,7 +9,7 @@
 
 namespace onu_mng_platform {
 
-/// Where characters go.
+/// A destination for characters.
 struct Output {
     void (*write)(void* context, const char* data, size_t size);
     void* context;
@@ -19,11 +19,11 @@ struct Output {
     }
 };
 
-/// The terminal of the command that runs in the calling task; null when none does. Valid until that command's
-/// handler returns.
+/// The terminal of the command that runs in the calling task; null if there is none. Valid until the
+/// command's handler returns.
 vty* CurrentTerminal();
 
-/// Makes a terminal current in the calling task, for as long as the object lives.
+/// Makes a terminal the current one of the calling task while the object lives.
 class TerminalScope {
 public:
     TerminalScope(vty* terminal, unsigned int node);
@@ -39,15 +39,15 @@ private:
 
 } // namespace onu_mng_platform
 
-/// What a terminal remembers. Used by one task at a time; whoever created the terminal may set the fields
-/// while no command runs on it.
+/// The state of a terminal. Used by one task at a time. The owner of the terminal may set the fields while no
+/// command runs on it.
 struct vty {
-    onu_mng_platform::Output output; ///< a filter stands before the terminal's own while its command runs
-    unsigned int node = 0;           ///< of the line that is being handled
-    bool may_save = false;           ///< lines may end in "| save FILE": the host's own console
+    onu_mng_platform::Output output; ///< replaced by a filter's output while a filtered command runs
+    unsigned int node = 0;           ///< node of the current line
+    bool may_save = false;           ///< allows "| save FILE"; set for the host's own console
     bool exit_requested = false;     ///< set by "exit"
-    std::string user;                ///< whose commands are logged, see log_module; empty: not logged
-    unsigned int log_module = 0;     ///< of the line that is logged for each command that changes something
+    std::string user;                ///< name in the log of commands that change something; empty: not logged
+    unsigned int log_module = 0;     ///< module of these log lines
 };
 
 #endif

@@ -26,13 +26,13 @@ uint32_t LevelBit(int level) {
     return uint32_t{1} << level;
 }
 
-/// Decides which lines are written. All members are usable before static constructors and after static
-/// destructors, as is everything at file scope here.
+/// Decides which lines are written. Like all objects at file scope here, it is usable in static constructors
+/// and destructors.
 class Filter {
 public:
     bool Passes(unsigned int module, int level) {
         if (level >= threshold_.load(std::memory_order_relaxed)) return true;
-        // Nearly every silent line ends here: the lock is for levels that are open for some module.
+        // Nearly all suppressed lines end here. The lock is needed only for levels that a module has opened.
         if ((any_open_.load(std::memory_order_relaxed) & LevelBit(level)) == 0) return false;
         const std::lock_guard<ShortLock> guard(lock_);
         const Entry* entry = Find(module);
@@ -63,7 +63,7 @@ public:
 private:
     struct Entry {
         unsigned int module = 0;
-        uint32_t levels = 0; // a bit each; 0 means that the entry is not used
+        uint32_t levels = 0; // one bit for each open level; 0: the entry is unused
     };
 
     Entry* Find(unsigned int module) {
@@ -87,7 +87,7 @@ private:
 };
 
 struct Output {
-    ShortLock lock; // held while a line is written, so that lines never mix
+    ShortLock lock; // held while a line is written, so lines never mix
     ulog_sink sink = nullptr;
     void* context = nullptr;
     LogClock clock = nullptr;
@@ -96,8 +96,8 @@ struct Output {
 
 Filter g_filter;
 Output g_output;
-StandardError g_standard_error; // under the output's lock
-unsigned long g_lost = 0;       // lines that standard error did not take, the same
+StandardError g_standard_error; // guarded by the output's lock
+unsigned long g_lost = 0;       // lines lost since the last note about them; guarded by the same lock
 thread_local bool t_in_sink = false;
 
 timespec Now() {
@@ -107,7 +107,7 @@ timespec Now() {
     return now;
 }
 
-/// A piece of output that is put together without taking memory.
+/// Formats output without allocating memory.
 class Piece {
 public:
     void AddLine(unsigned int module, int level, const char* text) {
@@ -140,7 +140,7 @@ bool WriteToStandardError(unsigned int module, int level, const char* text) {
     return g_standard_error.Write(piece.Text(), piece.Size());
 }
 
-/// Tells of lost lines where they are missing. @return false while that cannot be told.
+/// Writes a note in the place of lost lines. @return false if the note cannot be written either.
 bool TellOfLostLines() {
     if (g_lost == 0) return true;
     char note[80];
@@ -155,7 +155,8 @@ void WriteByDefault(unsigned int module, int level, const char* text) {
     if (g_output.neighbour.after != nullptr) g_output.neighbour.after(g_output.neighbour.context);
 }
 
-/// Holds the output's lock. A sink that ends the process, say, comes here again from the thread that has it.
+/// Holds the output's lock, unless the calling thread holds it already, for instance because a sink ends the
+/// process.
 class OutputGuard {
 public:
     OutputGuard() {
@@ -171,7 +172,8 @@ private:
     const bool is_first_ = !t_in_sink;
 };
 
-/// While a sink runs its task is not ended, even where the sink waits, and its own lines are dropped.
+/// While a sink runs, its task cannot be deleted, even if the sink waits, and the lines that the sink logs
+/// are dropped.
 struct SinkScope {
     SinkScope() {
         bep_taskSafeEx();
@@ -201,7 +203,7 @@ void LogWrite(unsigned int module, int level, const char* format, std::va_list a
     char text[kMaxText + 1];
     const int size = std::vsnprintf(text, sizeof(text), format, arguments);
     if (size < 0) return;
-    // A cut line still ends its line, or it would run into the next.
+    // A truncated line still needs a line end, otherwise the next line would follow on the same row.
     if (static_cast<size_t>(size) > kMaxText) {
         std::memcpy(text + sizeof(text) - sizeof(kLineEnd), kLineEnd, sizeof(kLineEnd));
     }

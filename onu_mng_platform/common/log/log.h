@@ -6,42 +6,42 @@
 
 #include "onu_mng_platform/ulog.h"
 
-/// The log of every port: threshold, opened levels, sink. A port defines the functions of ulog.h and forwards
-/// each to its namesake here, which keeps the contract written there; what stands below is what goes beyond
-/// it.
+/// The common log of all ports: threshold, opened levels and sink. A port defines the functions of ulog.h and
+/// forwards each to its counterpart here. The contracts are in ulog.h; the comments below only add to them.
 ///
-/// Everything may be called from any thread at any time from before the first static constructor to after the
-/// last static destructor. A line written from within a sink is dropped.
+/// Everything may be called from any thread, also in static constructors and destructors. A line that a sink
+/// logs is dropped.
 namespace onu_mng_platform {
 
 /// The module number of the port's own lines.
 inline constexpr unsigned int kPortLogModule = 0;
 
-/// ulogPrintf().
+/// Implements ulogPrintf().
 void LogWrite(unsigned int module, int level, const char* format, std::va_list arguments)
     ONU_MNG_PRINTF_FORMAT(3, 0);
 int LogSetModIgnore(unsigned int module, int level, int open);
 void LogSetThreshold(int level);
 void LogSetSink(ulog_sink sink, void* context);
 
-/// Writes a line of the port itself, under kPortLogModule.
+/// Logs a line of the port itself, under kPortLogModule.
 void LogPort(int level, const char* format, ...) ONU_MNG_PRINTF_FORMAT(2, 3);
 
-/// An editor of lines on the terminal that standard error is: a log line takes the place of the row that is
-/// being edited, and `after` is told to draw it again. Called by one task at a time; it must not log.
+/// A line editor on the terminal that standard error writes to. A log line overwrites the row that is being
+/// edited and then calls `after`, which must arrange for the row to be drawn again. Called by one task at a
+/// time. It must not log.
 struct LogNeighbour {
     void (*after)(void* context) = nullptr;
     void* context = nullptr;
 };
 
-/// Makes room for a neighbour, or for none. When it returns, the earlier one is not being called and will not
-/// be.
+/// Sets the neighbour; one without `after` removes it. After the return, the previous one is no longer
+/// called.
 void LogSetNeighbour(const LogNeighbour& neighbour);
 
 /// Returns the time of day that the default sink writes before a line.
 using LogClock = timespec (*)();
 
-/// Replaces the system's clock as the source of that time; null restores it. The clock is called by one
+/// Replaces the system's clock as the source of that time. Null restores it. The clock is called by one
 /// thread at a time and must not log.
 void LogSetClock(LogClock clock);
 

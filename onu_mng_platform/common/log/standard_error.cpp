@@ -16,7 +16,7 @@ namespace onu_mng_platform {
 namespace {
 
 constexpr int64_t kNsPerMs = 1'000'000;
-constexpr size_t kTerminalPiece = 256; // a terminal is ready when it takes as much
+constexpr size_t kTerminalPiece = 256; // a terminal that is ready accepts at least as much
 
 int64_t NowNs() {
     timespec now{};
@@ -24,7 +24,7 @@ int64_t NowNs() {
     return int64_t{now.tv_sec} * 1'000'000'000 + now.tv_nsec;
 }
 
-/// @return whether something comes of a call to write() within the time; the error of a broken pipe counts.
+/// Waits until write() does not block. @return false on a time-out. A broken pipe counts as ready.
 bool IsReady(int descriptor, int64_t milliseconds) {
     pollfd room{descriptor, POLLOUT, 0};
     return poll(&room, 1, static_cast<int>(milliseconds)) > 0;
@@ -35,7 +35,7 @@ bool IsFile(int descriptor, dev_t device, ino_t file) {
     return fstat(descriptor, &now) == 0 && now.st_dev == device && now.st_ino == file;
 }
 
-/// Keeps the process alive when the reader of a pipe is gone.
+/// Prevents SIGPIPE from ending the process if the reader of a pipe has exited.
 class PipeShield {
 public:
     PipeShield() {
@@ -69,10 +69,10 @@ int64_t WaitBudget::Left(int64_t now_ns) {
     return left_ns_;
 }
 
-/// Looks each time, since a host may lead standard error elsewhere, or close all descriptors and open another
-/// file under this number. What may block is opened anew: the flag set on standard error itself would apply to
-/// everybody who has it. Where that is not allowed (a pipe or terminal of another user, no /proc), the
-/// descriptor stays one that blocks.
+/// Finds the descriptor for writing. Checks it before every line, because a host may redirect standard error,
+/// or close all descriptors and reuse the number. A terminal or pipe is opened again, because O_NONBLOCK on
+/// standard error itself would affect all processes that share it. If that fails (a pipe or terminal of
+/// another user, no /proc), the blocking descriptor is used.
 void StandardError::Find() {
     struct stat now {};
     if (fstat(STDERR_FILENO, &now) != 0) now = {};
@@ -104,8 +104,8 @@ ssize_t StandardError::Put(const char* data, size_t size) const {
     return write(descriptor_, data, size);
 }
 
-/// Waits within the budget. A terminal that is ready takes nothing while somebody else writes to it, for a few
-/// microseconds.
+/// Waits within the budget. `was_ready`: the last wait ended, but the write failed again, because another
+/// process was writing to the terminal. That takes a few microseconds, so this waits for a moment first.
 bool StandardError::WaitForRoom(bool was_ready) {
     const int64_t begin = NowNs();
     const int64_t left_ms = budget_.Left(begin) / kNsPerMs;

@@ -8,8 +8,8 @@
 
 namespace onu_mng_platform {
 
-/// The time that log lines may wait for a reader: at most 0.2 s in any 2 s, all lines together. Up to 0.1 s is
-/// saved, and 0.05 s comes back each second.
+/// The time that all log lines together may wait for a reader: at most 0.2 s in any 2 s. The budget holds up
+/// to 0.1 s and regains 0.05 s per second.
 class WaitBudget {
 public:
     int64_t Left(int64_t now_ns);
@@ -17,20 +17,20 @@ public:
 
 private:
     static constexpr int64_t kMostNs = 100'000'000;
-    static constexpr int64_t kShare = 20; // a twentieth of the time that passes comes back
+    static constexpr int64_t kShare = 20; // the budget regains 1/20 of the elapsed time
 
     int64_t left_ns_ = kMostNs;
-    int64_t counted_ns_ = 0; // the time up to which it was filled
+    int64_t counted_ns_ = 0; // when the budget was last refilled
 };
 
-/// Standard error, which may be a terminal that its operator has stopped or a pipe whose reader is slow or
-/// hangs. A line that finds no room waits for as long as the budget lasts, and is lost otherwise.
+/// Writes lines to standard error, which may be a stopped terminal or a pipe with a slow or hanging reader. A
+/// line waits for room as long as the budget lasts; then it is lost.
 ///
 /// Constant-initialised and never destroyed. One task at a time.
 class StandardError {
 public:
-    /// @return false when the line was lost, or its end.
-    bool Write(const char* line, size_t size);
+    /// @return false if the line was lost, wholly or in part.
+    [[nodiscard]] bool Write(const char* line, size_t size);
 
 private:
     enum class Kind : unsigned char { kFile, kPipe, kSocket };
@@ -40,13 +40,13 @@ private:
     bool WaitForRoom(bool was_ready);
     ssize_t Put(const char* data, size_t size) const;
 
-    dev_t device_ = 0; // what standard error was when it was found
+    dev_t device_ = 0; // identity of standard error when the descriptor was found
     ino_t file_ = 0;
     int descriptor_ = -1;
-    bool is_own_ = false; // opened here
+    bool is_own_ = false; // `descriptor_` was opened here
     Kind kind_ = Kind::kFile;
-    size_t piece_ = 0;     // what a descriptor that blocks takes at once when it is ready; 0: never blocks
-    bool is_torn_ = false; // the last line was lost in the middle
+    size_t piece_ = 0;     // bytes that a ready blocking descriptor accepts at once; 0: non-blocking
+    bool is_torn_ = false; // only a part of the last line was written
     WaitBudget budget_;
 };
 

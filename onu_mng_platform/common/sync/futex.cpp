@@ -16,7 +16,7 @@ static_assert(sizeof(std::atomic<uint32_t>) == sizeof(uint32_t), "the system wai
 #if defined(SYS_futex)
 constexpr long kFutex = SYS_futex;
 #else
-constexpr long kFutex = FutexWaiter::kNoCall; // systems of 32 bits that never had narrow times
+constexpr long kFutex = FutexWaiter::kNoCall; // 32-bit systems that have only 64-bit times
 #endif
 #if defined(SYS_futex_time64)
 constexpr long kFutexTime64 = SYS_futex_time64;
@@ -39,8 +39,8 @@ NarrowTime Narrow(const timespec& time) {
     return {static_cast<long>(std::min<time_t>(time.tv_sec, kLast)), static_cast<long>(time.tv_nsec)};
 }
 
-/// Returns 0 after a wait, one that was over at once or interrupted included; else the system's error.
-/// The operation with a bit set takes a moment instead of a duration.
+/// Returns 0 after a wait, even one that ended at once or was interrupted; else the error number.
+/// FUTEX_WAIT_BITSET is used because it takes an absolute time instead of a duration.
 int WaitOnce(long call, const std::atomic<uint32_t>& word, uint32_t expected, const void* deadline) {
     constexpr int kOperation = FUTEX_WAIT_BITSET | FUTEX_PRIVATE_FLAG;
     if (syscall(call, &word, kOperation, expected, deadline, nullptr, FUTEX_BITSET_MATCH_ANY) == 0) return 0;
@@ -57,7 +57,7 @@ void FutexWaiter::Wait(const std::atomic<uint32_t>& word, uint32_t expected, con
     }
     const NarrowTime narrow = deadline == nullptr ? NarrowTime() : Narrow(*deadline);
     if (WaitOnce(narrow_call_, word, expected, deadline == nullptr ? nullptr : &narrow) == 0) return;
-    // A caller that looks again at once would keep the processor from everybody else.
+    // The caller checks again at once, so without a pause it would spin.
     constexpr timespec kMoment{0, 1'000'000};
     clock_nanosleep(CLOCK_MONOTONIC, 0, &kMoment, nullptr);
 }

@@ -3,7 +3,8 @@
 
 namespace onu_mng_platform {
 
-/// Leaves the processor's resources to others for some ten nanoseconds, between two looks at a word.
+/// Pauses a spinning processor core for some ten nanoseconds, to leave resources to its other hardware
+/// threads.
 inline void Pause() {
 #if defined(__x86_64__) || defined(__i386__)
     __builtin_ia32_pause();

@@ -16,7 +16,7 @@ constexpr int kLooks = 100;
 
 } // namespace
 
-// In a forked process the thread has another id.
+// A forked process must read its thread id again.
 const int ShortLock::s_fork_handler = pthread_atfork(nullptr, nullptr, [] { t_own_id = 0; });
 
 uint32_t ShortLock::AskOwnId() {
@@ -37,12 +37,12 @@ void ShortLock::LockSlowly() {
         Pause();
     }
     while (!FutexLock(holder_)) {
-        // Short of memory, say: the holder needs the processor all the same.
+        // The call may fail, for instance if memory is short. Sleep, so that the holder can run.
         constexpr timespec kMoment{0, 50'000};
         clock_nanosleep(CLOCK_MONOTONIC, 0, &kMoment, nullptr);
         if (TryLock()) return;
     }
-    // The system handed the lock over; the holder's writes are seen from here on.
+    // The kernel has set the word, so this load makes the previous holder's writes visible.
     holder_.load(std::memory_order_acquire);
 }
 

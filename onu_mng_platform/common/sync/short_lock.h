@@ -6,13 +6,13 @@
 
 namespace onu_mng_platform {
 
-/// A lock that passes on priorities, meant for a few instructions. A thread that finds it taken looks again for
-/// about as long as it is then held, because to sleep and be woken takes a hundred times that. Then it sleeps,
-/// and the holder runs at its priority until it is done, so that a task of high priority never waits for one of
-/// low priority that others keep from running. A longer section costs the threads that wait for it those looks
-/// and a call of the system, not more.
+/// A lock with priority inheritance for sections of a few instructions. A thread that finds it taken first
+/// spins for about the length of such a section, because sleeping and waking up take a hundred times as long.
+/// Then it sleeps, and the holder runs at least at its priority, so a task of high priority never waits for a
+/// preempted task of low priority. A longer section costs the waiting threads only the spinning and a system
+/// call.
 ///
-/// Usable from before the first static constructor to after the last static destructor.
+/// Usable in static constructors and destructors.
 class ShortLock {
 public:
     constexpr ShortLock() = default;
@@ -47,7 +47,7 @@ private:
     static inline thread_local uint32_t t_own_id = 0;
     static const int s_fork_handler;
 
-    std::atomic<uint32_t> holder_{kFree}; // the system marks it while threads sleep for the lock
+    std::atomic<uint32_t> holder_{kFree}; // the kernel sets a bit in it while threads sleep for the lock
 };
 
 } // namespace onu_mng_platform

@@ -20,8 +20,8 @@ inline bool IsHandlingTaskEnd() {
     }
 }
 
-/// True while the calling task is being ended: its destructors and catch blocks run to their end, also where they
-/// wait.
+/// True while the calling task is being unwound. Its destructors and catch blocks must run to their end, even
+/// if they wait, so there must be no end point in them.
 inline bool IsUnwinding() {
     return std::uncaught_exceptions() != 0 || IsHandlingTaskEnd();
 }
