@@ -28,8 +28,8 @@ std::string LevelsText(const std::set<int>& levels) {
 
 } // namespace
 
-void OnuMngLog::Print(void* vty) const {
-    PrintReport(CLI_CMD_SHOW_ONU_TRACE, vty, [this](CommandFormatMgr::Rows& rows) {
+void OnuMngLog::Print(void* terminal) const {
+    PrintReport(CLI_CMD_SHOW_ONU_TRACE, terminal, [this](CommandFormatMgr::Rows& rows) {
         if (!trace_switch) {
             rows.push_back(MakeRow(false, int{OnuNo::kNotSet}, int{OnuNo::kNotSet}, "None", ""));
             return;

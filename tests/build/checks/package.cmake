@@ -1,15 +1,32 @@
-# Installs the build and builds a host from it: cmake -DBUILD=... -DSOURCE=... -DWORK=... -P package.cmake
+# Installs the build and builds the example from it, with CMake and with pkg-config:
+# cmake -DBUILD=... -DSOURCE=... -DWORK=... -DCOMPILER=... -DFLAGS=... -P package.cmake
 function(run)
   execute_process(COMMAND ${ARGN} RESULT_VARIABLE status OUTPUT_VARIABLE text ERROR_VARIABLE text)
   if(NOT status EQUAL 0)
     message(FATAL_ERROR "${ARGN} failed:\n${text}")
   endif()
+  set(text "${text}" PARENT_SCOPE)
+endfunction()
+
+function(run_program program)
+  run(${CMAKE_COMMAND} -E env LD_LIBRARY_PATH=${WORK}/prefix/lib ${program})
+  if(NOT text MATCHES "ONU 1/5 says")
+    message(FATAL_ERROR "${program} wrote:\n${text}")
+  endif()
 endfunction()
 
 file(REMOVE_RECURSE ${WORK})
+file(MAKE_DIRECTORY ${WORK}/make)
 run(${CMAKE_COMMAND} --install ${BUILD} --prefix ${WORK}/prefix)
 run(${CMAKE_COMMAND} -S ${SOURCE} -B ${WORK}/build -G Ninja -DCMAKE_PREFIX_PATH=${WORK}/prefix
     -DCMAKE_CXX_COMPILER=${COMPILER} -DCMAKE_CXX_FLAGS=${FLAGS})
 run(${CMAKE_COMMAND} --build ${WORK}/build)
-run(${WORK}/build/package_user_posix)
-run(${WORK}/build/package_user_sim)
+run_program(${WORK}/build/with_static)
+run_program(${WORK}/build/on_board)
+if(EXISTS ${WORK}/build/with_shared)
+  run_program(${WORK}/build/with_shared)
+  file(COPY ${SOURCE}/Makefile DESTINATION ${WORK}/make)
+  file(COPY ${SOURCE}/../smallest_module.cpp DESTINATION ${WORK})
+  run(${CMAKE_COMMAND} -E env PKG_CONFIG_PATH=${WORK}/prefix/lib/pkgconfig CXX=${COMPILER} make -C ${WORK}/make)
+  run_program(${WORK}/make/with_pkg_config)
+endif()

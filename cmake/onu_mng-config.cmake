@@ -1,3 +1,0 @@
-include(CMakeFindDependencyMacro)
-find_dependency(Threads)
-include("${CMAKE_CURRENT_LIST_DIR}/onu_mng-targets.cmake")
