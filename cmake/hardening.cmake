@@ -19,6 +19,6 @@ set(optimised $<CONFIG:Release,RelWithDebInfo,MinSizeRel>)
 add_compile_options($<${optimised}:-U_FORTIFY_SOURCE> $<${optimised}:-D_FORTIFY_SOURCE=2>)
 
 if(NOT CMAKE_POSITION_INDEPENDENT_CODE)
-  add_compile_options(-fPIE)
+  add_compile_options($<$<NOT:$<STREQUAL:$<TARGET_PROPERTY:TYPE>,SHARED_LIBRARY>>:-fPIE>)
 endif()
 add_link_options($<$<STREQUAL:$<TARGET_PROPERTY:TYPE>,EXECUTABLE>:-pie> LINKER:-z,relro LINKER:-z,now)
