@@ -1,0 +1,38 @@
+#ifndef ONU_MNG_PLATFORM_COMMON_SYNC_ASYMMETRIC_BARRIER_H
+#define ONU_MNG_PLATFORM_COMMON_SYNC_ASYMMETRIC_BARRIER_H
+
+#include <atomic>
+
+namespace onu_mng_platform {
+
+/// A full memory barrier in two halves: a light one for frequent operations and a heavy one for rare operations.
+///
+/// One thread stores A, calls Light() and loads B. Another thread stores B, calls Heavy() and loads A. At least one
+/// of them then sees the store of the other. A, B and all loads and stores of them are atomic.
+///
+/// If the system has membarrier(2), Heavy() makes all threads of the process execute a barrier, and Light() only
+/// keeps the compiler from moving loads and stores. Otherwise both are fences.
+class AsymmetricBarrier {
+public:
+    /// Finds out if the system has membarrier(2). Must come before the threads that call Light() and Heavy(); without
+    /// it, both are fences.
+    static void Prepare();
+
+    static void Light() {
+        if (s_light) {
+            std::atomic_signal_fence(std::memory_order_seq_cst);
+        } else {
+            std::atomic_thread_fence(std::memory_order_seq_cst);
+        }
+    }
+
+    /// Takes about a microsecond.
+    static void Heavy();
+
+private:
+    static inline bool s_light = false; // set by Prepare() only
+};
+
+} // namespace onu_mng_platform
+
+#endif
