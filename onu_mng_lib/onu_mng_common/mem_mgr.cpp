@@ -17,8 +17,9 @@ constexpr unsigned int RoundUp(unsigned int size) {
 
 } // namespace
 
-MemoryAllocator* MemoryAllocator::GetInstance() {
+MemoryAllocator* MemoryAllocator::MakeInstance() {
     static Immortal<MemoryAllocator> instance;
+    s_instance.store(instance.Get(), std::memory_order_release);
     return instance.Get();
 }
 
@@ -33,27 +34,35 @@ unsigned int MemoryAllocator::Init(const char* name, unsigned int size, int shar
     return ONU_MNG_OK;
 }
 
-void* MemoryAllocator::MemAlloc(unsigned int size, const char* file, const char* function,
-                                unsigned short line) {
-    return MemAllocUnfilled(size, 0, file, function, line);
+void* MemoryAllocator::MemAlloc(unsigned int size, const char* file, const char*, unsigned short line) {
+    const unsigned int rounded = RoundUp(size);
+    if (rounded - 1 >= kPoolSize) return MemAllocUnusual(size, file, line);
+    void* const block = mpuAlloc_(pool_id.load(std::memory_order_relaxed), rounded, file, line);
+    return block == nullptr ? nullptr : bep_memSetEx(block, 0, rounded);
 }
 
 void* MemoryAllocator::MemAllocUnfilled(unsigned int size, unsigned int written, const char* file,
                                         const char*, unsigned short line) {
+    const unsigned int rounded = RoundUp(size);
+    if (rounded - 1 >= kPoolSize) return MemAllocUnusual(size, file, line);
+    char* const block =
+        static_cast<char*>(mpuAlloc_(pool_id.load(std::memory_order_relaxed), rounded, file, line));
+    if (block != nullptr && written < rounded) bep_memSetEx(block + written, 0, rounded - written);
+    return block;
+}
+
+void* MemoryAllocator::MemAllocUnusual(unsigned int size, const char* file, unsigned short line) {
     if (size == 0) {
         ulogPrintf(onu_mng_system_get_log_module(), ONU_MNG_LOG_ERROR, "MemAlloc for zero length \r\n");
         return nullptr;
     }
     const unsigned int rounded = RoundUp(size);
     if (rounded == 0) return nullptr; // the size wrapped around; no pool has such a block
-    if (rounded > kPoolSize) {
-        ulogPrintf(onu_mng_system_get_log_module(), ONU_MNG_LOG_WARNING,
-                   "Warning: alloc size %d exceeds the mem pool size %d\r\n", static_cast<int>(rounded),
-                   static_cast<int>(pool_size.load()));
-    }
-    char* block = static_cast<char*>(mpuAlloc_(pool_id.load(std::memory_order_relaxed), rounded, file, line));
-    if (block != nullptr && written < rounded) bep_memSetEx(block + written, 0, rounded - written);
-    return block;
+    ulogPrintf(onu_mng_system_get_log_module(), ONU_MNG_LOG_WARNING,
+               "Warning: alloc size %d exceeds the mem pool size %d\r\n", static_cast<int>(rounded),
+               static_cast<int>(pool_size.load()));
+    void* const block = mpuAlloc_(pool_id.load(std::memory_order_relaxed), rounded, file, line);
+    return block == nullptr ? nullptr : bep_memSetEx(block, 0, rounded);
 }
 
 unsigned int MemoryAllocator::MemFree(void* ptr, unsigned int, const char*, const char*, unsigned short) {

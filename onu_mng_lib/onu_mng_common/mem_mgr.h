@@ -21,7 +21,10 @@ public:
     /// The size of the pool that onu_mng_system_init() creates, in bytes.
     static constexpr unsigned int kPoolSize = 0x600000;
 
-    static MemoryAllocator* GetInstance();
+    static MemoryAllocator* GetInstance() {
+        MemoryAllocator* const instance = s_instance.load(std::memory_order_acquire);
+        return instance != nullptr ? instance : MakeInstance();
+    }
 
     /// Creates the pool `name` of `size` bytes; `shared` and `options` are passed to the platform. Only the
     /// first successful call creates a pool. Logs nothing.
@@ -57,6 +60,13 @@ private:
 
     MemoryAllocator() = default;
     ~MemoryAllocator() = default;
+    static MemoryAllocator* MakeInstance();
+
+    /// Does `MemAlloc` for a size that is 0 or more than `kPoolSize`. Not inlined, so that `MemAlloc` saves fewer
+    /// registers.
+    [[gnu::noinline]] void* MemAllocUnusual(unsigned int size, const char* file, unsigned short line);
+
+    static inline std::atomic<MemoryAllocator*> s_instance{nullptr};
 
     std::atomic<int> pool_id{-1};
     std::atomic<unsigned int> pool_size{0};
