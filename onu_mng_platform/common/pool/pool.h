@@ -5,11 +5,11 @@
 
 #include "onu_mng_platform/mpu.h"
 
-/// The memory pools of every port. A port defines the functions of mpu.h and forwards each to its namesake
-/// here, which keeps the contract written there; what stands below is what goes beyond it.
+/// The memory pools of every port. A port defines the functions of mpu.h; each calls the function here that has
+/// its name and fulfils its contract.
 ///
-/// Everything may be called from any thread at any time from before the first static constructor to after the
-/// last static destructor. Nothing waits for anything but a lock held for a bounded number of instructions.
+/// Any thread may call everything, also during static construction and destruction. A call waits at most for locks
+/// that are held for a bounded number of instructions.
 namespace onu_mng_platform {
 
 int PoolCreate(const char* name, unsigned int size);
@@ -20,8 +20,7 @@ void PoolShow();
 void PoolShowDetail(int pool_id);
 void PoolShowDebug(int pool_id);
 
-/// A place in a pool, which tells more than an address: it is the same in every run that makes the same
-/// calls.
+/// A place in a pool. Unlike an address, it is the same in every run that makes the same calls.
 struct PoolPlace {
     int pool_id;   ///< -1: the address lies in no pool.
     size_t offset; ///< Bytes from the start of the pool's region.

@@ -9,7 +9,8 @@ std::atomic<bool> g_taken[kMaxThreadSlots];
 
 using detail::t_slot;
 
-/// Apart from the number itself, which is read on every request and outlives the lease.
+/// Takes a slot for the thread and gives it back when the thread ends. Separate from `t_slot`, which has no
+/// destructor and can be read without a check.
 struct Lease {
     Lease() {
         t_slot = kNoThreadSlot;

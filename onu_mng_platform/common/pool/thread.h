@@ -15,14 +15,14 @@ unsigned int TakeThreadSlot();
 
 } // namespace detail
 
-/// Returns the calling thread's number among the threads that use pools; it is handed on when the thread
-/// ends, after PoolFlushSlot() emptied what stands under it. kNoThreadSlot when all are taken and while the
-/// thread's own objects are being destroyed.
+/// Returns the slot of the calling thread: its number among the threads that use pools. When the thread ends,
+/// PoolFlushSlot() is called and another thread may get the slot. kNoThreadSlot if all slots are taken, or if the
+/// thread has given its slot back already.
 inline unsigned int ThreadSlot() {
     return detail::t_slot != detail::kSlotNotAsked ? detail::t_slot : detail::TakeThreadSlot();
 }
 
-/// Empties the stocks under a number in every pool.
+/// Empties the stocks of a slot in every pool.
 void PoolFlushSlot(unsigned int slot);
 
 } // namespace onu_mng_platform

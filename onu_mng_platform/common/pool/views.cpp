@@ -1,4 +1,4 @@
-// The three views of mpu.h. Each walks the pool first, without a lock, and prints afterwards.
+// The three views of mpu.h. Each first reads the records, without a lock, and then prints.
 #include <algorithm>
 #include <cstdarg>
 #include <cstdio>
@@ -7,7 +7,7 @@
 #include <new>
 
 #include "onu_mng_platform/common/cli/terminal.h"
-#include "onu_mng_platform/common/pool/list.h"
+#include "onu_mng_platform/common/pool/core.h"
 #include "onu_mng_platform/common/pool/pool.h"
 #include "onu_mng_platform/common/pool/sites.h"
 
@@ -44,7 +44,7 @@ bool BelongsToCaller(const BlockView& block) {
 }
 
 size_t CallersBytes(const BlockView& block) {
-    return size_t{block.contents} * kCellBytes;
+    return size_t{block.cells - block.tag.Slack()} * kCellBytes;
 }
 
 /// The largest request that a free block of `cells` cells serves.
@@ -52,7 +52,7 @@ size_t UsableBytes(uint32_t cells) {
     return size_t{cells - 1} * kCellBytes;
 }
 
-// Rows of the view by size: every 16 bytes up to 128, then every doubling.
+// The rows of the view by size: one for each 16 bytes up to 128, then one for each doubling.
 constexpr size_t kFineRows = 8;
 constexpr size_t kRows = kFineRows + 24;
 
@@ -79,7 +79,7 @@ void CountBySize(const Pool& pool, SizeRow* rows) {
             const size_t bytes = CallersBytes(block);
             return rows[RowOf(bytes)].live.Add(bytes);
         }
-        const size_t bytes = UsableBytes(block.tag.Cells());
+        const size_t bytes = UsableBytes(block.cells);
         SizeRow& row = rows[RowOf(bytes)];
         (block.tag.State() == BlockState::kStocked ? row.stocked : row.free).Add(bytes);
     });
@@ -94,7 +94,7 @@ bool IsSamePlace(const SiteRow& a, const SiteRow& b) {
     return a.site.line == b.site.line && std::strcmp(a.site.file, b.site.file) == 0;
 }
 
-/// Joins rows of one place whose file name exists more than once in memory. Returns the number of rows left.
+/// Joins the rows of a site whose file name is in memory more than once. Returns the number of rows left.
 size_t JoinRows(SiteRow* rows, size_t count) {
     std::sort(rows, rows + count, [](const SiteRow& a, const SiteRow& b) {
         const int order = std::strcmp(a.site.file, b.site.file);
@@ -112,7 +112,7 @@ size_t JoinRows(SiteRow* rows, size_t count) {
     return count == 0 ? 0 : last + 1;
 }
 
-/// Fills a row for each place that has live blocks, the one with most bytes first. Returns their number.
+/// Fills a row for each site with live blocks, the one with most bytes first. Returns their number.
 size_t CountBySite(const Pool& pool, SiteRow* rows) {
     pool.ForEachBlock([rows](const BlockView& block) {
         if (BelongsToCaller(block) && block.site < kMaxSites) rows[block.site].live.Add(CallersBytes(block));
