@@ -28,7 +28,9 @@ void* mpuAlloc_(int pool_id, unsigned int size, const char* file, int line);
 /* Gives a block back to its pool. Any task, even one that did not take it.
  * Returns 0; -1, with nothing changed, for a pointer that is not the start of a block of any pool, for a
  * block that is free already, and for a block that was written past its end. Such a block is never given out
- * again. After a -1, one log line at level 13 names the pool and the offset of the block in bytes. */
+ * again. After a -1, one log line at level 13 names the pool and the offset of the block in bytes.
+ * If the task that took a block and another task return it at the same instant, both may get 0. The log line
+ * follows at a later request. */
 int mpuFree(void* block);
 
 /* The views print to the terminal of the command that runs in the calling task (cli.h), or else to standard

@@ -7,7 +7,7 @@
 
 namespace onu_mng_platform {
 
-/// The number of a 16-byte cell of a region, 0 meaning none. A block is a run of at least two cells.
+/// The number of a 16-byte cell of a region. 0 is none. A block is a run of at least two cells.
 using Cell = uint32_t;
 
 inline constexpr Cell kNoCell = 0;
@@ -17,29 +17,58 @@ inline constexpr uint32_t kMinCells = 2;
 
 enum class BlockState : uint32_t {
     kNone,    ///< No block starts here.
-    kFree,    ///< In a free list. The only state that is entered and left under the pool's lock alone.
-    kStocked, ///< Free as well, but kept in one piece for the next request of its size.
-    kMoving,  ///< Belongs to the thread that is just taking it or giving it back.
-    kLive,    ///< Belongs to a caller; `site` and `contents` of the record say whose and how much.
+    kFree,    ///< In a free list of the map.
+    kMoving,  ///< Belongs to the thread that is taking it or returning it.
+    kStocked, ///< In a stock or in the depot, for the next request of its class.
+    kLive,    ///< Belongs to a caller.
     kDamaged, ///< Written past its end: never handed out again.
 };
 
-/// State, place and length of a block in one word, so that one compare-and-swap says whose it is. Whoever
-/// moves a block out of kStocked or kLive owns it; nobody else changes its length meanwhile.
+/// The state of a block, in one word.
+///
+/// | bits  | kFree                          | kStocked, kLive, kDamaged                       |
+/// |-------|--------------------------------|-------------------------------------------------|
+/// | 0-2   | state                          | state                                           |
+/// | 3     | the start cell's lowest bit    | the same                                        |
+/// | 4-12  | the block before it in its list| holder: the stock it is in or was taken from    |
+/// | 13-19 |                                | class                                           |
+/// | 20-31 |                                | slack: cells that the caller did not ask for    |
 class BlockTag {
 public:
+    static constexpr uint32_t kHolders = 1U << 9;
+    static constexpr uint32_t kClasses = 1U << 7;
+
     constexpr explicit BlockTag(uint32_t bits) : bits_(bits) {}
-    constexpr BlockTag(BlockState state, Cell start, uint32_t cells)
-        : bits_(cells << 4 | (start & 1) << 3 | static_cast<uint32_t>(state)) {}
+    constexpr BlockTag(BlockState state, Cell start)
+        : bits_(static_cast<uint32_t>(state) | (start & 1) << 3) {}
+
+    static constexpr BlockTag Free(Cell start, Cell previous) {
+        return BlockTag(BlockTag(BlockState::kFree, start).bits_ | previous << 4);
+    }
+    static constexpr BlockTag Stocked(Cell start, uint32_t holder, uint32_t block_class) {
+        return BlockTag(BlockTag(BlockState::kStocked, start).bits_ | holder << 4 | block_class << 13);
+    }
+    /// Returns the tag of this stocked block after it was taken.
+    constexpr BlockTag Live(uint32_t slack) const {
+        return BlockTag((bits_ ^ (static_cast<uint32_t>(BlockState::kStocked) ^
+                                  static_cast<uint32_t>(BlockState::kLive))) |
+                        slack << 20);
+    }
 
     constexpr uint32_t Bits() const { return bits_; }
     constexpr BlockState State() const { return static_cast<BlockState>(bits_ & 7); }
-    constexpr uint32_t Cells() const { return bits_ >> 4; }
     /// True when the block starts at `cell`, one of the two cells that share a record.
     constexpr bool StartsAt(Cell cell) const {
         return State() != BlockState::kNone && (bits_ >> 3 & 1) == (cell & 1);
     }
+    /// True for a live block that starts at `cell` and was taken from the stock `holder`.
+    constexpr bool IsLiveFrom(uint32_t holder, Cell cell) const {
+        return (bits_ & 0x1FFF) == Stocked(cell, holder, 0).Live(0).bits_;
+    }
     constexpr Cell Start(size_t record) const { return static_cast<Cell>(2 * record) | (bits_ >> 3 & 1); }
+    constexpr Cell Previous() const { return bits_ >> 4; }
+    constexpr uint32_t Class() const { return bits_ >> 13 & (kClasses - 1); }
+    constexpr uint32_t Slack() const { return bits_ >> 20; }
     constexpr BlockTag In(BlockState state) const {
         return BlockTag((bits_ & ~uint32_t{7}) | static_cast<uint32_t>(state));
     }
@@ -48,35 +77,45 @@ private:
     uint32_t bits_;
 };
 
-/// What is known of the block that starts in one of two neighbouring cells. It lies outside the region, where
-/// a caller that writes past the end of a block does not reach it.
+/// The record of the block that starts in one of two neighbouring cells. Records lie outside of the region, so a
+/// write past the end of a block does not reach them.
+///
+/// Who may change the tag depends on the state. kFree: the holder of the pool's lock. kStocked: the owner of the
+/// stock, or under the lock a task that closed the stock. kMoving: the thread that moves the block. kLive: any
+/// task that returns the block. The task from whose stock the block comes stores the new tag; all others exchange
+/// it.
 struct BlockRecord {
     std::atomic<uint32_t> tag;
-    uint32_t cells_before;          ///< Length of the block in front; guarded by the pool's lock.
-    std::atomic<uint32_t> site;     ///< From kLive on: who took it. Free: the next block of its list.
-    std::atomic<uint32_t> contents; ///< From kLive on: cells asked for. Free: the previous block of its list.
+    std::atomic<uint32_t> cells; ///< Length; changed under the pool's lock.
+    uint32_t cells_before;       ///< Length of the block in front; guarded by the pool's lock.
+    std::atomic<uint32_t> site;  ///< Live: the place that took it. Free: the next block of its list.
 
     BlockTag Tag() const { return BlockTag(tag.load(std::memory_order_acquire)); }
     void SetTag(BlockTag value) { tag.store(value.Bits(), std::memory_order_release); }
-    /// Moves the block from exactly `from` to `to`; false when it was not in `from`.
+    /// Replaces the tag `from` by `to`. False if the tag is not `from`.
     bool Move(BlockTag from, BlockTag to) {
         uint32_t expected = from.Bits();
         return tag.compare_exchange_strong(expected, to.Bits(), std::memory_order_acq_rel,
                                            std::memory_order_relaxed);
     }
+    uint32_t Cells() const { return cells.load(std::memory_order_relaxed); }
+    Cell Next() const { return site.load(std::memory_order_relaxed); }
+    /// Releases: a view that reads the link as a site then also finds the tag changed.
+    void SetNext(Cell next) { site.store(next, std::memory_order_release); }
 };
 
-/// A block as it was at some moment.
+/// A block at one moment.
 struct BlockView {
     BlockTag tag;
-    uint32_t site;     ///< As in the record; has a meaning for a live or damaged block only.
-    uint32_t contents; ///< Likewise.
+    uint32_t cells;
+    uint32_t site; ///< Of a live or damaged block. Otherwise without meaning.
 };
 
-/// The blocks of one region: free ranges in lists by size with a bitmap over them, split when they are taken
-/// and joined with their neighbours when they come back, each in bounded time.
+/// The map of the blocks of a region. Free blocks are in lists by length, with a bitmap of the lists that are not
+/// empty. A free block is split when it is taken and joined with its free neighbours when it comes back. Both take
+/// bounded time.
 ///
-/// Thread safety: Take() and Release() run under the pool's lock; records may be read by anyone at any time.
+/// Thread safety: taking and releasing run under the pool's lock. Any thread may read records at any time.
 class BlockMap {
 public:
     static constexpr uint32_t kMaxCells = (1U << 28) - 1;
@@ -86,36 +125,36 @@ public:
 
     void Init(BlockRecord* records, uint32_t cells);
 
-    /// Takes a block of `cells` cells, or of one more when that one would be left over; it is kMoving.
-    /// @return its first cell; kNoCell when no free range was found that is long enough. A long enough one may
-    ///         be missed if it is less than a sixteenth longer than needed and there are many like it.
+    /// Takes a block of `cells` cells, or of one more if a single cell would be left over. Its state is kMoving.
+    /// @return its first cell; kNoCell if no free block is found that is long enough. A block that is less than a
+    ///         sixteenth longer than needed may be missed if there are many of its length.
     Cell Take(uint32_t cells) { return TakeFrom(FindFit(cells, kFewProbes), cells); }
 
-    /// As Take(), but misses none. Looks at each free range of nearly the needed length.
+    /// Does the same as Take(), but misses no block: it looks at each free block of about this length.
     Cell TakeIfAny(uint32_t cells) { return TakeFrom(FindFit(cells, cells_), cells); }
 
-    /// Makes a block free that nobody else can reach (kMoving).
+    /// Makes a block free. Its state is kMoving.
     void Release(Cell start);
 
     BlockRecord& At(Cell cell) const { return records_[cell >> 1]; }
 
-    /// Calls `visit(view)` for each block. Exact while no other thread uses the pool. Otherwise each block is
-    /// seen as it was at some moment of the walk, and one that changes at that moment is left out.
+    /// Calls `visit(view)` for each block. If other threads use the pool meanwhile, each block is seen at a moment
+    /// of its own, and a block that changes at that moment is left out.
     template <class Visit>
     void ForEach(Visit visit) const {
         for (size_t i = 0; i < RecordCount(cells_); ++i) {
             const BlockRecord& record = records_[i];
             const BlockTag tag = record.Tag();
             if (tag.State() == BlockState::kNone) continue;
-            // Acquired, so that the tag is looked at again afterwards.
-            const BlockView view{tag, record.site.load(std::memory_order_acquire),
-                                 record.contents.load(std::memory_order_acquire)};
+            // Acquired, so the second look at the tag comes after them.
+            const BlockView view{tag, record.cells.load(std::memory_order_acquire),
+                                 record.site.load(std::memory_order_acquire)};
             if (record.Tag().Bits() == tag.Bits()) visit(view);
         }
     }
 
 private:
-    // Lists of one length each up to kExact cells, then kSteps lists for every doubling.
+    // One list for each length up to kExact cells. From there on, 16 lists for each doubling.
     static constexpr uint32_t kExact = 32;
     static constexpr uint32_t kStepBits = 4;
     static constexpr uint32_t kLists = kExact + (28 - 5) * (1 << kStepBits);

@@ -1,29 +1,27 @@
+// What few calls execute: creation, requests that the stock of the task does not serve, refusals, totals.
 #include "onu_mng_platform/common/pool/core.h"
 
 #include <sys/mman.h>
 
 #include <algorithm>
 #include <cstdio>
-#include <cstdlib>
-#include <cstring>
+#include <mutex>
 #include <new>
+#include <utility>
 
 #include "onu_mng_platform/common/log/log.h"
-#include "onu_mng_platform/common/pool/sites.h"
+#include "onu_mng_platform/common/sync/asymmetric_barrier.h"
 
 namespace onu_mng_platform {
 namespace {
 
-constexpr uint32_t kGuardCells = 1;
 constexpr int kRefusedLevel = 13;
 
-/// A guard differs from place to place, so that a copied block does not forge one.
-uint64_t GuardFor(const std::byte* address) {
-    return reinterpret_cast<uintptr_t>(address) ^ 0xC3A5'5A3C'96E1'1E69;
-}
+/// Stands in for the stock of a thread without one. Its bins have no room, so nothing is ever written here.
+ThreadStock g_no_stock;
 
-/// Returns zeroed memory, null when there is none. Its pages are there already, so that a board that is short
-/// of them shows it here and no request waits for one.
+/// Returns zeroed memory; null if there is none. Touches each page, so a lack of memory shows here and no
+/// request has to wait for a page.
 void* Reserve(size_t bytes) {
     constexpr size_t kSmallestPage = 4096;
     void* const memory = mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
@@ -33,7 +31,7 @@ void* Reserve(size_t bytes) {
     return memory;
 }
 
-void Release(void* memory, size_t bytes) {
+void Unreserve(void* memory, size_t bytes) {
     if (memory != nullptr) munmap(memory, bytes);
 }
 
@@ -43,7 +41,7 @@ Pool* Pool::Create(const char* name, unsigned int size) {
     const uint32_t cells = std::max((size - 1) / kCellBytes + 1 + kGuardCells, kMinCells);
     if (cells > BlockMap::kMaxCells) return nullptr;
     const size_t bytes = size_t{cells} * kCellBytes;
-    // Apart, so that no write past the end of the region reaches the records.
+    // A mapping of its own, so a write past the end of the region does not reach the records.
     void* const region = Reserve(bytes);
     void* const records = region != nullptr ? Reserve(BlockMap::RecordBytes(cells)) : nullptr;
     if (records != nullptr) {
@@ -51,120 +49,159 @@ Pool* Pool::Create(const char* name, unsigned int size) {
             Pool(name, size, static_cast<std::byte*>(region), cells, static_cast<BlockRecord*>(records));
         if (pool != nullptr) return pool;
     }
-    Release(records, BlockMap::RecordBytes(cells));
-    Release(region, bytes);
+    Unreserve(records, BlockMap::RecordBytes(cells));
+    Unreserve(region, bytes);
     return nullptr;
 }
 
 Pool::Pool(const char* name, size_t size, std::byte* region, uint32_t cells, BlockRecord* records)
-    : region_(region), bytes_(size_t{cells} * kCellBytes), size_(size) {
+    : region_(region), bytes_(size_t{cells} * kCellBytes), size_(size), records_(records) {
     std::snprintf(name_, sizeof(name_), "%s", name == nullptr ? "" : name);
+    for (auto& stock : stocks_)
+        stock.store(&g_no_stock, std::memory_order_relaxed);
     map_.Init(records, cells);
 }
 
-/// Returns a moving block of at least `cells` cells; kNoCell when there is none.
-inline Cell Pool::TakeBlock(uint32_t cells, ThreadStock* stock) {
-    const uint32_t index = stock_class::Of(cells);
-    if (stock == nullptr || index == stock_class::kNone) return TakeUnderLock(cells, stock);
-    const Cell start = Pop(stock->blocks, index);
-    return start != kNoCell ? start : TakeUnderLock(cells, stock);
+ThreadStock* Pool::MakeStock() {
+    const unsigned int slot = ThreadSlot();
+    if (slot == kNoThreadSlot) return nullptr;
+    ThreadStock* stock = stocks_[slot].load(std::memory_order_acquire);
+    if (stock->HasOwner()) return stock;
+    stock = new (std::nothrow) ThreadStock;
+    if (stock == nullptr) return nullptr;
+    stock->holder = slot;
+    stocks_[slot].store(stock, std::memory_order_release);
+    unsigned int end = stocks_end_.load(std::memory_order_relaxed);
+    while (end <= slot && !stocks_end_.compare_exchange_weak(end, slot + 1, std::memory_order_acq_rel)) {
+    }
+    return stock;
 }
 
-inline void Pool::CountTaken(size_t bytes, ThreadStock* stock) {
-    if (stock == nullptr) return CountTakenWithoutStock(bytes);
-    stock->counters.taken.Add();
-    if (!stock->allowance.Spend(bytes)) Replenish(stock->allowance, bytes);
+/// Takes a block for a place whose number has to be searched for.
+void* Pool::AllocElsewhere(unsigned int size, const char* file, int line) {
+    return AllocFor(size, SiteOf(file, line));
 }
 
-inline void Pool::CountReturned(size_t bytes, ThreadStock* stock) {
-    if (stock == nullptr) return CountReturnedWithoutStock(bytes);
-    stock->counters.returned.Add();
-    if (!stock->allowance.Add(bytes)) Replenish(stock->allowance, 0);
+/// Undoes what AllocFor() took from the stock, and takes a block under the lock.
+///
+/// The entry is still in its place, unless another task emptied the stock meanwhile and put kNoCell there.
+void* Pool::AllocAgain(unsigned int size, uint32_t site) {
+    const uint32_t contents = (size - 1) / kCellBytes + 1;
+    ThreadStock& stock = *OwnStock();
+    Bin& bin = stock.bins[block_class::ToFit(contents + kGuardCells)];
+    bin.count.store(bin.Count() + 1, std::memory_order_release);
+    stock.left.store(stock.left.load(std::memory_order_relaxed) + contents, std::memory_order_release);
+    return AllocSlowly(size, site);
 }
 
-inline void* Pool::HandOut(Cell start, uint32_t contents, uint32_t site) {
-    BlockRecord& record = map_.At(start);
-    record.contents.store(contents, std::memory_order_relaxed);
-    record.site.store(site, std::memory_order_relaxed);
-    WriteGuard(start + contents);
-    // Last, so that whoever finds a live block finds all that belongs to it.
-    record.SetTag(record.Tag().In(BlockState::kLive));
-    return AddressOf(start);
-}
-
-void* Pool::Alloc(unsigned int size, const char* file, int line) {
+void* Pool::AllocSlowly(unsigned int size, uint32_t site) {
     if (size == 0) return nullptr;
     const uint32_t contents = (size - 1) / kCellBytes + 1;
-    const uint32_t cells = stock_class::RoundedCells(contents + kGuardCells);
+    const uint32_t index = block_class::ToFit(contents + kGuardCells);
     ThreadStock* const stock = OwnStock();
-    const Cell start = TakeBlock(cells, stock);
-    if (start == kNoCell) {
-        fails_.fetch_add(1, std::memory_order_relaxed);
-        return nullptr;
+    Cell start = kNoCell;
+    Cell twice = kNoCell;
+    {
+        const std::lock_guard<ShortLock> guard(lock_);
+        start = TakeBlock(index, contents, stock);
+        if (start != kNoCell) {
+            CountTaken(stock, contents);
+        } else {
+            ++fails_;
+        }
+        twice = std::exchange(returned_twice_, kNoCell);
     }
-    CountTaken(size_t{contents} * kCellBytes, stock);
-    return HandOut(start, contents, SiteOf(file, line));
+    if (twice != kNoCell) RefuseState(OffsetOf(AddressOf(twice)), BlockState::kStocked);
+    if (start == kNoCell) return nullptr;
+    const uint32_t cells = At(start).Cells();
+    const uint32_t exact = block_class::OfExact(cells);
+    // Free() may put a block straight into the bin only if the block has the length of the bin's class.
+    const uint32_t holder =
+        stock != nullptr && exact == index && index != block_class::kNone ? stock->holder : kNobody;
+    return HandOut(start, BlockTag::Stocked(start, holder, exact).Live(cells - contents), contents, site);
 }
 
-/// Makes a moving block free for others.
-inline void Pool::GiveBlock(Cell start, BlockTag tag, ThreadStock* stock) {
-    const uint32_t index = stock_class::Of(tag.Cells());
-    if (stock == nullptr || index == stock_class::kNone) return GiveUnderLock(start, tag);
-    if (stock->blocks.Count(index) == OwnBlocks::Room(index)) MakeRoom(*stock, index);
-    map_.At(start).SetTag(tag.In(BlockState::kStocked));
-    stock->blocks.Put(index, start);
-}
-
-int Pool::Free(void* block) {
+/// Frees a block that another task took, or whose bin is full or belongs to no stock, or refuses it.
+int Pool::FreeSlowly(void* block) {
     const size_t offset = OffsetOf(block);
     const Cell start = static_cast<Cell>(offset / kCellBytes) + kFirstCell;
-    BlockRecord& record = map_.At(start);
+    BlockRecord& record = At(start);
     const BlockTag tag = record.Tag();
-    if (offset % kCellBytes != 0 || !tag.StartsAt(start)) return RefuseState(block, BlockState::kNone);
-    // Of two tasks that free the block at once only one gets past here.
-    if (tag.State() != BlockState::kLive || !record.Move(tag, tag.In(BlockState::kMoving))) {
-        return RefuseState(block, tag.State());
-    }
-    const uint32_t contents = record.contents.load(std::memory_order_relaxed);
-    if (!GuardIsIntact(start + contents)) {
-        record.SetTag(tag.In(BlockState::kDamaged));
-        return RefuseDamaged(block, contents, record.site.load(std::memory_order_relaxed));
-    }
+    if (offset % kCellBytes != 0 || !tag.StartsAt(start)) return RefuseState(offset, BlockState::kNone);
+    if (tag.State() != BlockState::kLive) return RefuseState(offset, tag.State());
     ThreadStock* const stock = OwnStock();
-    CountReturned(size_t{contents} * kCellBytes, stock);
-    GiveBlock(start, tag, stock);
+    const uint32_t index = tag.Class();
+    if (stock == nullptr || index == block_class::kNone) return FreeUnstocked(start, tag);
+    const uint32_t contents = block_class::CellsOf(index) - tag.Slack();
+    const std::byte* const guard = AddressOf(start + contents);
+    __builtin_prefetch(guard);
+    Bin& bin = stock->bins[index];
+    if (bin.Count() == bin.room) MakeRoom(*stock, index);
+    // Before the guard is read: if another task frees the block too, one of the two stops here.
+    if (!record.Move(tag, bin.TagOf(start))) return RefuseState(offset, BlockState::kFree);
+    if (!GuardIsIntact(guard)) {
+        record.SetTag(tag.In(BlockState::kDamaged));
+        return RefuseDamaged(offset, contents, record.site.load(std::memory_order_relaxed));
+    }
+    bin.Push(bin.Count(), start);
+    return CountReturned(*stock, contents);
+}
+
+int Pool::FreeUnstocked(Cell start, BlockTag tag) {
+    BlockRecord& record = At(start);
+    const size_t offset = OffsetOf(AddressOf(start));
+    if (!record.Move(tag, BlockTag(BlockState::kMoving, start)))
+        return RefuseState(offset, BlockState::kFree);
+    const uint32_t contents = record.Cells() - tag.Slack();
+    if (!GuardIsIntact(AddressOf(start + contents))) {
+        record.SetTag(tag.In(BlockState::kDamaged));
+        return RefuseDamaged(offset, contents, record.site.load(std::memory_order_relaxed));
+    }
+    const std::lock_guard<ShortLock> guard(lock_);
+    ++returned_;
+    spare_ += contents;
+    Shelve(start, tag.Class());
     return 0;
 }
 
-int Pool::RefuseState(const void* block, BlockState state) const {
+int Pool::RefuseState(size_t offset, BlockState state) const {
     const char* why = "is free already";
     if (state == BlockState::kNone) why = "is not the start of a block";
     if (state == BlockState::kDamaged) why = "was written past its end and stays out of use";
-    LogPort(kRefusedLevel, "Pool %s: refused to free offset %zu, which %s\r\n", name_, OffsetOf(block), why);
+    LogPort(kRefusedLevel, "Pool %s: refused to free offset %zu, which %s\r\n", name_, offset, why);
     return -1;
 }
 
-int Pool::RefuseDamaged(const void* block, uint32_t contents, uint32_t site) const {
+int Pool::RefuseDamaged(size_t offset, uint32_t contents, uint32_t site) const {
     const Site taken_at = SiteAt(site);
     LogPort(
         kRefusedLevel,
         "Pool %s: refused to free offset %zu, which was written past its end and stays out of use: %u bytes "
         "taken at %s:%d\r\n",
-        name_, OffsetOf(block), contents * kCellBytes, taken_at.file, taken_at.line);
+        name_, offset, contents * kCellBytes, taken_at.file, taken_at.line);
     return -1;
 }
 
-void Pool::WriteGuard(Cell cell) {
-    std::byte* const address = AddressOf(cell);
-    const uint64_t guard[2] = {GuardFor(address), GuardFor(address)};
-    std::memcpy(address, guard, sizeof(guard));
-}
-
-bool Pool::GuardIsIntact(Cell cell) const {
-    const std::byte* const address = AddressOf(cell);
-    uint64_t guard[2];
-    std::memcpy(guard, address, sizeof(guard));
-    return guard[0] == GuardFor(address) && guard[1] == GuardFor(address);
+mpu_stat Pool::Stat() const {
+    const std::lock_guard<ShortLock> guard(lock_);
+    // Returned blocks first. Each of them was taken before, so it is among the taken blocks counted below.
+    unsigned long returned = returned_;
+    ptrdiff_t unused = spare_;
+    ForEachStock([&](const ThreadStock& stock) {
+        returned += stock.returned.load(std::memory_order_acquire);
+        unused += stock.Allowed();
+    });
+    mpu_stat stat{};
+    stat.size = size_;
+    stat.peak = static_cast<size_t>(peak_) * kCellBytes;
+    // A request that runs at this moment may be half counted.
+    stat.used = static_cast<size_t>(peak_ - std::clamp(unused, ptrdiff_t{0}, peak_)) * kCellBytes;
+    stat.allocs = taken_;
+    ForEachStock(
+        [&](const ThreadStock& stock) { stat.allocs += stock.taken.load(std::memory_order_acquire); });
+    stat.blocks = stat.allocs - std::min(returned, stat.allocs);
+    stat.fails = fails_;
+    return stat;
 }
 
 } // namespace onu_mng_platform

@@ -1,113 +1,243 @@
-// How blocks pass between the map, the depot and the threads' stocks.
+// How blocks move between the map, the depot and the stocks, and how tasks share the cells below the peak.
+// All of it runs under the pool's lock, except for Settle(), MakeRoom() and Flush(), which take it.
 #include <algorithm>
-#include <new>
+#include <mutex>
 
 #include "onu_mng_platform/common/pool/core.h"
 
 namespace onu_mng_platform {
+namespace {
 
 constexpr uint32_t kFirstBatch = 4; // blocks
 
-Pool::ThreadStock* Pool::MakeStock() {
-    const unsigned int slot = ThreadSlot();
-    if (slot == kNoThreadSlot) return nullptr;
-    ThreadStock* stock = stocks_[slot].load(std::memory_order_acquire);
-    if (stock == nullptr) stock = new (std::nothrow) ThreadStock;
-    stocks_[slot].store(stock, std::memory_order_release);
-    unsigned int end = stocks_end_.load(std::memory_order_relaxed);
-    while (end <= slot && !stocks_end_.compare_exchange_weak(end, slot + 1, std::memory_order_acq_rel)) {
+/// Returns the most blocks of a class in the depot: 64 KiB, but at least 8 and at most 256 blocks.
+uint32_t DepotRoom(uint32_t index) {
+    return std::clamp(64 * 1024 / block_class::BytesOf(index), uint32_t{8}, uint32_t{256});
+}
+
+} // namespace
+
+/// Makes a block that was removed from a bin the caller's (kMoving).
+/// @return false if the tag shows that the block is not in this bin. Then two tasks have returned it at the same
+///         instant and both counted it, and this undoes one of the two.
+bool Pool::TakeOver(Cell start, const Bin& bin) {
+    BlockRecord& record = At(start);
+    if (record.Tag().Bits() == bin.TagOf(start).Bits()) {
+        record.SetTag(BlockTag(BlockState::kMoving, start));
+        return true;
     }
-    return stock;
+    --returned_;
+    spare_ -= bin.cells - kGuardCells;
+    returned_twice_ = start;
+    return false;
 }
 
-Cell Pool::TakeUnderLock(uint32_t cells, ThreadStock* stock) {
-    const uint32_t index = stock_class::Of(cells);
-    const std::lock_guard<ShortLock> guard(lock_);
-    Cell start = index == stock_class::kNone ? kNoCell : TakeFromDepot(index, stock);
-    if (start == kNoCell) start = TakeFromMap(cells, stock);
+Cell Pool::TakeBlock(uint32_t index, uint32_t contents, ThreadStock* stock) {
+    Cell start = kNoCell;
+    if (index == block_class::kNone) {
+        start = map_.Take(contents + kGuardCells);
+    } else {
+        if (stock != nullptr) start = TakeFromBin(*stock, index);
+        if (start == kNoCell) start = TakeFromDepot(index, stock);
+        if (start == kNoCell) start = TakeFromMap(index, stock);
+    }
     if (start != kNoCell) return start;
-    TakeStocksBack();
-    return map_.TakeIfAny(cells);
+    TakeStocksBack(stock);
+    return map_.TakeIfAny(contents + kGuardCells);
 }
 
-/// Takes one block of a class and moves as many more as a batch has to `stock`.
+Cell Pool::TakeFromBin(ThreadStock& stock, uint32_t index) {
+    Bin& bin = stock.ReadyBin(index);
+    while (const uint32_t count = bin.Count()) {
+        const Cell start = bin.At(count - 1);
+        bin.count.store(count - 1, std::memory_order_release);
+        if (start != kNoCell && TakeOver(start, bin)) return start;
+    }
+    return kNoCell;
+}
+
+/// Takes a block of a class, and moves more of them from the depot to the empty bin, up to half of its room.
 Cell Pool::TakeFromDepot(uint32_t index, ThreadStock* stock) {
-    const Cell start = Pop(depot_, index);
-    if (start == kNoCell || stock == nullptr) return start;
-    const uint32_t batch = OwnBlocks::Room(index) / 2;
-    for (uint32_t i = 1; i < batch && depot_.Count(index) != 0; ++i) {
-        const Cell more = depot_.Pop(index);
-        if (more != kNoCell) stock->blocks.Put(index, more);
+    Shelf& shelf = depot_[index];
+    if (shelf.count == 0) return kNoCell;
+    const Cell start = shelf.blocks[--shelf.count];
+    At(start).SetTag(BlockTag(BlockState::kMoving, start));
+    if (stock == nullptr) return start;
+    Bin& bin = stock->bins[index];
+    const uint32_t more = std::min(shelf.count, bin.room / 2 - 1);
+    for (uint32_t count = 0; count < more; ++count) {
+        const Cell each = shelf.blocks[--shelf.count];
+        At(each).SetTag(bin.TagOf(each));
+        bin.Push(count, each);
     }
     return start;
 }
 
-/// Takes one block and cuts some more for `stock`: twice as many each time, so that a thread that needs few
-/// blocks of a class does not hoard them, but so many that the first blocks of two threads, which each of
+/// Takes one block and cuts some more for the empty bin: twice as many each time, so that a thread that needs
+/// few blocks of a class does not hoard them, but so many that the first blocks of two threads, which each of
 /// them takes again and again, share no cache line.
-Cell Pool::TakeFromMap(uint32_t cells, ThreadStock* stock) {
-    const uint32_t index = stock_class::Of(cells);
+Cell Pool::TakeFromMap(uint32_t index, ThreadStock* stock) {
+    const uint32_t cells = block_class::CellsOf(index);
     const Cell start = map_.Take(cells);
-    if (start == kNoCell || stock == nullptr || index == stock_class::kNone) return start;
-    const uint32_t limit = OwnBlocks::Room(index) / 2;
-    const uint32_t batch = std::min(std::max(2 * uint32_t{stock->batches[index]}, kFirstBatch), limit);
-    stock->batches[index] = static_cast<uint8_t>(batch);
-    for (uint32_t i = 1; i < batch; ++i) {
+    if (start == kNoCell || stock == nullptr) return start;
+    Bin& bin = stock->bins[index];
+    const uint32_t batch = std::min(std::max(uint32_t{2} * bin.batch, kFirstBatch), bin.room / 2);
+    bin.batch = static_cast<uint16_t>(batch);
+    for (uint32_t count = 0; count + 1 < batch; ++count) {
         const Cell more = map_.Take(cells);
         if (more == kNoCell) break;
-        const BlockTag tag = map_.At(more).Tag();
-        if (tag.Cells() != cells) {
+        if (At(more).Cells() != cells) {
             map_.Release(more);
             break;
         }
-        map_.At(more).SetTag(tag.In(BlockState::kStocked));
-        stock->blocks.Put(index, more);
+        At(more).SetTag(bin.TagOf(more));
+        bin.Push(count, more);
     }
     return start;
 }
 
-/// Moves a stocked block to the map unless its entry was out of date.
-void Pool::Unstock(Cell start, uint32_t index) {
-    const BlockTag stocked(BlockState::kStocked, start, stock_class::CellsOf(index));
-    if (map_.At(start).Move(stocked, stocked.In(BlockState::kMoving))) map_.Release(start);
+/// Moves a block of the caller's to the depot, or to the map if it has no class or the depot is full.
+void Pool::Shelve(Cell start, uint32_t index) {
+    if (index == block_class::kNone || depot_[index].count == DepotRoom(index)) return map_.Release(start);
+    Shelf& shelf = depot_[index];
+    At(start).SetTag(BlockTag::Stocked(start, kNobody, index));
+    shelf.blocks[shelf.count++] = start;
 }
 
-void Pool::TakeStocksBack() {
-    const auto unstock = [this](Cell start, uint32_t index) { Unstock(start, index); };
-    ForEachStock([&](ThreadStock& stock) { stock.blocks.TakeBack(unstock); });
-    depot_.TakeBack(unstock);
+/// Moves the older half of a full bin to the depot. Called by the owner of the stock.
+void Pool::MakeRoom(ThreadStock& stock, uint32_t index) {
+    const std::lock_guard<ShortLock> guard(lock_);
+    Bin& bin = stock.ReadyBin(index);
+    const uint32_t count = bin.Count();
+    const uint32_t leaving = count / 2;
+    for (uint32_t i = 0; i < leaving; ++i) {
+        const Cell start = bin.At(i);
+        if (start != kNoCell && TakeOver(start, bin)) Shelve(start, index);
+    }
+    for (uint32_t i = leaving; i < count; ++i)
+        bin.blocks[i - leaving].store(bin.At(i), std::memory_order_relaxed);
+    bin.count.store(count - leaving, std::memory_order_release);
+}
+
+/// Moves the blocks of a stock to the map. The caller owns the stock or has closed it. The entries become
+/// kNoCell and stay counted, because only the owner changes the count.
+void Pool::Empty(ThreadStock& stock) {
+    for (uint32_t index = 0; index < block_class::kCount; ++index) {
+        Bin& bin = stock.bins[index];
+        const uint32_t count = bin.count.load(std::memory_order_acquire);
+        for (uint32_t i = 0; i < count; ++i) {
+            const Cell start = bin.At(i);
+            if (start == kNoCell) continue;
+            bin.blocks[i].store(kNoCell, std::memory_order_relaxed);
+            if (TakeOver(start, bin)) map_.Release(start);
+        }
+    }
+}
+
+/// Closes the open stocks of other tasks for which `condition` is true.
+template <class Condition>
+void Pool::CloseOthers(const ThreadStock* own, Condition condition) {
+    bool closed = false;
+    ForEachStock([&](ThreadStock& stock) {
+        if (&stock == own || !stock.IsOpen() || !condition(stock)) return;
+        stock.least.store(PTRDIFF_MAX, std::memory_order_relaxed);
+        stock.closed_for = 0;
+        closed = true;
+    });
+    if (closed) AsymmetricBarrier::Heavy();
+}
+
+void Pool::TakeStocksBack(const ThreadStock* own) {
+    CloseOthers(own, [](const ThreadStock&) { return true; });
+    ForEachStock([this](ThreadStock& stock) { Empty(stock); });
+    for (Shelf& shelf : depot_) {
+        while (shelf.count != 0) {
+            const Cell start = shelf.blocks[--shelf.count];
+            At(start).SetTag(BlockTag(BlockState::kMoving, start));
+            map_.Release(start);
+        }
+    }
 }
 
 void Pool::Flush(unsigned int slot) {
     ThreadStock* const stock = stocks_[slot].load(std::memory_order_acquire);
-    if (stock == nullptr) return;
+    if (!stock->HasOwner()) return;
     const std::lock_guard<ShortLock> guard(lock_);
-    stock->blocks.TakeBack([this](Cell start, uint32_t index) { Unstock(start, index); });
-    meter_.Return(stock->allowance.TakeAll());
-    std::fill(std::begin(stock->batches), std::end(stock->batches), uint8_t{0});
-}
-
-void Pool::GiveUnderLock(Cell start, BlockTag tag) {
-    const uint32_t index = stock_class::Of(tag.Cells());
-    const std::lock_guard<ShortLock> guard(lock_);
-    if (index == stock_class::kNone || depot_.Count(index) == Depot::Room(index)) {
-        map_.At(start).SetTag(tag.In(BlockState::kMoving));
-        return map_.Release(start);
+    Empty(*stock);
+    for (Bin& bin : stock->bins) {
+        bin.count.store(0, std::memory_order_relaxed);
+        bin.batch = 0;
     }
-    map_.At(start).SetTag(tag.In(BlockState::kStocked));
-    depot_.Put(index, start);
+    spare_ += stock->Allowed();
+    stock->left.store(0, std::memory_order_relaxed);
+    stock->withdrawn = 0;
+    stock->least.store(PTRDIFF_MAX, std::memory_order_relaxed);
+    stock->closed_for = ThreadStock::kClosedFor;
 }
 
-/// Moves the older half of a class to the depot, and to the map what the depot has no room for.
-void Pool::MakeRoom(ThreadStock& stock, uint32_t index) {
+void Pool::CountTaken(ThreadStock* stock, uint32_t contents) {
+    if (stock == nullptr) {
+        ++taken_;
+        return Pay(contents, nullptr);
+    }
+    ThreadStock::Add(stock->taken);
+    stock->left.store(stock->left.load(std::memory_order_relaxed) - contents, std::memory_order_relaxed);
+    if (!stock->IsOpen() && stock->closed_for < ThreadStock::kClosedFor) ++stock->closed_for;
+    Balance(*stock);
+}
+
+int Pool::Settle(ThreadStock& stock) {
     const std::lock_guard<ShortLock> guard(lock_);
-    stock.blocks.RemoveOldest(index, OwnBlocks::Room(index) / 2, [&](Cell start) {
-        if (depot_.Count(index) < Depot::Room(index)) {
-            depot_.Put(index, start);
-        } else {
-            Unstock(start, index);
-        }
+    Balance(stock);
+    return 0;
+}
+
+/// Pays for the cells that the owner took beyond its allowance. Then brings the allowance to half of its
+/// maximum, for which it uses at most half of the spare cells. Called by the owner.
+void Pool::Balance(ThreadStock& stock) {
+    constexpr ptrdiff_t kGoal = ThreadStock::kMostAllowed / 2;
+    ptrdiff_t left = stock.Allowed();
+    if (left < 0) {
+        Pay(-left, &stock);
+        left = 0;
+    }
+    if (left > kGoal) {
+        spare_ += left - kGoal;
+        left = kGoal;
+    } else {
+        left += Draw(std::min(kGoal - left, spare_ / 2));
+    }
+    stock.withdrawn = 0;
+    stock.left.store(left, std::memory_order_relaxed);
+    if (stock.closed_for == ThreadStock::kClosedFor) stock.least.store(0, std::memory_order_relaxed);
+}
+
+/// Pays from the spare cells, or else from the allowances of other tasks, or else by a new peak.
+void Pool::Pay(ptrdiff_t cells, const ThreadStock* payer) {
+    cells -= Draw(cells);
+    if (cells == 0) return;
+    WithdrawFromClosed(payer);
+    cells -= Draw(cells);
+    if (cells == 0) return;
+    CloseOthers(payer, [](const ThreadStock& stock) { return stock.Allowed() > 0; });
+    WithdrawFromClosed(payer);
+    peak_ += cells - Draw(cells);
+}
+
+void Pool::WithdrawFromClosed(const ThreadStock* but) {
+    ForEachStock([&](ThreadStock& stock) {
+        const ptrdiff_t allowed = stock.Allowed();
+        if (&stock == but || stock.IsOpen() || allowed <= 0) return;
+        stock.withdrawn += allowed;
+        spare_ += allowed;
     });
+}
+
+/// Takes spare cells, at most `cells`. Returns how many.
+ptrdiff_t Pool::Draw(ptrdiff_t cells) {
+    const ptrdiff_t drawn = std::clamp(spare_, ptrdiff_t{0}, cells);
+    spare_ -= drawn;
+    return drawn;
 }
 
 } // namespace onu_mng_platform

@@ -9,13 +9,13 @@ namespace {
 
 using detail::g_sites;
 
-// Kept a quarter empty, so that a search soon ends.
+// A quarter stays empty, so searches stay short.
 constexpr uint32_t kMaxUsed = kMaxSites / 4 * 3;
 
 ShortLock g_lock; // guards insertion
 uint32_t g_used = 0;
 
-/// Returns the place's entry, or the empty one where it belongs.
+/// Returns the number of the site's entry, or of the empty entry where it belongs.
 uint32_t Find(const char* file, int line) {
     for (uint32_t i = detail::SiteHash(file, line);; i = (i + 1) % kMaxSites) {
         if (i == kOtherSite) continue;
@@ -37,7 +37,7 @@ uint32_t Insert(const char* file, int line) {
 
 } // namespace
 
-uint32_t detail::SearchSite(const char* file, int line) {
+uint32_t SiteOf(const char* file, int line) {
     if (file == nullptr) file = "(unknown)";
     const uint32_t number = Find(file, line);
     return g_sites[number].Holds(file, line) ? number : Insert(file, line);

@@ -4,13 +4,13 @@
 #include <atomic>
 #include <cstdint>
 
-/// The places in source files that take blocks, each known by a small number, so that a block carries four
-/// bytes and a view counts by number.
+/// Sites: the places in source files that take blocks. Each has a number, so the record of a block needs only four
+/// bytes for it.
 namespace onu_mng_platform {
 
 inline constexpr uint32_t kMaxSites = 1024;
 
-/// The number of all places that came after the table was full.
+/// The number of all sites that do not fit into the table.
 inline constexpr uint32_t kOtherSite = 0;
 
 struct Site {
@@ -20,7 +20,7 @@ struct Site {
 
 namespace detail {
 
-/// An entry is complete once `file` is set, and never changes again.
+/// An entry is valid once `file` is set. It never changes afterwards.
 struct SiteEntry {
     std::atomic<const char*> file;
     std::atomic<int> line;
@@ -31,25 +31,25 @@ struct SiteEntry {
     }
 };
 
-inline SiteEntry g_sites[kMaxSites]; // hashed; that of kOtherSite stays empty
+inline SiteEntry g_sites[kMaxSites]; // a hash table; the entry of kOtherSite stays empty
 
 inline uint32_t SiteHash(const char* file, int line) {
-    const auto key = static_cast<uint64_t>(reinterpret_cast<uintptr_t>(file)) + static_cast<uint32_t>(line);
-    return static_cast<uint32_t>(key * 0x9E37'79B9'7F4A'7C15 >> 48) % kMaxSites;
+    return (static_cast<uint32_t>(reinterpret_cast<uintptr_t>(file)) + static_cast<uint32_t>(line)) %
+           kMaxSites;
 }
-
-uint32_t SearchSite(const char* file, int line);
 
 } // namespace detail
 
-/// Returns the number of a place, below kMaxSites. Any thread; takes a lock the first time a place is seen.
-inline uint32_t SiteOf(const char* file, int line) {
+/// Returns the number of a site, below kMaxSites. Takes a lock for a new site. Any thread may call it.
+uint32_t SiteOf(const char* file, int line);
+
+/// Returns the number of a site if its entry is where its hash points; otherwise kOtherSite.
+inline uint32_t KnownSite(const char* file, int line) {
     const uint32_t likely = detail::SiteHash(file, line);
-    if (file != nullptr && detail::g_sites[likely].Holds(file, line)) return likely;
-    return detail::SearchSite(file, line);
+    return file != nullptr && detail::g_sites[likely].Holds(file, line) ? likely : kOtherSite;
 }
 
-/// Returns the place behind a number.
+/// Returns the site with a number.
 Site SiteAt(uint32_t number);
 
 } // namespace onu_mng_platform

@@ -2,124 +2,180 @@
 #define ONU_MNG_PLATFORM_COMMON_POOL_STOCK_H
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
 
 #include "onu_mng_platform/common/pool/blocks.h"
+#include "onu_mng_platform/common/sync/asymmetric_barrier.h"
 
 namespace onu_mng_platform {
 
-/// The lengths of block that are kept in stock: every one up to 32 cells, every fourth up to 132, which holds
-/// 2 KiB and its guard.
-namespace stock_class {
+/// The classes of blocks that stocks keep. A class is a length in cells: every length up to 32, every fourth up
+/// to 132 and every eighth up to 516. The longest class holds 8 KiB and the guard.
+namespace block_class {
 
-inline constexpr uint32_t kFineCells = 32;
-inline constexpr uint32_t kStep = 4;
-inline constexpr uint32_t kMaxCells = 132;
-inline constexpr uint32_t kFine = kFineCells - kMinCells + 1;
-inline constexpr uint32_t kCount = kFine + (kMaxCells - kFineCells) / kStep;
-inline constexpr uint32_t kNone = kCount;
+inline constexpr uint32_t kMaxCells = 516;
+inline constexpr uint32_t kCount = (32 - kMinCells + 1) + (132 - 32) / 4 + (kMaxCells - 132) / 8;
+inline constexpr uint32_t kNone = BlockTag::kClasses - 1;
 
-/// Returns the length that a block of at least `cells` cells gets: that of its class when it has one.
-constexpr uint32_t RoundedCells(uint32_t cells) {
-    if (cells <= kMinCells) return kMinCells;
-    if (cells <= kFineCells || cells > kMaxCells) return cells;
-    return (cells + kStep - 1) / kStep * kStep;
+constexpr uint32_t StepAt(uint32_t cells) {
+    return cells < 32 ? 1 : cells < 132 ? 4 : 8;
 }
 
-/// Returns the class of blocks of exactly `cells` cells; kNone when they are not kept in stock.
-constexpr uint32_t Of(uint32_t cells) {
-    if (cells <= kFineCells) return cells - kMinCells;
-    if (cells > kMaxCells || cells % kStep != 0) return kNone;
-    return kFine + (cells - kFineCells) / kStep - 1;
+struct Tables {
+    std::array<uint16_t, kCount> cells{};          // length of each class
+    std::array<uint8_t, kMaxCells + 1> to_fit{};   // shortest class of at least so many cells
+    std::array<uint8_t, kMaxCells + 1> of_exact{}; // class of exactly so many cells, or kNone
+};
+
+constexpr Tables MakeTables() {
+    Tables tables;
+    uint32_t index = 0;
+    for (uint32_t cells = kMinCells, needed = 0; index < kCount; cells += StepAt(cells), ++index) {
+        tables.cells[index] = static_cast<uint16_t>(cells);
+        for (; needed <= cells; ++needed) {
+            tables.to_fit[needed] = static_cast<uint8_t>(index);
+            tables.of_exact[needed] = static_cast<uint8_t>(needed == cells ? index : kNone);
+        }
+    }
+    return tables;
 }
 
+inline constexpr Tables kTables = MakeTables();
+static_assert(kTables.cells[kCount - 1] == kMaxCells && kCount < kNone);
+
+/// Returns the shortest class of at least `cells` cells; kNone if there is none.
+constexpr uint32_t ToFit(uint32_t cells) {
+    return cells <= kMaxCells ? kTables.to_fit[cells] : kNone;
+}
+/// Returns the class of exactly `cells` cells; kNone if there is none.
+constexpr uint32_t OfExact(uint32_t cells) {
+    return cells <= kMaxCells ? kTables.of_exact[cells] : kNone;
+}
 constexpr uint32_t CellsOf(uint32_t index) {
-    return index < kFine ? index + kMinCells : kFineCells + (index - kFine + 1) * kStep;
+    return kTables.cells[index];
+}
+constexpr uint32_t BytesOf(uint32_t index) {
+    return CellsOf(index) * kCellBytes;
 }
 
-} // namespace stock_class
+} // namespace block_class
 
-/// Blocks of each class that were free when they were put in, the last one on top.
+/// The free blocks of one class in a stock.
 ///
-/// An entry is a hint, not a possession: the block's tag alone says whose it is, and whoever takes an entry
-/// out moves the block with a compare-and-swap or drops the entry. A stocked block has at least one entry
-/// somewhere, because an entry is dropped only when the block is not stocked at that moment and each block
-/// that becomes stocked is entered anew.
+/// Only the owner of the stock changes `count`. Another task that empties the stock replaces entries by kNoCell.
+struct Bin {
+    static constexpr uint32_t kMostBlocks = 60;
+    static constexpr uint32_t kMostBytes = 8 * 1024;
+
+    std::atomic<uint32_t> count{0};
+    uint32_t tag = 0;   ///< Tag of a block in this bin, without the bit of its start cell.
+    uint32_t room = 0;  ///< Most entries. 0 until Init().
+    uint16_t cells = 0; ///< Length of the class.
+    uint16_t batch = 0; ///< Blocks that were fetched from the map the last time.
+    std::atomic<Cell>* blocks = nullptr;
+
+    /// Returns the most entries of a class: 8 KiB of blocks, but at least four.
+    static constexpr uint32_t RoomOf(uint32_t index) {
+        return std::clamp(kMostBytes / block_class::BytesOf(index), uint32_t{4}, kMostBlocks);
+    }
+
+    void Init(uint32_t holder, uint32_t index, std::atomic<Cell>* entries) {
+        room = RoomOf(index);
+        cells = static_cast<uint16_t>(block_class::CellsOf(index));
+        tag = BlockTag::Stocked(0, holder, index).Bits();
+        blocks = entries;
+    }
+    BlockTag TagOf(Cell start) const { return BlockTag(tag | (start & 1) << 3); }
+
+    uint32_t Count() const { return count.load(std::memory_order_relaxed); }
+    Cell At(uint32_t position) const { return blocks[position].load(std::memory_order_relaxed); }
+    /// Adds a block that has its tag already. The bin has room; `old_count` is its count.
+    void Push(uint32_t old_count, Cell start) {
+        blocks[old_count].store(start, std::memory_order_relaxed);
+        count.store(old_count + 1, std::memory_order_release);
+    }
+};
+
+constexpr uint32_t CountEntriesOfAllBins() {
+    uint32_t entries = 0;
+    for (uint32_t index = 0; index < block_class::kCount; ++index)
+        entries += Bin::RoomOf(index);
+    return entries;
+}
+inline constexpr uint32_t kEntriesOfAllBins = CountEntriesOfAllBins();
+
+/// What a task has of a pool for itself: free blocks, and cells that it may take without a new peak.
 ///
-/// Thread safety: one owner (a thread, or the pool's lock) calls everything but TakeBack() and ForEach(),
-/// which any thread may call. RemoveOldest() and TakeBack() run under the pool's lock.
-template <uint32_t MaxEntries, uint32_t MaxBytes>
-class Stock {
-public:
-    /// Returns how many blocks of a class fit.
-    static uint32_t Room(uint32_t index) { return kRooms.of[index]; }
+/// The owner takes and returns blocks without a lock and without an atomic exchange. Another task that needs
+/// the blocks or the cells closes the stock under the pool's lock. From then on the owner takes blocks under
+/// the lock too. It still returns blocks without it.
+///
+/// To take a block, the owner first lowers `count` and `left` and then looks if the stock is open. To close
+/// the stock, the other task first stores `least`, then makes every thread pass a memory barrier, and only then
+/// reads `count` and `left`. So either the owner sees that the stock is closed, or the other task sees that the
+/// block and the cells are gone. Neither waits for the other.
+struct ThreadStock {
+    /// The most cells that a task keeps for itself. If it has more, it returns some.
+    static constexpr ptrdiff_t kMostAllowed = 4096;
+    /// A closed stock opens again after so many requests of its owner. Otherwise two tasks that compete for
+    /// the last blocks or cells would close each other's stock at every request.
+    static constexpr uint32_t kClosedFor = 256;
 
-    uint32_t Count(uint32_t index) const { return counts_[index]; }
+    Bin bins[block_class::kCount];
 
-    /// Adds a block that is stocked already, so that who takes it back from here finds it so; the class has
-    /// room.
-    void Put(uint32_t index, Cell cell) {
-        const uint16_t count = counts_[index];
-        entries_[index][count].store(cell, std::memory_order_release);
-        counts_[index] = static_cast<uint16_t>(count + 1);
-        if (count == 0) MarkUsed(index);
+    /// The owner may take `left` - `withdrawn` cells without a new peak. `withdrawn` is 0 in an open stock.
+    std::atomic<ptrdiff_t> left{0};
+    std::atomic<ptrdiff_t> least{PTRDIFF_MAX}; ///< 0: the stock is open. PTRDIFF_MAX: it is closed.
+    std::atomic<unsigned long> taken{0};       ///< Blocks; written by the owner.
+    std::atomic<unsigned long> returned{0};    ///< Blocks; written by the owner.
+    uint32_t holder = BlockTag::kHolders;      ///< Number of the owner. Never changes.
+
+    // Guarded by the pool's lock.
+    uint32_t closed_for = kClosedFor; ///< Requests since the stock was closed.
+    ptrdiff_t withdrawn = 0;
+    uint32_t entries_used = 0;
+
+    /// Returns a bin that is initialised. The caller is the owner and holds the pool's lock.
+    Bin& ReadyBin(uint32_t index) {
+        Bin& bin = bins[index];
+        if (bin.room == 0) {
+            bin.Init(holder, index, &entries[entries_used]);
+            entries_used += bin.room;
+        }
+        return bin;
     }
 
-    /// Removes the entry on top; the class is not empty. kNoCell when it was taken back.
-    Cell Pop(uint32_t index) { return entries_[index][--counts_[index]].load(std::memory_order_relaxed); }
+    /// False for the empty stock that stands in for a task without one.
+    bool HasOwner() const { return holder != BlockTag::kHolders; }
 
-    /// Removes the `count` oldest entries, which are handed to `visit(cell)` unless they were taken back.
-    template <class Visit>
-    void RemoveOldest(uint32_t index, uint32_t count, Visit visit) {
-        std::atomic<Cell>* entries = entries_[index];
-        for (uint32_t i = 0; i < count; ++i) {
-            const Cell cell = entries[i].load(std::memory_order_relaxed);
-            if (cell != kNoCell) visit(cell);
-        }
-        for (uint32_t i = count; i < counts_[index]; ++i) {
-            entries[i - count].store(entries[i].load(std::memory_order_relaxed), std::memory_order_relaxed);
-        }
-        counts_[index] = static_cast<uint16_t>(counts_[index] - count);
+    /// Takes cells, also if it returns false. Called by the owner.
+    /// @return false if there were fewer, or if the stock is closed.
+    bool Spend(ptrdiff_t cells) {
+        const ptrdiff_t now_left = left.load(std::memory_order_relaxed) - cells;
+        left.store(now_left, std::memory_order_relaxed);
+        AsymmetricBarrier::Light();
+        return now_left >= least.load(std::memory_order_acquire);
+    }
+    /// Gives cells back. Called by the owner.
+    /// @return false if the owner has more now than it should keep.
+    bool Refund(ptrdiff_t cells) {
+        const ptrdiff_t now_left = left.load(std::memory_order_relaxed) + cells;
+        left.store(now_left, std::memory_order_release);
+        return now_left <= kMostAllowed;
     }
 
-    /// Hands all entries to `visit(cell, index)`.
-    template <class Visit>
-    void TakeBack(Visit visit) {
-        const uint64_t used = used_.load(std::memory_order_relaxed);
-        for (uint32_t index = 0; index < stock_class::kCount; ++index) {
-            if ((used >> index & 1) == 0) continue;
-            for (std::atomic<Cell>& entry : entries_[index]) {
-                if (entry.load(std::memory_order_relaxed) == kNoCell) continue;
-                const Cell cell = entry.exchange(kNoCell, std::memory_order_acquire);
-                if (cell != kNoCell) visit(cell, index);
-            }
-        }
+    static void Add(std::atomic<unsigned long>& count) {
+        count.store(count.load(std::memory_order_relaxed) + 1, std::memory_order_release);
     }
+
+    bool IsOpen() const { return least.load(std::memory_order_relaxed) == 0; }
+    ptrdiff_t Allowed() const { return left.load(std::memory_order_acquire) - withdrawn; }
 
 private:
-    struct Rooms {
-        uint16_t of[stock_class::kCount];
-    };
-    static constexpr Rooms MakeRooms() {
-        Rooms rooms{};
-        for (uint32_t i = 0; i < stock_class::kCount; ++i) {
-            const uint32_t fitting = MaxBytes / (stock_class::CellsOf(i) * kCellBytes);
-            rooms.of[i] = static_cast<uint16_t>(std::clamp(fitting, uint32_t{4}, MaxEntries));
-        }
-        return rooms;
-    }
-    static constexpr Rooms kRooms = MakeRooms();
-
-    void MarkUsed(uint32_t index) {
-        const uint64_t used = used_.load(std::memory_order_relaxed);
-        used_.store(used | uint64_t{1} << index, std::memory_order_relaxed);
-    }
-
-    std::atomic<uint64_t> used_{0}; // a bit for each class that ever had an entry
-    uint16_t counts_[stock_class::kCount] = {};
-    std::atomic<Cell> entries_[stock_class::kCount][MaxEntries] = {};
+    std::atomic<Cell> entries[kEntriesOfAllBins] = {};
 };
 
 } // namespace onu_mng_platform
