@@ -14,13 +14,14 @@ namespace onu_mng_platform {
 namespace {
 
 /// The threads that wait at one end of a queue. A waiting thread enters the list and then checks the queue
-/// once more. A thread that changes the queue checks the list afterwards. So one of the two sees the other.
+/// once more, under both locks of the ring. A thread that changes the queue under one of them checks the list
+/// afterwards. Whichever had the lock first, one of the two sees the other.
 class WaitRoom {
 public:
     void Enter(Waiter& waiter) {
         const std::lock_guard<ShortLock> guard(lock_);
         list_.Add(waiter);
-        is_empty_.store(false, std::memory_order_seq_cst);
+        is_empty_.store(false, std::memory_order_relaxed);
     }
 
     void Leave(Waiter& waiter) {
@@ -30,10 +31,10 @@ public:
     }
 
     void SignalOne() {
-        if (!is_empty_.load(std::memory_order_seq_cst)) Signal().Deliver();
+        if (!is_empty_.load(std::memory_order_relaxed)) Signal().Deliver();
     }
     void SignalAll() {
-        while (!is_empty_.load(std::memory_order_seq_cst))
+        while (!is_empty_.load(std::memory_order_relaxed))
             Signal().Deliver();
     }
 
@@ -94,7 +95,7 @@ struct Sending {
     WaitRoom& Room() const { return queue.senders; }
 
     bool IsWorthwhile() const {
-        const std::lock_guard<ShortLock> guard(queue.ring.put_lock());
+        const QueueGuard guard(queue);
         return !queue.Is(id) || queue.ring.HasRoom();
     }
     Outcome Attempt() {
@@ -120,7 +121,7 @@ struct Receiving {
     WaitRoom& Room() const { return queue.receivers; }
 
     bool IsWorthwhile() const {
-        const std::lock_guard<ShortLock> guard(queue.ring.take_lock());
+        const QueueGuard guard(queue);
         return !queue.Is(id) || queue.ring.HasMessage();
     }
     Outcome Attempt() {

@@ -21,9 +21,8 @@ namespace onu_mng_platform {
 /// sender and a receiver do not block each other. Install() and Discard() require both locks, `put_lock`
 /// first.
 ///
-/// The values that decide whether a thread sleeps (the marks and the position of the next message) are
-/// sequentially consistent. A thread that enters a wait list and then finds nothing is therefore seen by the
-/// next thread that puts or gets a message.
+/// A thread that holds one lock and finds no message, or no room, may miss a change in progress at the other
+/// end. A thread that holds both does not.
 class Ring {
 public:
     ShortLock& put_lock() { return put_lock_; }
@@ -59,19 +58,19 @@ public:
         Cell& cell = CellAt(put_);
         cell.size = size;
         std::memcpy(cell.Message(), message, size);
-        cell.mark.store(MarkOf(put_), std::memory_order_seq_cst);
+        cell.mark.store(MarkOf(put_), std::memory_order_release);
         put_ = Next(put_);
         return true;
     }
     bool HasRoom() {
         if (Distance(taken_seen_, put_) < capacity_) return true;
-        taken_seen_ = taken_.load(std::memory_order_seq_cst);
+        taken_seen_ = taken_.load(std::memory_order_acquire);
         return Distance(taken_seen_, put_) < capacity_;
     }
 
     bool HasMessage() const {
         const uint32_t position = taken_.load(std::memory_order_relaxed);
-        return CellAt(position).mark.load(std::memory_order_seq_cst) == MarkOf(position);
+        return CellAt(position).mark.load(std::memory_order_acquire) == MarkOf(position);
     }
     /// Removes the oldest message and copies at most `room` bytes of it. Returns the number of bytes copied;
     /// -1 if there is no message.
@@ -81,7 +80,7 @@ public:
         Cell& cell = CellAt(position);
         const uint32_t size = std::min(cell.size, room);
         std::memcpy(buffer, cell.Message(), size);
-        taken_.store(Next(position), std::memory_order_seq_cst);
+        taken_.store(Next(position), std::memory_order_release);
         return static_cast<int>(size);
     }
 
