@@ -174,7 +174,7 @@ unsigned int Register(std::unique_ptr<SimModule>& module) {
 
 TEST(FailureSweep, OfStartUp) {
     EXPECT_LE(
-        300u, SweepRuns("start-up", 1, true, [](Simulation& board, const Injection& injection) {
+        300u / kPairStep, SweepRuns("start-up", 1, true, [](Simulation& board, const Injection& injection) {
             board.Run([&] {
                 int accepted = 0;
                 int handled = 0;
