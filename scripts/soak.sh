@@ -79,8 +79,9 @@ while [ $look -lt 40 ]; do
     resident=$(awk '/^VmRSS/ { print $2 }' "/proc/$host/status")
     descriptors=$(find "/proc/$host/fd" -type l | wc -l)
     pool=$(ask "show memory global" | awk '$2 == "OnuMngMemPool" { print $6, $4 }')
-    echo "$((look * seconds / 40)) $resident $descriptors $pool"
-done | tee "$work/samples" | awk '{ printf "%8d  %12d  %11d  %11d  %10d\n", $1, $2, $3, $4, $5; fflush() }'
+    # shellcheck disable=SC2086 # two words
+    printf "%8d  %12d  %11d  %11d  %10d\n" $((look * seconds / 40)) "$resident" "$descriptors" $pool | tee -a "$work/samples"
+done
 [ "$(wc -l <"$work/samples")" -eq 40 ] || exit 1
 ask "show onu" | tail -1
 
