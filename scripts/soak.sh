@@ -7,7 +7,7 @@ set -eu
 cd "$(dirname "$0")/.."
 . scripts/packages.sh
 
-minutes=10 preset=dev hours="" seed=1
+minutes=10 preset=dev hours="" seed=1 slack=1.05
 while [ $# -gt 0 ]; do
     case $1 in
     --minutes) minutes=$2 ;;
@@ -22,6 +22,7 @@ done
 # shellcheck disable=SC2086 # a list of words
 need_packages $build_packages $test_packages
 cmake --preset "$preset" >/dev/null
+[ "$preset" = dev ] || slack=1.25 # a sanitizer keeps records of threads and blocks that are gone
 
 # One ONU never answers, so the host works until the limit.
 if [ -n "$hours" ]; then
@@ -86,13 +87,13 @@ done
 ask "show onu" | tail -1
 
 # The same in the middle and at the end: the least of ten looks, because work under way comes and goes.
-awk '
+awk -v slack=$slack '
     NR > 4 && NR <= 14 { for (i = 2; i <= 5; ++i) if (!(i in early) || $i < early[i]) early[i] = $i }
     NR > 30 { for (i = 2; i <= 5; ++i) if (!(i in late) || $i < late[i]) late[i] = $i }
     END {
         printf "least early  %11d  %11d  %11d  %10d\nleast late   %11d  %11d  %11d  %10d\n",
                early[2], early[3], early[4], early[5], late[2], late[3], late[4], late[5]
-        if (late[2] > early[2] * 1.05 + 512 || late[3] > early[3] + 2 || late[4] > early[4] + 8) { print "It grows."; exit 1 }
+        if (late[2] > early[2] * slack + 512 || late[3] > early[3] + 2 || late[4] > early[4] + 8) { print "It grows."; exit 1 }
         print "It does not grow."
     }' "$work/samples"
 kill -TERM "$host"
