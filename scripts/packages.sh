@@ -30,6 +30,7 @@ build_packages="g++:g++ cmake:cmake ninja:ninja-build /usr/include/CLI/CLI.hpp:l
 test_packages="clang++:clang expect:expect jq:jq clang-format:clang-format /usr/include/gtest/gtest.h:libgtest-dev git:git"
 fuzz_packages="clang++:clang /usr/include/gtest/gtest.h:libgtest-dev
 /usr/include/nlohmann/json.hpp:nlohmann-json3-dev"
+coverage_packages="gcovr:gcovr"
 lint_packages="cppcheck:cppcheck run-clang-tidy:clang-tidy"
 bench_packages="/usr/include/concurrentqueue/blockingconcurrentqueue.h:libconcurrentqueue-dev
 /usr/include/boost/lockfree/queue.hpp:libboost-dev /usr/include/tbb/concurrent_queue.h:libtbb-dev
