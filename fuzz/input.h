@@ -29,17 +29,16 @@ public:
         return bytes;
     }
     std::string Rest() { return Bytes(SIZE_MAX); }
-    /// Up to a byte that ends it, which is passed over, or to the end.
+    /// What comes before the next `delimiter`, which is passed over, or before the end.
     std::string Until(char delimiter) {
-        std::string text(next, std::find(next, end, static_cast<std::uint8_t>(delimiter)));
-        next += text.size() + (IsOver(text.size()) ? 0 : 1);
+        const std::uint8_t* const stop = std::find(next, end, static_cast<std::uint8_t>(delimiter));
+        const std::string text(next, stop);
+        next = stop == end ? end : stop + 1;
         return text;
     }
     bool IsOver() const { return next == end; }
 
 private:
-    bool IsOver(std::size_t size) const { return static_cast<std::size_t>(end - next) == size; }
-
     const std::uint8_t* next;
     const std::uint8_t* const end;
 };

@@ -40,7 +40,8 @@ void Follow(FrameFile& file, ReplayCounts& counts, ProcedureTotals& totals) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     static const int memory = memfd_create("replay", MFD_CLOEXEC);
     const std::string path = "/proc/self/fd/" + std::to_string(memory);
-    if (ftruncate(memory, 0) != 0 || pwrite(memory, data, size, 0) != static_cast<ssize_t>(size)) return -1;
+    EXPECT_EQ(ftruncate(memory, 0), 0);
+    EXPECT_EQ(pwrite(memory, data, size, 0), static_cast<ssize_t>(size));
     std::string fault;
     const auto file = FrameFile::Open(path, fault);
     EXPECT_EQ(file == nullptr, !fault.empty());

@@ -1,6 +1,8 @@
 // Variant from text and to text, and the string helpers.
 
+#include <cctype>
 #include <cstdlib>
+#include <cstring>
 #include <limits>
 
 #include "fuzz/input.h"
