@@ -38,7 +38,7 @@ TEST(CliInstallTest, RefusesWhatItCannotParse) {
     const auto refuse = [&](const std::string& syntax) {
         EXPECT_EQ(Install(20, syntax, Nothing), -1) << syntax;
         const std::string line = "13 command " + syntax + " not installed: its syntax cannot be parsed";
-        EXPECT_EQ(log.Take(), std::vector<std::string>{line});
+        EXPECT_EQ(log.Take(), Lines{line});
     };
     std::for_each(std::begin(short_ones), std::end(short_ones), refuse);
     std::for_each(std::begin(long_ones), std::end(long_ones), refuse);
@@ -58,8 +58,8 @@ TEST(CliInstallTest, KeepsTheFirstOfTwoCommandsWithOneSyntax) {
     EXPECT_EQ(first.max_argc, 3U);
     EXPECT_TRUE(log.Take().empty());
     EXPECT_EQ(Install(21, first.syntax, Nothing), -1);
-    EXPECT_EQ(log.Take(), std::vector<std::string>{std::string("13 command ") + first.syntax +
-                                                   " not installed: another command has its syntax"});
+    EXPECT_EQ(log.Take(), Lines{std::string("13 command ") + first.syntax +
+                                " not installed: another command has its syntax"});
     EXPECT_EQ(Install(22, first.syntax, Nothing), 0);
 }
 
@@ -131,7 +131,7 @@ TEST(CliExecuteTest, AHandlerThatThrowsEndsTheCommandOnly) {
     EXPECT_EQ(terminal.Text(), "% Out of memory.\r\n% Command failed: " + what +
                                    ".\r\n% Command failed: unknown exception.\r\n");
     const std::string logged = "13 command throw <what> failed: ";
-    EXPECT_EQ(log.Take(), (std::vector<std::string>{logged + what, logged + "unknown exception"}));
+    EXPECT_EQ(log.Take(), (Lines{logged + what, logged + "unknown exception"}));
     EXPECT_THROW(vty_execute(terminal, 26, "throw end | exclude x"), bep_TaskEnd);
     EXPECT_EQ(vty_execute(terminal, 26, "list | include throw"), 0);
     EXPECT_EQ(terminal.Text(), "  throw <what>\r\n");
@@ -158,16 +158,16 @@ TEST(CliExecuteTest, CommandsThatChangeSomethingAreLogged) {
     terminal->user = "operator";
     for (const char* line : {"show it", "se\t2 | count", "set", "list", "exit", "s 3"})
         vty_execute(terminal, 27, line);
-    EXPECT_EQ(log.Take(), std::vector<std::string>{"12 operator: se 2 | count"});
+    EXPECT_EQ(log.Take(), Lines{"12 operator: se 2 | count"});
     const std::string word(950, 'w'); // more than is logged in a line
     vty_execute(terminal, 27, ("set " + std::string(50, ' ') + word).c_str());
-    EXPECT_EQ(log.Take(), (std::vector<std::string>{"12 operator: set " + word.substr(0, 895),
-                                                    "12 operator:" + word.substr(895)}));
+    EXPECT_EQ(log.Take(),
+              (Lines{"12 operator: set " + word.substr(0, 895), "12 operator:" + word.substr(895)}));
     terminal->may_save = true;
     const TemporaryDirectory directory;
     const std::string path = directory.path + "/saved";
     EXPECT_EQ(vty_execute(terminal, 27, ("show it | sa " + path).c_str()), 0);
-    EXPECT_EQ(log.Take(), std::vector<std::string>{"12 operator: show it | sa " + path});
+    EXPECT_EQ(log.Take(), Lines{"12 operator: show it | sa " + path});
 }
 
 // Two operators and a late installation; no lock of the parser is held while a command runs.

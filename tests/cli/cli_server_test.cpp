@@ -187,7 +187,7 @@ TEST_F(CliServerTest, AnswersPrograms) {
     EXPECT_EQ(client.Ask("list | save /tmp/x", -1).substr(0, 18), "% Unknown command.");
     EXPECT_EQ(client.Describe("echo "), "  <word>\r\n");
     EXPECT_EQ(client.Complete("ec").insert, "ho ");
-    EXPECT_EQ(client.Complete("show r").choices, (std::vector<std::string>{"rogue", "rows"}));
+    EXPECT_EQ(client.Complete("show r").choices, (Lines{"rogue", "rows"}));
     EXPECT_EQ(client.Ask("show rogue"), "a.0\n.[2Jb.\tc\xc3..\xc2..\xe0..2J\xf0...\r\n");
     EXPECT_STRNE(setlocale(LC_CTYPE, "C.UTF-8"), nullptr);
     EXPECT_EQ(Program(path).Ask("show rogue"), "a.0\n.[2Jb.\tc\xc3\x9c.\xc2..\xe0..2J\xf0\x9f\x98\x80\r\n");
@@ -231,7 +231,7 @@ TEST_F(CliServerTest, ServesSixteenOperatorsWhileOneNeverReads) {
     poll(&end, 1, -1);
     EXPECT_NE(end.revents & POLLHUP, 0) << "closed though nothing was read";
     server.Stop();
-    const std::vector<std::string> lines = log.Take();
+    const Lines lines = log.Take();
     const auto dropped = [](const std::string& line) { return line.find("its output is not read") + 1 != 0; };
     EXPECT_EQ(std::count_if(lines.begin(), lines.end(), dropped), 1);
 }
@@ -350,8 +350,7 @@ TEST_F(CliServerTest, LogsSessionsAndWhatTheyChange) {
     server.Stop();
     const std::string who =
         "12 cli 1 (uid " + std::to_string(getuid()) + ", pid " + std::to_string(getpid()) + "): ";
-    EXPECT_EQ(log.Take(), (std::vector<std::string>{who + "connected", who + "echo x",
-                                                    "9" + who.substr(2) + "closed, exit"}));
+    EXPECT_EQ(log.Take(), (Lines{who + "connected", who + "echo x", "9" + who.substr(2) + "closed, exit"}));
 }
 
 TEST_F(CliServerTest, RefusesStrangers) {
@@ -425,8 +424,7 @@ TEST_F(CliServerTest, TakesAPathOnlyFromTheDead) {
     std::ofstream(path) << "text";
     log.Take();
     EXPECT_EQ(Start(), CliStatus::kOccupied);
-    EXPECT_EQ(log.Take(),
-              std::vector<std::string>{"14 cli: cannot serve " + path + ": the path is no socket"});
+    EXPECT_EQ(log.Take(), Lines{"14 cli: cannot serve " + path + ": the path is no socket"});
     EXPECT_EQ(other.Start("", kNode, "x"), CliStatus::kBadPath);
     EXPECT_EQ(other.Start(std::string(108, 'x'), kNode, "x"), CliStatus::kBadPath);
     EXPECT_EQ(other.Start(directory.path + "/none/olt.sock", kNode, "x"), CliStatus::kSystem);

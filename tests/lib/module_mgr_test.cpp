@@ -18,8 +18,6 @@
 
 namespace {
 
-using Lines = std::vector<std::string>;
-
 constexpr unsigned int kWatchdogSeconds = 20;
 
 /// Claims one message type and hands each message to `on_message`.

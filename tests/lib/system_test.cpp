@@ -24,8 +24,6 @@
 
 namespace {
 
-using Lines = std::vector<std::string>;
-
 constexpr unsigned int kNone = 65535;
 
 int IdToSn(unsigned int, unsigned char, unsigned char*, unsigned int) {

@@ -3,28 +3,17 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/buffer_rules.h"
-#include "tests/support/log_lines.h"
 #include "tests/support/variants.h"
 
 namespace {
 
-using Lines = std::vector<std::string>;
-
-class VariantBuffer : public VariantTest {
-protected:
-    LogLines log;
-};
+class VariantBuffer : public VariantTest {};
 
 TEST_F(VariantBuffer, RoomNeverWraps) {
     Variant buffer(VARIANT_TYPE_BUFFER, 6);
     EXPECT_TRUE(buffer.IsEnough(2, 6));
     EXPECT_FALSE(buffer.IsEnough(2, 0xFFFFFFFF));
     EXPECT_FALSE(buffer.IsEnough(0xFFFFFFFF, 65535));
-    // A full buffer that becomes a text has its cursor behind the text.
-    ASSERT_EQ(buffer.Append("12345", 6), ONU_MNG_OK);
-    ASSERT_EQ(buffer.ResetType(VARIANT_TYPE_STRING), ONU_MNG_OK);
-    EXPECT_TRUE(buffer.IsEnough(0, 0));
-    EXPECT_FALSE(buffer.IsEnough(1, 1));
 }
 
 TEST_F(VariantBuffer, RefusalsNameTheirCauseAndChangeNothing) {

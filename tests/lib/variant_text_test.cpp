@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/captured_terminal.h"
-#include "tests/support/log_lines.h"
 #include "tests/support/variants.h"
 
 namespace {
@@ -70,7 +69,6 @@ TEST_F(VariantText, NumbersFromTextAreReadIn32Bits) {
 }
 
 TEST_F(VariantText, BlocksFromText) {
-    LogLines log;
     const struct {
         VariantType type;
         const char* text;
@@ -91,7 +89,7 @@ TEST_F(VariantText, BlocksFromText) {
     EXPECT_EQ(kept.FromString(VARIANT_TYPE_BUFFER, ""), ONU_MNG_FAILURE);
     EXPECT_EQ(kept.FromString(VARIANT_TYPE_BUFFER, "0x"), ONU_MNG_OK);
     EXPECT_EQ(kept.FromString(VARIANT_TYPE_NONE, "5"), ONU_MNG_OK);
-    EXPECT_EQ(log.Take(), std::vector<std::string>({"13 MemAlloc for zero length "}));
+    EXPECT_EQ(log.Take(), Lines({"13 MemAlloc for zero length "}));
     EXPECT_EQ(kept, Variant("kept"));
 }
 

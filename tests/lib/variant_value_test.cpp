@@ -4,17 +4,11 @@
 #include <gtest/gtest.h>
 #include <utility>
 
-#include "tests/support/log_lines.h"
 #include "tests/support/variants.h"
 
 namespace {
 
-using Lines = std::vector<std::string>;
-
-class VariantValue : public VariantTest {
-protected:
-    LogLines log;
-};
+class VariantValue : public VariantTest {};
 
 /// Every way of taking the scalar `x` gives the same, whatever was held before.
 template <typename T>

@@ -23,8 +23,6 @@
 
 namespace {
 
-using Lines = std::vector<std::string>;
-
 PORT_TEST(PlatformLog, WritesFromTheThresholdOn) {
     LogLines log;
     ulogSetThreshold(10);
@@ -87,37 +85,21 @@ PORT_TEST(PlatformLog, DropsLinesOfItsOwnSink) {
     EXPECT_EQ(text, "one\r\ntwo\r\n");
 }
 
-PORT_TEST(PlatformLog, LosesLinesThatNobodyReadsAndCountsThem) {
+PORT_TEST(PlatformLog, CountsTheLinesThatNobodyCanRead) {
     int ends[2];
     ASSERT_EQ(pipe(ends), 0);
     const int kept = dup(STDERR_FILENO);
     dup2(ends[1], STDERR_FILENO);
-    close(ends[1]);
-    const std::string text(500, 'x');
-    for (int line = 0; line < 400; ++line) // far more than a pipe holds
-        ulogPrintf(7, 13, "%s\r\n", text.c_str());
-    fcntl(ends[0], F_SETFL, O_NONBLOCK);
-    std::string read_text;
-    char data[4096];
-    const auto read_all = [&] {
-        for (ssize_t size = 0; (size = read(ends[0], data, sizeof data)) > 0;)
-            read_text.append(data, static_cast<size_t>(size));
-    };
-    read_all();
-    ulogPrintf(7, 13, "read again\r\n");
-    read_all();
     close(ends[0]);
+    close(ends[1]);
     ulogPrintf(7, 13, "to nobody\r\n");
     dup2(kept, STDERR_FILENO);
     close(kept);
     testing::internal::CaptureStderr();
     ulogPrintf(7, 13, "to somebody\r\n");
-    EXPECT_NE(testing::internal::GetCapturedStderr().find("13 0: 1 lines are lost here"), std::string::npos);
-    const long lines = std::count(read_text.begin(), read_text.end(), '\n');
-    EXPECT_GT(lines, 50);
-    const std::string lost = std::to_string(402 - lines) + " lines are lost here";
-    EXPECT_NE(read_text.find("read again\r\n"), std::string::npos);
-    EXPECT_NE(read_text.find(lost), std::string::npos) << read_text.substr(read_text.size() - 200);
+    const std::string told = testing::internal::GetCapturedStderr();
+    EXPECT_NE(told.find("13 0: 1 lines are lost here"), std::string::npos) << told;
+    EXPECT_NE(told.find("to somebody\r\n"), std::string::npos) << told;
 }
 
 /// Writes lines to a terminal to which somebody else writes as well, and which is read all the time.

@@ -118,7 +118,6 @@ PORT_TEST(PosixTask, EndsAloneWhenAnExceptionLeavesIt) {
         EXPECT_EQ(task.Delete(), 0);
         return lines.Take();
     };
-    using Lines = std::vector<std::string>;
     EXPECT_EQ(run([] { throw std::runtime_error("out of luck"); }),
               Lines{"15 Task failing has ended by an exception: out of luck"});
     EXPECT_EQ(run([] { throw 42; }),

@@ -9,6 +9,8 @@
 
 #include "onu_mng_platform/ulog.h"
 
+using Lines = std::vector<std::string>;
+
 class LogLines {
 public:
     LogLines() {
@@ -23,7 +25,7 @@ public:
     LogLines& operator=(const LogLines&) = delete;
 
     /// The lines so far, which are then forgotten. A line that does not end in CR LF gets a mark.
-    std::vector<std::string> Take() {
+    Lines Take() {
         const std::lock_guard<std::mutex> guard(lock);
         return std::move(lines);
     }
@@ -44,7 +46,7 @@ private:
     }
 
     std::mutex lock;
-    std::vector<std::string> lines;
+    Lines lines;
 };
 
 #endif

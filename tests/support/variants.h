@@ -8,6 +8,7 @@
 #include "onu_mng_lib/onu_mng_common/mem_mgr.h"
 #include "onu_mng_lib/onu_mng_common/variant.h"
 #include "onu_mng_platform/mpu.h"
+#include "tests/support/log_lines.h"
 #include "tests/support/seeded.h"
 
 /// The library's pool is the process's first one.
@@ -16,7 +17,7 @@ inline bool InitPool() {
            ONU_MNG_OK;
 }
 
-/// A test that gives back every block it takes.
+/// A test that gives back every block it takes. The log is kept.
 class VariantTest : public testing::Test {
 protected:
     void SetUp() override {
@@ -24,6 +25,8 @@ protected:
         blocks = LiveBlocks();
     }
     void TearDown() override { EXPECT_EQ(LiveBlocks(), blocks); }
+
+    LogLines log;
 
 private:
     static std::size_t LiveBlocks() {
