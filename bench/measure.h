@@ -1,4 +1,4 @@
-/// Measuring one operation: what the rows of the benchmark share.
+/// Measures operations: the common part of all benchmark rows.
 #ifndef ONU_MNG_BENCH_MEASURE_H
 #define ONU_MNG_BENCH_MEASURE_H
 
@@ -10,14 +10,14 @@
 
 namespace bench {
 
-/// One way to do the work of a row. A process measures one case.
+/// One implementation of a row's operation. Each case is measured in its own process.
 struct Case {
     enum class Kind { kOurs, kPeer, kLimit };
 
     Kind kind;
     std::string name;
-    std::function<double()> measure; ///< seconds for one operation
-    std::string preload;             ///< a library that replaces malloc in this process, or empty
+    std::function<double()> measure; ///< returns the seconds for one operation
+    std::string preload;             ///< a library that replaces malloc in the process; may be empty
 };
 
 enum class Unit { kMillionsPerSecond, kNanoseconds, kMicroseconds };
@@ -25,7 +25,7 @@ enum class Unit { kMillionsPerSecond, kNanoseconds, kMicroseconds };
 struct Row {
     std::string name;
     Unit unit;
-    double target; ///< the least ratio of the speeds, ours to that of the fastest peer
+    double target; ///< required ratio of our speed to that of the fastest peer
     double goal;
     std::vector<Case> cases;
 };
@@ -39,7 +39,7 @@ void AddStateRows(Rows& rows);
 void AddTraceRows(Rows& rows);
 void AddReportRows(Rows& rows);
 
-/// How long a case measures: the median of `batches` batches of about `batch_s` seconds each.
+/// The duration of a measurement: `batches` batches of about `batch_s` seconds each.
 struct Budget {
     double batch_s = 0.05;
     unsigned int batches = 5;
@@ -52,8 +52,8 @@ double Median(std::vector<double> values);
 /// operation.
 double TimePerOperation(const std::function<void(std::size_t count)>& run);
 
-/// As `TimePerOperation` with `work(task, count)` running in several threads at once, each on a core of its own
-/// as far as there are; the time counts until all are done.
+/// As `TimePerOperation` with `work(task, count)` running in several threads at once, each on a core of its
+/// own as far as there are; the time counts until all are done.
 double TimePerOperationOf(unsigned int tasks,
                           const std::function<void(unsigned int task, std::size_t count)>& work);
 
@@ -63,24 +63,25 @@ inline void Keep(const T& value) {
     asm volatile("" : : "r,m"(value) : "memory");
 }
 
-/// A counter that one thread writes and another reads, in a cache line of its own.
+/// A counter in its own cache line. One thread writes it, another reads it.
 struct alignas(64) Counter {
     std::atomic<std::size_t> value{0};
 
     void Add() { value.store(value.load(std::memory_order_relaxed) + 1, std::memory_order_release); }
-    /// Yields the processor until at least `count` is reached.
+    /// Waits until the value is at least `count`. Yields the processor meanwhile.
     void Await(std::size_t count) const;
 };
 
 /// Puts library and peers on the same footing; call it first in a process that measures. Starts a thread that
-/// only sleeps, because some libraries are faster in a process without threads. Gives up real-time priorities:
-/// the threads of the peers have none, and a receiver that has one displaces its sender at every message.
+/// only sleeps, because some libraries are faster in a process without threads. Gives up real-time
+/// priorities: the threads of the peers have none, and a receiver that has one displaces its sender at every
+/// message.
 void BecomeComparable();
 
 /// Binds the calling thread to one core.
 void RunOnCore(unsigned int core);
 
-/// The libraries that replace malloc and are installed; the first replaces nothing.
+/// The installed libraries that replace malloc. The first element stands for the system's malloc.
 struct Allocator {
     const char* name;
     const char* library;

@@ -1,4 +1,4 @@
-/// Our service modules, and what a program without the library would use in their place.
+/// Our service modules, and the substitutes that a program without the library would use.
 #ifndef ONU_MNG_BENCH_MODULES_H
 #define ONU_MNG_BENCH_MODULES_H
 
@@ -32,14 +32,15 @@ namespace bench {
 
 constexpr unsigned int kQueueLength = 1024;
 
-/// Brings the library up with the modules registered before; exits when it cannot.
+/// Starts the library with the modules registered before. Ends the process on failure.
 void StartSystem();
 
 using Handler = std::function<void(char* data, unsigned int size)>;
 
-// Both kinds of module have the same interface: `new Module(type, handler)`, then `StartSystem()`, then
-// `Send`, which copies the data into a packet, queues its address and wakes the task, which hands the packet
-// to the handler and frees it. They are never destroyed: the process ends when it has measured.
+// Both kinds of modules have the same interface: `new Module(type, handler)`, then `StartSystem()`, then
+// `Send`. `Send` copies the data into a packet, queues the packet's address and wakes the task. The task
+// calls the handler and frees the packet. Modules are never destroyed, because the process ends after the
+// measurement.
 
 class OurModule : public ServiceModule {
 public:
@@ -76,8 +77,8 @@ struct PeerPacket {
     char* Payload() { return reinterpret_cast<char*>(this + 1); }
 };
 
-/// `Queue` is a queue of addresses: `bool Push(PeerPacket*)`, and `PeerPacket* Pop()`, which sleeps while
-/// there is none.
+/// `Queue` is a queue of addresses with `bool Push(PeerPacket*)` and `PeerPacket* Pop()`. `Pop` sleeps while
+/// the queue is empty.
 template <typename Queue>
 class PeerModule {
 public:
@@ -143,7 +144,7 @@ private:
     PeerPacket* ring[kQueueLength];
 };
 
-/// Makes a queue whose receiver would have to poll one whose receiver sleeps.
+/// Adds a semaphore to a queue without a blocking receive, so that the receiver sleeps instead of polling.
 template <typename Queue>
 class WithSemaphore {
 public:
@@ -211,7 +212,7 @@ private:
 };
 #endif
 
-/// Calls `add(name, type of the module)` for every kind of peer; the second is a null pointer of the type.
+/// Calls `add(name, module)` for each kind of peer. `module` is a null pointer that only conveys the type.
 template <typename Add>
 void ForEachPeerModule(Add add) {
     add("mutex ring", static_cast<PeerModule<MutexRing>*>(nullptr));

@@ -3,8 +3,8 @@
 ///   start message ──> INIT ── request sent ──> WAIT ── answer ok ──> SUCC ──> free
 ///                                                └──── refused ────> FAIL ──> free
 ///
-/// An ONU that never answers leaves WAIT too: in 6 to 7 rounds after the state's 10 seconds the supervision
-/// takes it to FAIL.
+/// If an ONU never answers, the supervision takes its procedure from WAIT to FAIL, 6 to 7 rounds after the
+/// state's time limit of 10 seconds.
 
 #include <cstdio>
 #include <memory>
@@ -28,7 +28,7 @@ constexpr unsigned long kAnswerSeconds = 10;
 /// Signalled for each procedure that ended.
 Semaphore* ended;
 
-/// Sends the reboot request; a real service hands an OMCI frame to the PON here.
+/// Sends the reboot request. A real service sends an OMCI frame to the PON here.
 class Request : public ServiceState {
 public:
     Request() : ServiceState(STATE_INIT) {}
@@ -39,7 +39,7 @@ public:
     unsigned int GetNextState() override { return ret == 0 ? STATE_WAIT : STATE_FAIL; }
 };
 
-/// Takes the answer: its first byte is the OMCI result.
+/// Handles the answer. Its first byte is the OMCI result.
 class Wait : public ServiceState {
 public:
     Wait() : ServiceState(STATE_WAIT, kAnswerSeconds) {}
@@ -50,7 +50,7 @@ public:
     bool IsAutoNextState() override { return true; }
 };
 
-/// SUCC and FAIL: says how the procedure ended and frees the context.
+/// SUCC and FAIL: prints the outcome of the procedure and frees the context.
 class End : public ServiceState {
 public:
     End(unsigned int id, const char* how_it_ended) : ServiceState(id), outcome(how_it_ended) {}
@@ -73,7 +73,7 @@ public:
         RegisterState(new End(STATE_FAIL, "refused"));
     }
 
-    /// A state's time runs from its last message, which may be one of the previous reboot.
+    /// Restarts the states' clocks. They still count from the previous reboot of this context.
     void Occupy(char*, unsigned int) override {
         request->state_clock.Now();
         wait->state_clock.Now();
@@ -108,7 +108,7 @@ public:
                                      : context->Match(pon_no, onu_id, nullptr, 0, true);
             if (is_mine) return context->Handle(STATE_MSG_OPERATE, data, pkg_size);
         }
-        return 1; // every context is busy, or nobody waits for this answer: logged by the framework
+        return 1; // all contexts are busy, or none waits for this answer; the framework logs that
     }
 
 private:

@@ -1,4 +1,4 @@
-/// Tests a service on the simulated board: one that notices when an ONU falls silent.
+/// Tests a service that detects silent ONUs, on the simulated board.
 
 #include <cstdio>
 #include <map>
@@ -21,7 +21,7 @@ namespace {
 constexpr unsigned int MSG_HEARTBEAT = 7;
 constexpr unsigned int kHeartbeats = 1;
 
-/// The service: takes heartbeats, and says of any ONU whether it has been silent for more than a minute.
+/// The service: records heartbeats and reports whether an ONU has been silent for more than a minute.
 class Heartbeats : public ServiceModule {
 public:
     Heartbeats() : ServiceModule(kHeartbeats, "Heartbeats", 120, 1, 64, 65536) {}
@@ -54,7 +54,7 @@ unsigned int SendHeartbeat(unsigned short onu_id) {
     return onu_mng_module_send_msg(0, MSG_HEARTBEAT, 1, onu_id, &beat, 1);
 }
 
-/// Brings the library up as the host does at start-up.
+/// Starts the library as a host does.
 Heartbeats* StartHost() {
     onu_mng_system_reg_log_module(1);
     onu_mng_system_reg_cli_node(1);
@@ -69,7 +69,7 @@ Heartbeats* StartHost() {
     return is_up ? service : nullptr;
 }
 
-/// Takes it down again, for the next run in this process.
+/// Stops it again, for the next run in this process.
 void StopHost() {
     ModuleManager::GetInstance()->RemoveModule(kHeartbeats);
     StateContextManager::GetInstance()->EndSupervision();
@@ -83,7 +83,7 @@ void Expect(bool holds, const char* what) {
     ++failures;
 }
 
-/// One run: the same for a seed, another interleaving of the five tasks for every other.
+/// One run. The same seed gives the same run; other seeds give other interleavings of the five tasks.
 void TestHeartbeats(std::uint64_t seed) {
     Simulation board(seed);
     const SimResult& result = board.Run([&board] {

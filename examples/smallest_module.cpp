@@ -16,7 +16,7 @@ public:
 
     bool Match(unsigned int msg_type, unsigned int, unsigned short, unsigned short, char*, unsigned int,
                MsgSyncProcType& sync_type) override {
-        sync_type = MSG_PROC_ASYNC; // into the queue of this module's task
+        sync_type = MSG_PROC_ASYNC; // queued for this module's task
         return msg_type == 7;
     }
 
@@ -32,7 +32,7 @@ private:
 };
 
 int main() {
-    static Semaphore greeted; // before the library, which ends the module's task when the process ends
+    static Semaphore greeted; // created before the library, so it outlives the module's task at exit
     onu_mng_system_reg_log_module(1);
     onu_mng_system_reg_cli_node(1);
     onu_mng_system_set_pon_onu_num(16, 128);

@@ -1,4 +1,4 @@
-/// The answers of the trace registry, without a lock.
+/// The lock-free index of the trace registry.
 #ifndef ONU_MNG_LIB_ONU_MNG_LOG_INDEX_H
 #define ONU_MNG_LIB_ONU_MNG_LOG_INDEX_H
 
@@ -11,9 +11,9 @@
 /// The levels of all entries of the trace registry, in a hash table with open addressing.
 ///
 /// One task at a time writes, under the lock of the registry. Any number of tasks read at the same time and
-/// never wait. A reader that meets a change gets no answer and asks the registry under its lock. Only
-/// `Reserve` allocates. Tables that were replaced are kept, because readers may still use them. Together they
-/// are smaller than the current one.
+/// never wait. A reader gets no result during a change and then asks the registry under its lock. Only
+/// `Reserve` allocates. Replaced tables are kept, because readers may still use them. Together they are
+/// smaller than the current one.
 class TraceIndex {
 public:
     TraceIndex() = default;
@@ -22,7 +22,7 @@ public:
     TraceIndex& operator=(const TraceIndex&) = delete;
 
     /// Returns whether the entry that applies to the ONU has `level`. `sn` is null or 8 bytes. Returns false
-    /// if `is_on` is false; `is_on` and the entries are those of one moment.
+    /// if `is_on` is false. `is_on` and the entries are read consistently.
     /// @return nothing if the registry must be asked: during a change, for a level outside 0 to 15 if an
     ///         entry has such levels, and if the order of two serial numbers decides which entry applies.
     std::optional<bool> IsTraced(unsigned short pon, unsigned short onu, const unsigned char* sn, int level,

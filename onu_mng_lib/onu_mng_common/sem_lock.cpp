@@ -16,7 +16,7 @@ std::uint32_t CreateSemaphore(bool available) {
 
 } // namespace
 
-/// Counts a task while it waits, also when the task is ended in the wait.
+/// Counts a task while it waits. Stops counting it also if the task is deleted during the wait.
 class LockCount::Waiter {
 public:
     explicit Waiter(LockCount& counted_in) : count(counted_in) {
@@ -48,7 +48,7 @@ bool ReadWriteLock::Refused() {
     return false;
 }
 
-/// Keeps `wait_flag` up for the time of one wait, also when the task is ended in it.
+/// Keeps `wait_flag` set during one wait. Resets it also if the task is deleted during the wait.
 class Semaphore::Waiting {
 public:
     Waiting(Semaphore& waited_for, const char* file, int line) : semaphore(waited_for) {

@@ -8,11 +8,11 @@
 #include "onu_mng_lib/onu_mng_common/ticks.h"
 #include "onu_mng_platform/bep.h"
 
-/// Counts the tasks that hold a lock or wait for it, without an atomic addition while nobody waits.
+/// Counts the tasks that hold a lock or wait for it, without an atomic addition while no task waits.
 ///
-/// A task that asks for a free lock sets a mark, and so does each holder. A task that finds the mark set adds
-/// itself while it waits. Two tasks that ask for a free lock at the same instant may count as one until the
-/// first of them unlocks it.
+/// The first task that requests a free lock sets a mark, and so does each holder. A task that finds the mark
+/// set counts itself in `waiting` while it waits. Two tasks that request a free lock at the same time may
+/// count as one until the first of them unlocks it.
 class LockCount {
 public:
     operator std::int32_t() const {
@@ -23,7 +23,8 @@ private:
     friend class ReadWriteLock;
     class Waiter;
 
-    /// Marks a lock as asked for. Takes the mark back if the lock is refused or the task is ended in the wait.
+    /// Marks a lock as requested. Removes the mark if the lock is refused or the task is deleted during the
+    /// wait.
     class FirstAsker {
     public:
         explicit FirstAsker(LockCount& counted_in) : count(counted_in) {
@@ -39,8 +40,8 @@ private:
         LockCount& count;
     };
 
-    std::atomic<std::int16_t> mark{0};    ///< 1 while the lock is held or first asked for, else 0
-    std::atomic<std::int16_t> waiting{0}; ///< the tasks that found the mark set
+    std::atomic<std::int16_t> mark{0};    ///< 1 while the lock is held or requested, else 0
+    std::atomic<std::int16_t> waiting{0}; ///< number of tasks that found the mark set
 };
 static_assert(sizeof(LockCount) == sizeof(std::int32_t), "a count is a 32-bit field");
 

@@ -1,4 +1,4 @@
-/// Taking an object away from tasks that use it without a lock.
+/// Waits until no task uses an object that is read without a lock.
 #ifndef ONU_MNG_LIB_ONU_MNG_COMMON_SENDER_GATE_H
 #define ONU_MNG_LIB_ONU_MNG_COMMON_SENDER_GATE_H
 
@@ -7,7 +7,7 @@
 
 /// Knows which tasks are inside a section: routing a message, or listing the modules.
 ///
-/// A task enters and leaves without a lock, by a mark on a cache line of its own. To take an object away, a
+/// A task enters and leaves a section without a lock, by a mark in its own cache line. To delete an object, a
 /// task first makes it unreachable by a sequentially consistent store and then calls `WaitForOthers`. When
 /// that returns true, every other task that could have seen the object has left its section.
 ///
@@ -54,9 +54,9 @@ private:
         void Enter() { mark.exchange(mark.load(std::memory_order_relaxed) + 1, std::memory_order_seq_cst); }
         void Leave() { mark.store(mark.load(std::memory_order_relaxed) + 1, std::memory_order_release); }
 
-        std::atomic<std::uint32_t> mark{0}; ///< odd while the task is inside; changed at each way in and out
+        std::atomic<std::uint32_t> mark{0}; ///< incremented on each entry and exit; odd while inside
         std::atomic<bool> is_taken{false};
-        unsigned int depth = 0; ///< of the task's sections; its own
+        unsigned int depth = 0; ///< number of nested sections; used by the own task only
     };
     struct Row;
     struct Holder;

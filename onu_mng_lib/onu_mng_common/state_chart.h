@@ -1,4 +1,4 @@
-/// Charts of what state machines did.
+/// Charts of the transitions of state machines.
 #ifndef ONU_MNG_LIB_ONU_MNG_COMMON_STATE_CHART_H
 #define ONU_MNG_LIB_ONU_MNG_COMMON_STATE_CHART_H
 
@@ -12,16 +12,16 @@
 #include "onu_mng_lib/onu_mng_common/sem_lock.h"
 #include "onu_mng_lib/onu_mng_common/state_machine.h"
 
-/// Counts the transitions that state contexts take, and how long they were in a state before each.
+/// Counts the transitions of state contexts and measures the time in the state before each.
 ///
 ///     StateChart chart;
 ///     chart.RegisterState(context, new AskState, "ASK"); // instead of context.RegisterState()
 ///     ...
-///     std::cout << chart.Dot();                          // to be drawn by Graphviz: dot -Tsvg
+///     std::cout << chart.Dot();                          // for Graphviz: dot -Tsvg
 ///
-/// A chart hands every call of a hook on to the state that it watches. It sees the successors that states name,
-/// and neither `StateContext::ChangeState` nor `Release` by the client. Contexts whose states are registered
-/// without a chart pay nothing.
+/// A chart forwards every call of a hook to the state that it watches. It records the successors that states
+/// return. It does not record `StateContext::ChangeState` and `Release` by the client. Contexts whose states
+/// are registered without a chart have no extra cost.
 ///
 /// Thread safety: every operation may be called from any task.
 class StateChart {
@@ -30,21 +30,21 @@ public:
     StateChart(const StateChart&) = delete;
     StateChart& operator=(const StateChart&) = delete;
 
-    /// Registers a state in a context as `StateContext::RegisterState` does, with the same results, and watches
-    /// it under a name (copied; may be null). The chart outlives the context. `StateRegister::GetStateObj` then
-    /// gives another object than `state`.
+    /// Registers a state in a context like `StateContext::RegisterState`, with the same results, and watches
+    /// it under a name (copied; may be null). The chart must outlive the context.
+    /// `StateRegister::GetStateObj` then returns another object than `state`.
     unsigned int RegisterState(StateContext& context, ServiceState* state, const char* name);
 
-    /// Gives a service type the name under which its transitions stand. Without memory for it, and before, the
-    /// number stands there.
+    /// Sets the name of a service type in the chart. Without a name, or if memory is short, the chart shows
+    /// its number.
     void NameService(unsigned int service_type, const char* name);
 
-    /// The chart in the language of Graphviz: a cluster for each service type, with its transitions since the
-    /// chart was made, the number of each, and the mean and the longest time before it. Empty when memory is
-    /// short.
+    /// Returns the chart in the Graphviz language: a cluster for each service type, with its transitions
+    /// since the chart was created, their number, and the mean and the longest time before them. Empty if
+    /// memory is short.
     std::string Dot() const;
 
-    /// Of one transition: how often, and after which time in the state before.
+    /// The number of one transition, and the times in the state before it.
     struct Times {
         unsigned long long count = 0;
         unsigned long long total_us = 0;

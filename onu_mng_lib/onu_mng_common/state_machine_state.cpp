@@ -111,7 +111,7 @@ void ServiceState::ChangeStateOfJob(StateContext& context, unsigned int job, Sta
 
 namespace {
 
-/// The place of the first state whose id is not below `id`.
+/// Returns the position of the first state whose id is not below `id`.
 template <typename States>
 auto PlaceOf(States& states, unsigned int id) {
     return std::lower_bound(

@@ -7,7 +7,7 @@
 #include <cstring>
 #include <string_view>
 
-/// The digits of an integer, in a buffer of its own.
+/// The digits of an integer, in an internal buffer.
 class Digits {
 public:
     template <typename T>

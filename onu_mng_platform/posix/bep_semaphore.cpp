@@ -12,8 +12,8 @@ namespace {
 
 enum State : uint32_t { kNone, kAvailable, kTaken, kTakenAndAwaited };
 
-/// A semaphore is one word, its generation and its state, so that one atomic operation checks the id and
-/// takes or gives.
+/// A semaphore is one word with its generation and its state. So a single atomic operation checks the id and
+/// takes or gives the semaphore.
 constexpr uint32_t Word(uint32_t generation, State state) {
     return generation << 2 | state;
 }
@@ -29,8 +29,8 @@ struct Semaphore {
     uint32_t next_free = 0;
 };
 
-/// The threads that wait for any of the semaphores that share it. While threads wait, their semaphore is
-/// either marked as awaited, or one of them has been signalled and will mark it before it sleeps or leaves.
+/// The waiting threads of several semaphores, which share the room. While threads wait, their semaphore is
+/// marked as awaited, or one of them has been signalled and will mark it again before it sleeps or leaves.
 struct alignas(64) WaitRoom {
     ShortLock lock;
     WaitList waiters;
@@ -38,8 +38,8 @@ struct alignas(64) WaitRoom {
 
 constexpr uint32_t kRooms = 256;
 
-// Each state context has a semaphore, so they come and go as fast as ONUs do: 268 million
-// until the id of one is used again, for 512 KiB.
+// Each state context has a semaphore, so semaphores may be created and deleted as often as ONUs. With this
+// number, 268 million are created before an id is reused, at the cost of 512 KiB.
 constexpr uint32_t kRestingSemaphores = 65536;
 
 SlotTable<Semaphore, 1024, 256, kRestingSemaphores> g_semaphores;
@@ -49,7 +49,7 @@ WaitRoom& RoomOf(const Semaphore& semaphore) {
     return g_rooms[reinterpret_cast<uintptr_t>(&semaphore) / sizeof(Semaphore) % kRooms];
 }
 
-/// What became of an attempt to take a semaphore or else to mark it as awaited.
+/// The result of an attempt to take a semaphore or, if it is not available, to mark it as awaited.
 enum class Attempt { kTook, kMarked, kGone };
 
 Attempt TakeOrMark(Semaphore& semaphore, uint32_t generation, State when_taken) {
@@ -72,8 +72,8 @@ bool TryTake(Semaphore& semaphore, uint32_t generation) {
                                                   std::memory_order_acquire, std::memory_order_relaxed);
 }
 
-// A function of its own, so that the quick way saves no registers.
-/// Waits until the semaphore is taken (0), gone or not to be had in time (-1).
+/// Waits until the semaphore is taken (0), or until it is deleted or the time is over (-1). Not inlined, so
+/// that the fast path saves no registers.
 [[gnu::noinline]] int TakeSlowly(Semaphore& semaphore, uint32_t generation, int ticks) {
     const uint32_t word = semaphore.word.load(std::memory_order_relaxed);
     if (GenerationOf(word) != generation || StateOf(word) == kNone) return -1;
@@ -91,7 +91,7 @@ bool TryTake(Semaphore& semaphore, uint32_t generation) {
     std::unique_lock<ShortLock> guard(room.lock);
     for (;;) {
         room.waiters.Remove(waiter);
-        // Others wait as well: the mark stays, also when this thread leaves without the semaphore below.
+        // If other threads wait, the mark stays, even if this thread leaves below without the semaphore.
         const State when_taken = room.waiters.Find(&semaphore) != nullptr ? kTakenAndAwaited : kTaken;
         attempt = TakeOrMark(semaphore, generation, when_taken);
         if (attempt != Attempt::kMarked) break;
@@ -109,10 +109,11 @@ bool TryTake(Semaphore& semaphore, uint32_t generation) {
     return -1;
 }
 
-/// Gives a semaphore in any state.
+/// Gives a semaphore in any state and wakes a waiting thread.
 [[gnu::noinline]] int GiveSlowly(Semaphore& semaphore, uint32_t generation) {
     uint32_t word = semaphore.word.load(std::memory_order_relaxed);
-    // Stored even when available already, so that who takes it sees what this task did before.
+    // Stored even if it is available already, so that the next task that takes it sees the writes of this
+    // task.
     do {
         if (GenerationOf(word) != generation || StateOf(word) == kNone) return -1;
     } while (!semaphore.word.compare_exchange_weak(word, Word(generation, kAvailable),

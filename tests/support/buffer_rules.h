@@ -1,4 +1,4 @@
-/// Variant as a byte buffer against a model of it.
+/// Compares Variant as a byte buffer with a model.
 #ifndef ONU_MNG_TESTS_SUPPORT_BUFFER_RULES_H
 #define ONU_MNG_TESTS_SUPPORT_BUFFER_RULES_H
 
@@ -12,12 +12,12 @@
 #include "tests/support/seeded.h"
 #include "tests/support/variants.h"
 
-/// What a buffer is meant to be: bytes, a cursor and an end.
+/// The model of a buffer: bytes, a cursor and an end.
 struct BufferModel {
     std::string bytes;
     std::size_t pos, end;
 
-    /// Moves the cursor by a step where that fits, and remembers where it stood.
+    /// Moves the cursor by a step if that fits, and stores its old position.
     bool Step(std::size_t size, unsigned int offset, std::size_t& from) {
         const std::size_t step = offset == 65535 ? size : offset;
         from = pos;
@@ -49,7 +49,7 @@ void Exchange(Choices& random, Variant& buffer, BufferModel& model) {
     }
     ASSERT_EQ(buffer.Fetch(fetched, offset) == ONU_MNG_OK, fits);
     const std::string bytes = fits ? model.bytes.substr(from, sizeof(T)) : BigEndian(number);
-    // Any byte but 0 reads as true, which counts as 1.
+    // A byte other than 0 is read as true, so it compares as 1.
     ASSERT_EQ(BigEndian(fetched), (std::is_same_v<T, bool> ? std::string(1, bytes[0] != 0) : bytes));
 }
 

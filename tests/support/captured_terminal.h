@@ -7,7 +7,7 @@
 
 #include "onu_mng_platform/cli.h"
 
-/// A terminal that keeps what is written to it; the first few thousand characters take no memory.
+/// A terminal that keeps its output. The first few thousand characters need no allocation.
 class CapturedTerminal {
 public:
     CapturedTerminal() : terminal(vty_create(&CapturedTerminal::Write, this)) { text.reserve(8192); }
@@ -31,8 +31,8 @@ private:
     vty* const terminal;
 };
 
-/// Installs a command, named by its syntax, for the rest of the process. @return the result of
-/// install_element().
+/// Installs a command with its syntax as its name. It stays for the rest of the process.
+/// @return the result of install_element().
 inline int Install(unsigned int node, const std::string& syntax, cmd_handler handler,
                    const char* help = nullptr) {
     static std::deque<std::string> syntaxes;

@@ -1,4 +1,4 @@
-/// Keeps the lines that are logged while it lives, as "level text" without the line end.
+/// Keeps the lines that are logged while the object lives, as "level text" without the line end.
 #ifndef ONU_MNG_TESTS_SUPPORT_LOG_LINES_H
 #define ONU_MNG_TESTS_SUPPORT_LOG_LINES_H
 

@@ -9,7 +9,7 @@
 #include "olt_host/omci/frame.h"
 #include "onu_mng_platform/cutil.h"
 
-/// The bytes of hexadecimal text; "..." stands for as many zeros as make `size` bytes of it.
+/// Converts hexadecimal text to bytes. "..." stands for as many zeros as are needed for `size` bytes.
 inline std::string Bytes(std::string hex, std::size_t size = 0) {
     const std::size_t gap = hex.find("...");
     if (gap != std::string::npos) hex.replace(gap, 3, std::string(2 * size - (hex.size() - 3), '0'));
@@ -23,13 +23,13 @@ inline std::string Bytes(const olt_host::OmciFrame& frame) {
     return std::string(frame.At(1), olt_host::OmciFrame::kSize);
 }
 
-/// A recorded frame: its bytes, and what the recording says it is.
+/// A recorded frame: its bytes and its description in the recording.
 struct RecordedFrame {
     std::string bytes;
     std::string description;
 };
 
-/// The recorded frames this tree was given; empty where it was given none.
+/// The frames of OMCI_FRAMES_FILE; empty if there is no such file.
 inline std::vector<RecordedFrame> RecordedFrames() {
     std::vector<RecordedFrame> frames;
     std::ifstream file(OMCI_FRAMES_FILE);

@@ -1,4 +1,4 @@
-/// Runs on the simulated board.
+/// Runs tests on the simulated board.
 #ifndef ONU_MNG_TESTS_SUPPORT_ON_BOARD_H
 #define ONU_MNG_TESTS_SUPPORT_ON_BOARD_H
 
@@ -8,7 +8,7 @@
 
 #include "onu_mng_platform/sim/simulation.h"
 
-/// Runs `body` on a board and expects the run to end in quiet.
+/// Runs `body` on a board and expects the run to succeed.
 inline void OnBoard(const onu_mng_platform::SimOptions& options,
                     const std::function<void(onu_mng_platform::Simulation&)>& body) {
     onu_mng_platform::Simulation board(options);
@@ -16,9 +16,9 @@ inline void OnBoard(const onu_mng_platform::SimOptions& options,
     EXPECT_TRUE(board.Result().Ok()) << board.Result().report;
 }
 
-/// Calls `act` with its first `operator new` and all later ones failing, then from the second on, and so on
-/// until none of its calls fails. After each, `check` is told whether some failed.
-/// @return how often they failed.
+/// Calls `act` repeatedly: first with all its calls of `operator new` failing, then all from the second on,
+/// and so on until none fails. Calls `check` after each.
+/// @return the number of repetitions with failures.
 inline unsigned int WithoutMemory(onu_mng_platform::Simulation& board, const std::function<void()>& act,
                                   const std::function<void(bool failed)>& check) {
     for (unsigned int nth = 1;; ++nth) {

@@ -1,4 +1,4 @@
-/// Blocks of a pool that know what was written into them.
+/// Pool blocks with a known content.
 #ifndef ONU_MNG_TESTS_SUPPORT_POOL_BLOCKS_H
 #define ONU_MNG_TESTS_SUPPORT_POOL_BLOCKS_H
 
@@ -19,11 +19,11 @@ inline mpu_stat StatOf(int pool) {
 }
 
 struct Block {
-    char* address = nullptr; ///< null when the pool refused
+    char* address = nullptr; ///< null if the pool had no block
     unsigned int size = 0;
     char fill = 0;
 
-    /// Takes a block and fills all its bytes.
+    /// Allocates a block and fills all its bytes.
     static Block Take(int pool, unsigned int size, char fill) {
         Block block{static_cast<char*>(::Take(pool, size)), size, fill};
         if (block.address != nullptr) std::memset(block.address, fill, block.Rounded());

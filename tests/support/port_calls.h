@@ -1,4 +1,4 @@
-/// The calls of the seam as tests make them.
+/// Short forms of the seam's calls for tests.
 #ifndef ONU_MNG_TESTS_SUPPORT_PORT_CALLS_H
 #define ONU_MNG_TESTS_SUPPORT_PORT_CALLS_H
 
@@ -17,7 +17,7 @@ inline uint32_t NewSemaphore(bool available) {
     return bep_semBCreateEx(2, available ? 1 : 0, __FILE__, __LINE__);
 }
 
-/// A queue or semaphore for the time of a test.
+/// Deletes a queue or semaphore at the end of a scope.
 template <int (*Delete)(uint32_t)>
 class PortObject {
 public:
@@ -44,7 +44,7 @@ inline int Send(uint32_t queue, const std::string& text, int ticks = 0) {
                           __LINE__);
 }
 
-/// Returns what was received; nothing when nothing was.
+/// Returns the received message; nothing if the call fails.
 inline std::optional<std::string> Receive(uint32_t queue, int ticks = 0, unsigned int room = 64) {
     char buffer[64];
     const int size = bep_msgQReceiveEx(queue, buffer, room, ticks, __FILE__, __LINE__);
@@ -52,7 +52,7 @@ inline std::optional<std::string> Receive(uint32_t queue, int ticks = 0, unsigne
     return std::string(buffer, static_cast<size_t>(size));
 }
 
-/// The same for messages of one type.
+/// The same for messages of a fixed type.
 template <class Message>
 bool SendThing(uint32_t queue, const Message& message, int ticks = -1) {
     return bep_msgQSendEx(queue, reinterpret_cast<const char*>(&message), sizeof(message), ticks, 1, __FILE__,

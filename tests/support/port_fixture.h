@@ -1,4 +1,5 @@
-/// Runs a test on the port that the executable is linked with; one source for each port defines these.
+/// Runs a test on the port that the executable is linked with. Each port has a source that defines these
+/// functions.
 #ifndef ONU_MNG_TESTS_SUPPORT_PORT_FIXTURE_H
 #define ONU_MNG_TESTS_SUPPORT_PORT_FIXTURE_H
 
@@ -6,10 +7,10 @@
 
 #include <functional>
 
-/// Runs `body` in a task and returns when it has ended. A body that hangs ends the program with a message.
+/// Runs `body` in a task and returns when it has ended. If the body hangs, aborts the program with a message.
 void RunOnPort(const std::function<void()>& body);
 
-/// A test whose body runs so.
+/// A test whose body runs in RunOnPort().
 #define PORT_TEST(suite, name)                                                                               \
     void suite##name();                                                                                      \
     TEST(suite, name) {                                                                                      \
@@ -17,7 +18,7 @@ void RunOnPort(const std::function<void()>& body);
     }                                                                                                        \
     void suite##name()
 
-/// Called from a body: returns when every other task waits or has ended.
+/// Returns when every other task waits or has ended. Called from a body.
 void LetOthersSettle();
 
 #endif

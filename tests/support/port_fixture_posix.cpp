@@ -21,7 +21,7 @@ namespace {
 
 constexpr int kWatchdogSeconds = 100;
 
-/// What the system tells of a thread: whether it sleeps, and how often it left the processor so far.
+/// The state of a thread according to the system. `switches` holds its counts of context switches.
 struct ThreadState {
     bool sleeps = false;
     std::string switches;
@@ -32,7 +32,7 @@ bool operator==(const ThreadState& a, const ThreadState& b) {
 
 ThreadState StateOf(const std::string& thread) {
     std::ifstream file("/proc/self/task/" + thread + "/status");
-    ThreadState state{true, ""}; // of a thread that has just ended
+    ThreadState state{true, ""}; // if the thread has just ended
     for (std::string line; std::getline(file, line);) {
         if (line.rfind("State:", 0) == 0) state.sleeps = line.find('S', 6) != std::string::npos;
         if (line.find("ctxt_switches:") != std::string::npos) state.switches += line;
@@ -40,7 +40,7 @@ ThreadState StateOf(const std::string& thread) {
     return state;
 }
 
-/// Looks at all threads but the caller's.
+/// Returns the states of all threads except the caller's.
 std::map<std::string, ThreadState> LookAtOthers() {
     const std::string own = std::to_string(gettid());
     std::map<std::string, ThreadState> others;
@@ -67,9 +67,9 @@ void RunOnPort(const std::function<void()>& body) {
 }
 
 void LetOthersSettle() {
-    // Leaves the processor between the looks, also to threads without a real-time priority.
+    // Sleeps between two samples, so that threads without a real-time priority can run.
     constexpr timespec kMoment{0, 100'000};
-    // Threads that sleep at two looks and did not run in between slept all at once.
+    // If all threads sleep in two samples without a context switch in between, all slept at the same time.
     for (auto before = LookAtOthers();;) {
         clock_nanosleep(CLOCK_MONOTONIC, 0, &kMoment, nullptr);
         auto now = LookAtOthers();

@@ -14,12 +14,13 @@ Simulation* current_board = nullptr;
 
 } // namespace
 
-// Under some schedules, each in a process of its own: pools, of which there are few, live as long as that.
+// Runs under several schedules, each in its own process, because pools are few and live as long as the
+// process.
 void RunOnPort(const std::function<void()>& body) {
     const auto run = [&body](Simulation& board) {
         current_board = &board;
         board.Run([&body] {
-            ulogSetSink(nullptr, nullptr); // the log as a program finds it
+            ulogSetSink(nullptr, nullptr); // the default, instead of the board's sink
             body();
         });
         EXPECT_TRUE(board.Result().Ok()) << board.Result().report;

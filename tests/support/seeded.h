@@ -1,4 +1,4 @@
-/// Randomness that can be repeated.
+/// Repeatable random numbers.
 #ifndef ONU_MNG_TESTS_SUPPORT_SEEDED_H
 #define ONU_MNG_TESTS_SUPPORT_SEEDED_H
 
@@ -6,11 +6,11 @@
 #include <iostream>
 #include <random>
 
-/// Where random rules take their choices from: a seed here, a fuzzer's input in fuzz/.
+/// The source of choices for random rules: a seed here, a fuzzer's input in fuzz/.
 class Choices {
 public:
     virtual ~Choices() = default;
-    /// A number of so many bytes.
+    /// A number of `bytes` bytes.
     virtual unsigned long long Bits(unsigned int bytes) = 0;
 
     unsigned long long Bits() { return Bits(sizeof(unsigned long long)); }
@@ -21,7 +21,7 @@ public:
     char Byte() { return static_cast<char>(Bits(1)); }
 };
 
-/// A generator from a fresh seed, which is printed; ONU_MNG_TEST_SEED in the environment repeats a run.
+/// A generator with a fresh seed. It prints the seed; ONU_MNG_TEST_SEED in the environment repeats a run.
 class Seeded final : public Choices {
 public:
     Seeded() {

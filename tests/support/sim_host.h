@@ -1,5 +1,5 @@
-/// The library on the simulated board: what a host does to bring it up and to take it down again, and a
-/// service of each kind for its scenarios.
+/// A host on the simulated board: starts and stops the library, and provides a module and a state context for
+/// scenarios.
 #ifndef ONU_MNG_TESTS_SUPPORT_SIM_HOST_H
 #define ONU_MNG_TESTS_SUPPORT_SIM_HOST_H
 
@@ -17,8 +17,8 @@
 #include "onu_mng_lib/onu_mng_system_reg_interface.h"
 #include "onu_mng_platform/sim/simulation.h"
 
-/// Brings the library up in the body of a run, and down at its end: the library has no such operation, since
-/// on an OLT nothing is stopped, so supervision and modules are ended one by one.
+/// Starts the library in the body of a run and stops it at the end. The library has no operation for that,
+/// because an OLT never stops, so this ends the supervision and the modules one by one.
 class SimHost {
 public:
     static constexpr unsigned int kLogModule = 7;
@@ -50,7 +50,7 @@ public:
     const unsigned int status; ///< of onu_mng_system_init()
 };
 
-/// Runs `body` with the library up, takes it down and expects that nothing is left.
+/// Runs `body` with the library started, stops the library and expects that nothing is left.
 inline void RunHost(onu_mng_platform::Simulation& board, const std::function<void()>& body) {
     board.Run([&] {
         {
@@ -66,7 +66,7 @@ inline void RunHost(onu_mng_platform::Simulation& board, const std::function<voi
     EXPECT_EQ(0, board.Holdings().locks_taken);
 }
 
-/// Claims one message type and hands each message to a function.
+/// Claims one message type and calls a function for each message.
 class SimModule : public ServiceModule {
 public:
     struct Message {
@@ -99,7 +99,7 @@ private:
     const Handler on_message;
 };
 
-/// A state whose work is a function.
+/// A state that calls a function.
 class SimState : public ServiceState {
 public:
     using Work = std::function<unsigned int(StateContext&, char* p_msg)>;
@@ -120,12 +120,12 @@ private:
     const Work work;
 };
 
-/// INIT → WORK → SUCC → idle; a failure goes through FAIL to idle.
+/// INIT → WORK → SUCC → IDLE; a failure goes through FAIL to IDLE.
 class SimContext : public StateContext {
 public:
     static constexpr unsigned int kWork = 10;
 
-    /// `hook` is the work of every state.
+    /// Every state calls `hook`.
     explicit SimContext(SimState::Work hook, unsigned long seconds = ServiceState::kDefaultMaxRunTime) {
         RegisterState(new SimState(STATE_INIT, kWork, STATE_FAIL, hook, seconds));
         RegisterState(new SimState(kWork, STATE_SUCC, STATE_FAIL, hook, seconds));

@@ -1,5 +1,5 @@
-/// Scenarios on the simulated board under many schedules. A scenario is a function of a board, whose `Run` it
-/// calls once.
+/// Runs scenarios on the simulated board under many schedules. A scenario gets a board and calls its `Run`
+/// once.
 #ifndef ONU_MNG_TESTS_SUPPORT_SIM_SCENARIO_H
 #define ONU_MNG_TESTS_SUPPORT_SIM_SCENARIO_H
 
@@ -28,7 +28,7 @@ using Scenario = std::function<void(Simulation&)>;
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) ||                                         \
     ONU_MNG_HAS_FEATURE(address_sanitizer) || ONU_MNG_HAS_FEATURE(thread_sanitizer)
-constexpr std::uint64_t kDefaultSeeds = 100; ///< a copy of a process takes long there
+constexpr std::uint64_t kDefaultSeeds = 100; ///< fewer, because copying a process takes long with sanitizers
 constexpr unsigned int kPreemptions = 1;
 #else
 constexpr std::uint64_t kDefaultSeeds = 1000;
@@ -44,15 +44,14 @@ inline int Failures() {
     return testing::UnitTest::GetInstance()->current_test_info()->result()->total_part_count();
 }
 
-/// The command that runs the current test alone under a variable.
+/// The command that runs only the current test, with an environment variable set.
 inline std::string Command(const std::string& variable) {
     const testing::TestInfo& test = *testing::UnitTest::GetInstance()->current_test_info();
     return variable + " " + testing::internal::GetArgvs()[0] + " --gtest_filter=" + test.test_suite_name() +
            "." + test.name();
 }
 
-/// Runs `scenario` in a fresh process. Returns whether none of its expectations failed; what failed is
-/// printed.
+/// Runs `scenario` in a fresh process, which prints its failures. Returns whether there were none.
 inline bool Passes(const std::function<void()>& scenario) {
     const int before = Failures();
     return onu_mng_platform::RunInFreshProcess([&] {
@@ -61,9 +60,9 @@ inline bool Passes(const std::function<void()>& scenario) {
            }) == 0;
 }
 
-/// Runs `scenario` under ONU_MNG_SEEDS seeds, or one in `share` of them and at least one, or under
-/// ONU_MNG_SEED alone, up to the first that fails. Each run has a process of its own, so that every one finds
-/// the library's singletons untouched and a seed means the same run wherever it stands.
+/// Runs `scenario` under ONU_MNG_SEEDS / `share` seeds, at least one, or under ONU_MNG_SEED only. Stops at
+/// the first failure. Each run has its own process, so it finds fresh singletons, and a seed always gives the
+/// same run.
 inline void ForEachSeed(const Scenario& scenario, std::uint64_t share = 1) {
     const std::uint64_t only = FromEnvironment("ONU_MNG_SEED", 0);
     const std::uint64_t seeds =
@@ -82,7 +81,7 @@ inline void ForEachSeed(const Scenario& scenario, std::uint64_t share = 1) {
     }
 }
 
-/// Runs `scenario` under every schedule with at most `preemptions`, or under ONU_MNG_DECISIONS alone.
+/// Runs `scenario` under every schedule with at most `preemptions`, or under that of ONU_MNG_DECISIONS only.
 inline void ForEachSchedule(const Scenario& scenario, unsigned int preemptions = kPreemptions) {
     onu_mng_platform::SimExploreOptions options;
     options.preemptions = preemptions;

@@ -1,4 +1,4 @@
-/// A directory for the time of a test.
+/// A temporary directory for a test.
 #ifndef ONU_MNG_TESTS_SUPPORT_TEMPORARY_DIRECTORY_H
 #define ONU_MNG_TESTS_SUPPORT_TEMPORARY_DIRECTORY_H
 
@@ -6,11 +6,11 @@
 #include <filesystem>
 #include <string>
 
-/// Removed with all that is in it.
+/// The destructor removes the directory with its contents.
 class TemporaryDirectory {
 public:
     TemporaryDirectory() {
-        char name[] = "/tmp/onu_mng_test_XXXXXX"; // short: sockets have short paths
+        char name[] = "/tmp/onu_mng_test_XXXXXX"; // short, because the paths of sockets are limited
         path = mkdtemp(name);
     }
     ~TemporaryDirectory() { std::filesystem::remove_all(path); }

@@ -1,4 +1,4 @@
-/// The trace registry against a model that follows its rules literally, entry by entry.
+/// Compares the trace registry with a model that applies its rules entry by entry.
 #ifndef ONU_MNG_TESTS_SUPPORT_TRACE_RULES_H
 #define ONU_MNG_TESTS_SUPPORT_TRACE_RULES_H
 
@@ -64,9 +64,9 @@ inline TracedOnu AnyTracedOnu(Choices& random) {
     return {number(), number(), serial == 3 ? nullptr : serials[serial]};
 }
 
-/// Adds a dozen entries, asks for many ONUs and removes all.
+/// Adds a dozen entries, queries many ONUs and removes all entries.
 inline void ChangeAndAskTheRegistry(Choices& random) {
-    constexpr int kLevels[] = {4, 15, 40}; // the last one the log does not know
+    constexpr int kLevels[] = {4, 15, 40}; // 40 is not a valid level of the log
     OnuMngLog& registry = *OnuMngLog::GetInstance();
     TraceModel model;
     const auto turn = [&](bool is_on) { registry.trace_switch = model.is_on = is_on; };

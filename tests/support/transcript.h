@@ -1,8 +1,7 @@
-/// Transcripts: lines as an operator types them and the screens that follow, in files. A line that ends in
-/// "?" or "<TAB>" is one on which that key is pressed; a result other than 0 stands in brackets behind the
-/// screen.
+/// Transcripts: files with typed lines and the screens that follow. On a line that ends in "?" or "<TAB>"
+/// that key is pressed. A result other than 0 follows the screen in brackets.
 ///
-/// With ONU_MNG_UPDATE_GOLDEN in the environment they are written anew, to be read before a commit.
+/// With ONU_MNG_UPDATE_GOLDEN in the environment the files are rewritten. Read the changes before a commit.
 #ifndef ONU_MNG_TESTS_SUPPORT_TRANSCRIPT_H
 #define ONU_MNG_TESTS_SUPPORT_TRANSCRIPT_H
 
@@ -22,7 +21,7 @@
 
 namespace transcript {
 
-/// Text with its CR LF as line feeds; a line end of any other kind shows.
+/// Replaces CR LF by LF and marks all other line ends.
 inline std::string Readable(const std::string& text) {
     const std::string marked =
         std::regex_replace(text, std::regex("(^|[^\r])\n|\r(?!\n)"), "$1<bare line end>");
@@ -37,7 +36,7 @@ inline std::string PressTab(vty* terminal, unsigned int node, const std::string&
     return screen + (screen.empty() ? "" : "\n") + "\"" + line + tab.insert + "\"\n";
 }
 
-/// The screen that a typed line gives.
+/// Types a line and returns the resulting screen.
 inline std::string Type(CapturedTerminal& terminal, unsigned int node, const std::string& line) {
     const std::string kTab = "<TAB>";
     const size_t key = line.size() - std::min(line.size(), kTab.size());
@@ -50,8 +49,8 @@ inline std::string Type(CapturedTerminal& terminal, unsigned int node, const std
     return Readable(terminal.Text()) + (result == 0 ? "" : "[" + std::to_string(result) + "]\n");
 }
 
-/// Expects that a file of tests/golden is what its typed lines give. A line starts with the prompt of its
-/// node, of 5 characters; lines that start with "#" stay.
+/// Types the lines of a file in tests/golden and expects the screens in the file. A typed line starts with
+/// the prompt of its node, which has 5 characters. Lines that start with "#" are comments.
 inline void ExpectScreens(const std::string& name, const std::map<std::string, unsigned int>& nodes) {
     const std::string path = ONU_MNG_GOLDEN_DIR "/" + name;
     std::ifstream file(path);

@@ -1,4 +1,4 @@
-/// Helpers of the Variant suites.
+/// Helpers for the Variant suites.
 #ifndef ONU_MNG_TESTS_SUPPORT_VARIANTS_H
 #define ONU_MNG_TESTS_SUPPORT_VARIANTS_H
 
@@ -11,13 +11,13 @@
 #include "tests/support/log_lines.h"
 #include "tests/support/seeded.h"
 
-/// The library's pool is the process's first one.
+/// Creates the library's pool. It must be the first one in the process.
 inline bool InitPool() {
     return MemoryAllocator::GetInstance()->Init("OnuMngMemPool", MemoryAllocator::kPoolSize, 1, 0) ==
            ONU_MNG_OK;
 }
 
-/// A test that gives back every block it takes. The log is kept.
+/// A test that expects all its blocks to be freed at the end. The log is kept.
 class VariantTest : public testing::Test {
 protected:
     void SetUp() override {
@@ -37,7 +37,7 @@ private:
     std::size_t blocks = 0;
 };
 
-/// The whole block of a Variant, a terminator included.
+/// The whole block of a Variant, including a terminator.
 inline std::string Block(const Variant& variant) {
     return variant.GetBuff() == nullptr ? std::string() : std::string(variant.GetBuff(), variant.GetLen());
 }
@@ -46,7 +46,7 @@ inline Variant Buffer(const std::string& bytes) {
     return Variant(bytes.data(), static_cast<unsigned int>(bytes.size()));
 }
 
-/// A value of any type, the empty one included; from a small range, so that equal ones come up.
+/// A random value of any type, including empty. The range is small, so equal values occur.
 inline Variant AnyVariant(Choices& random) {
     Variant variant;
     const VariantType type = static_cast<VariantType>(random.Below(12));

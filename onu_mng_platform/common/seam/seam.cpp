@@ -1,4 +1,4 @@
-// The helpers, the calendar, the pool and the log as the seam has them, for ports that have nothing to add.
+// Implements the seam's helpers, calendar, pool and log for ports that add nothing to them.
 #include <cstdarg>
 #include <ctime>
 
