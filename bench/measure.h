@@ -48,12 +48,12 @@ inline Budget budget;
 
 double Median(std::vector<double> values);
 
-/// `run(count)` does the operation `count` times. Warms up, then returns the median of seconds for one
-/// operation.
+/// Warms up, then returns the median time for one operation in seconds. `run(count)` does the operation `count`
+/// times.
 double TimePerOperation(const std::function<void(std::size_t count)>& run);
 
-/// As `TimePerOperation` with `work(task, count)` running in several threads at once, each on a core of its
-/// own as far as there are; the time counts until all are done.
+/// Like `TimePerOperation`, but runs `work(task, count)` in several threads at once, each on its own core if
+/// there are enough. The time ends when all are done.
 double TimePerOperationOf(unsigned int tasks,
                           const std::function<void(unsigned int task, std::size_t count)>& work);
 
