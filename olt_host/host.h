@@ -42,7 +42,7 @@ public:
 
     /// Starts the library, the services and the host's tasks. The services then bring the ONUs up.
     /// @return a message about the step that failed; empty on success.
-    std::string Start();
+    [[nodiscard]] std::string Start();
 
     OnuTable& Table() { return table; }
     Fiber& Line() { return fiber; }

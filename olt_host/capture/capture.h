@@ -36,7 +36,7 @@ public:
 
     /// Begins a capture. Blocks while the disk does. Throws std::bad_alloc.
     /// @return an error message, for instance if a capture is already running; empty on success.
-    std::string Begin(const std::string& path, Filter filter);
+    [[nodiscard]] std::string Begin(const std::string& path, Filter filter);
     /// Ends the capture. First waits until the buffered frames are in the file, at most 10 seconds. Throws
     /// std::bad_alloc.
     /// @return a summary, "FILE: 584 frames, 0 dropped", with the reason if the capture ended early; empty if

@@ -19,7 +19,7 @@ public:
 
     /// Opens a stream that is at its beginning. Takes ownership of the stream, also on failure.
     /// @return an error message; empty on success.
-    std::string Open(std::FILE* stream);
+    [[nodiscard]] std::string Open(std::FILE* stream);
 
     /// Goes to the next frame. @return false at the end and on a read error (`Fault`).
     bool Next();

@@ -25,14 +25,14 @@ public:
     /// Creates a file, or overwrites an empty file or a capture. Closes the previous file. Throws
     /// std::bad_alloc.
     /// @return an error message; empty on success.
-    std::string Open(const std::string& path);
+    [[nodiscard]] std::string Open(const std::string& path);
 
     /// Appends a frame. `time` is in microseconds since 1970.
     /// @return false if the file is full or cannot be written (`Fault`), or if no file is open. After a fault
     ///         the file is closed and holds whole frames only.
-    bool Write(std::int64_t time, const void* frame, std::size_t size);
+    [[nodiscard]] bool Write(std::int64_t time, const void* frame, std::size_t size);
     /// Writes the buffered frames into the file. @return as `Write`.
-    bool Flush();
+    [[nodiscard]] bool Flush();
     void Close();
 
     unsigned long Frames() const { return frames; }    ///< including buffered ones

@@ -57,7 +57,7 @@ void Fiber::Send(OnuKey onu, const OmciFrame& frame) {
 void Fiber::Advance() {
     Parcel parcel{{0, 0}, {}};
     // If the queue is full, the tick is lost; the next one does the same work.
-    queue.SendMsg(reinterpret_cast<char*>(&parcel), sizeof parcel, kNoWait);
+    static_cast<void>(queue.SendMsg(reinterpret_cast<char*>(&parcel), sizeof parcel, kNoWait));
 }
 
 void Fiber::Run() {
@@ -68,16 +68,14 @@ void Fiber::Run() {
             continue;
         }
         try {
-            Carry(parcel);
+            if (parcel.onu.pon_no == 0)
+                LetTimePass();
+            else
+                CarryDown(parcel.onu, parcel.frame);
         } catch (const std::bad_alloc&) {
             ++counters.lost; // lose one frame, not the connection to all ONUs
         }
     }
-}
-
-void Fiber::Carry(const Parcel& parcel) {
-    if (parcel.onu.pon_no == 0) return LetTimePass();
-    CarryDown(parcel.onu, parcel.frame);
 }
 
 void Fiber::CarryDown(OnuKey onu, const OmciFrame& frame) {

@@ -64,7 +64,7 @@ public:
     ~Fiber() override { EndTask(); }
 
     /// @return false if the platform cannot provide a queue or a task.
-    bool Open();
+    [[nodiscard]] bool Open();
     void Send(OnuKey onu, const OmciFrame& frame) override;
     /// Tells the fiber's task that the time has advanced. Does not block.
     void Advance();
@@ -95,7 +95,6 @@ private:
     };
 
     void Run() override;
-    void Carry(const Parcel& parcel);
     void CarryDown(OnuKey onu, const OmciFrame& frame);
     void Reach(unsigned int index, const OmciFrame& frame);
     void CarryUp(unsigned int index, OmciFrame frame);

@@ -29,9 +29,9 @@ public:
 
     /// Checks that the files can be opened for writing, without changing their contents.
     /// @return an error message; empty on success.
-    std::string Check() const;
+    [[nodiscard]] std::string Check() const;
     /// Writes the files. @return an error message; empty on success.
-    std::string Write() const;
+    [[nodiscard]] std::string Write() const;
 
 private:
     const Options options;

@@ -26,7 +26,7 @@ public:
     Operators& operator=(const Operators&) = delete;
 
     /// Starts to serve a socket. @return an error message; empty on success.
-    std::string Listen(const std::string& path);
+    [[nodiscard]] std::string Listen(const std::string& path);
 
     /// Opens the console. `on_exit` is called in the console's thread when the operator leaves.
     /// @return false if there is no terminal.

@@ -32,7 +32,7 @@ public:
 
     /// Waits until all messages queued so far have been handled, at most `seconds`. One task at a time.
     /// @return false on a time-out or if the queue is full.
-    bool Drain(unsigned int seconds);
+    [[nodiscard]] bool Drain(unsigned int seconds);
     /// Ends the task. Queued messages stay in the queue.
     void Stop() { EndTask(); }
 

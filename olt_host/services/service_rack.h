@@ -28,14 +28,14 @@ public:
     /// Makes the host's other registrations and initialises the library. `supervision_s` is the period of the
     /// supervision; the first round still comes after 30 seconds.
     /// @return false if the library refuses.
-    bool Initialise(unsigned int pons, unsigned int onus, unsigned int supervision_s);
+    [[nodiscard]] bool Initialise(unsigned int pons, unsigned int onus, unsigned int supervision_s);
 
     /// Registers a service. Services that were added earlier are offered messages first.
     /// @return false if the library refuses; the service is then deleted.
-    bool Add(std::unique_ptr<OmciService> service);
+    [[nodiscard]] bool Add(std::unique_ptr<OmciService> service);
 
     /// Installs the library's commands and starts the services. @return false if the library refuses.
-    bool Start();
+    [[nodiscard]] bool Start();
 
     /// The services in order of precedence.
     const std::vector<OmciService*>& Services() const { return services; }

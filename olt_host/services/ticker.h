@@ -21,7 +21,7 @@ public:
     ~Ticker() override { EndTask(); }
 
     /// @return false if the platform cannot provide a task.
-    bool Open();
+    [[nodiscard]] bool Open();
     /// Ends the task and returns when it has ended.
     void Close() { EndTask(); }
 

@@ -38,12 +38,13 @@ public:
     /// @return the block, which the caller gives back with `MemFree`; null if `size` is 0 (one level-13 line)
     ///         or the pool has no such block. A request for more than `kPoolSize` bytes writes one level-10
     ///         line.
-    void* MemAlloc(unsigned int size, const char* file, const char* function, unsigned short line);
+    [[nodiscard]] void* MemAlloc(unsigned int size, const char* file, const char* function,
+                                 unsigned short line);
 
     /// Does the same as `MemAlloc`, but leaves the first `written` bytes undefined. For a caller that
     /// overwrites them at once.
-    void* MemAllocUnfilled(unsigned int size, unsigned int written, const char* file, const char* function,
-                           unsigned short line);
+    [[nodiscard]] void* MemAllocUnfilled(unsigned int size, unsigned int written, const char* file,
+                                         const char* function, unsigned short line);
 
     /// Gives a block back to the pool. Only `ptr` is used.
     /// @return 0; 0x800001f5 for null; the result of the platform for a pointer that it refuses.

@@ -24,21 +24,21 @@ public:
 
     /// Creates a queue for `max_msgs` messages of at most `msg_size` bytes. Call it once.
     /// @return 0; 0x800001f5, after one level-13 line, if the platform cannot create it.
-    unsigned int Init(int max_msgs, int msg_size);
+    [[nodiscard]] unsigned int Init(int max_msgs, int msg_size);
 
     /// Appends the `len` bytes at `buf` as one message. Waits at most `timeout` while the queue is full; any
     /// negative `timeout` other than -1 does not wait.
     /// @return 0; 0x800001f5 if `buf` is null or `len` is 0 (one level-13 line), and if the queue stayed full
     ///         or the platform refused the message (one level-11 line).
-    unsigned int SendMsg(char* buf, unsigned int len, int timeout, const char* file = __builtin_FILE(),
-                         int line = __builtin_LINE());
+    [[nodiscard]] unsigned int SendMsg(char* buf, unsigned int len, int timeout,
+                                       const char* file = __builtin_FILE(), int line = __builtin_LINE());
 
     /// Removes the oldest message and copies at most `len` bytes of it to `buf`. Waits at most `timeout`
     /// while the queue is empty; any negative `timeout` other than -2 waits without limit.
     /// @return the number of bytes; 0 if no message came or the platform refused (one level-13 line);
     ///         0x800001f5 if `buf` is null or `len` is 0 (one level-13 line).
-    unsigned int RecvMsg(char* buf, unsigned int len, int timeout, const char* file = __builtin_FILE(),
-                         int line = __builtin_LINE());
+    [[nodiscard]] unsigned int RecvMsg(char* buf, unsigned int len, int timeout,
+                                       const char* file = __builtin_FILE(), int line = __builtin_LINE());
 
     /// Returns the number of messages that wait; 0 without a queue.
     int GetMsgNum() const;

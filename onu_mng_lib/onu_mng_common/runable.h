@@ -28,11 +28,11 @@ public:
     /// Stores the parameters for `Start`: the name (copied), the priority (0 highest to 255 lowest), and the
     /// stack in bytes.
     /// @return true; false if memory is short for the name, which then stays as it was.
-    bool Init(const char* name, unsigned int priority, unsigned int stack);
+    [[nodiscard]] bool Init(const char* name, unsigned int priority, unsigned int stack);
 
     /// Starts the task. Call it once.
     /// @return true; false if the platform could not start the task. Then it may be called again.
-    bool Start();
+    [[nodiscard]] bool Start();
 
     /// Returns true from the start of the task until it is ended, even after `Run` has returned.
     bool IsAlive() const { return is_alive; }

@@ -100,7 +100,7 @@ private:
 };
 
 /// Holds a lock from construction to destruction.
-class LockGuard {
+class [[nodiscard]] LockGuard {
 public:
     explicit LockGuard(ReadWriteLock& lock_to_hold, const char* file = __builtin_FILE(),
                        int line = __builtin_LINE())

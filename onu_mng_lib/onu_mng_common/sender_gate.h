@@ -19,7 +19,7 @@ class SenderGate {
 public:
     /// Inside the gate from construction to destruction. Sections of one task nest. Does not block; the first
     /// section of a task may allocate memory.
-    class Section {
+    class [[nodiscard]] Section {
     public:
         Section() : seat(t_seat != nullptr ? t_seat : TakeSeat(lent)) {
             if (seat != nullptr && seat->depth++ == 0) seat->Enter();

@@ -72,8 +72,7 @@ TEST(Explored, SendersIntoAFullQueueLoseNothing) {
 class Receiver : public Thread {
 public:
     explicit Receiver(MessageQueue& to_empty) : queue(to_empty) {
-        Init("receiver", 100, 65536);
-        Start();
+        EXPECT_TRUE(Init("receiver", 100, 65536) && Start());
     }
     ~Receiver() override { EndTask(); }
     void Run() override {
@@ -164,8 +163,8 @@ TEST(Explored, ARemoverThatIsDeletedLeavesTheManagerUsable) {
     });
 }
 
-// A message, an operator's termination and the supervision's come at once to a context that has absorbed all that
-// it absorbs.
+// A message, an operator's termination and the supervision's come at once to a context that has absorbed all
+// that it absorbs.
 TEST(Explored, AProcedureEndsOnceWhateverEndsIt) {
     ForEachSchedule([](Simulation& board) {
         StateContextManager* const pool = StateContextManager::GetInstance();
@@ -193,7 +192,8 @@ TEST(Explored, AProcedureEndsOnceWhateverEndsIt) {
         };
         Explore(board, {end([&] { return context.Operate(); }),
                         end([&] { return pool->Terminate(context.context_id); })});
-        // Messages of several tasks are not serialised: each of the three may find the job in FAIL and run it.
+        // Messages of several tasks are not serialised: each of the three may find the job in FAIL and run
+        // it.
         EXPECT_LE(1, failures);
         EXPECT_GE(3, failures);
         EXPECT_EQ(STATE_IDLE, context.cur_state);

@@ -96,6 +96,7 @@ const Command* Resolve(const Output& output, const std::string& line, const std:
 
 /// Returns the filter of a line if it also formats error messages; else null.
 std::unique_ptr<OutputFilter> FilterForErrors(const vty& terminal, const CommandLine& line) {
+    if (!line.has_filter) return nullptr;
     Match match(FilterCommands(terminal.may_save));
     const auto fits = [&match](TypedWord word) { return match.Take(word); };
     if (!std::all_of(line.filter.begin(), line.filter.end(), fits)) return nullptr;
@@ -116,11 +117,6 @@ bool ResolveFilter(const vty& terminal, const CommandLine& line, std::unique_ptr
     *filter = MakeFilter(*command, argument, terminal.output, &error);
     if (*filter == nullptr) AnswerError(terminal.output, error);
     return *filter != nullptr;
-}
-
-int Run(vty* terminal, const Command& command, ArgumentBlock* arguments, OutputFilter* filter) {
-    const FilterScope scope(terminal, filter);
-    return command.record->handler(command.record, terminal, arguments->argc(), arguments->argv());
 }
 
 // Lets the end of the calling task pass.
@@ -148,7 +144,8 @@ std::optional<int> ResolveAndRun(vty* terminal, const CommandLine& line, const O
     ArgumentBlock arguments(match.Arguments());
     LogCommand(*terminal, *command, line);
     try {
-        return Run(terminal, *command, &arguments, filter->get());
+        const FilterScope scope(terminal, filter->get());
+        return command->record->handler(command->record, terminal, arguments.argc(), arguments.argv());
     } catch (const std::bad_alloc&) {
         throw;
     } catch (...) {

@@ -35,7 +35,7 @@ public:
     PatternFilter(Kind kind, Output next) : LineFilter(next), kind_(kind) {}
 
     /// Sets the expression. Must be called first. @return null, or the reason why it cannot be used.
-    const char* Compile(const std::string& pattern) { return pattern_.Compile(pattern); }
+    [[nodiscard]] const char* Compile(const std::string& pattern) { return pattern_.Compile(pattern); }
 
 private:
     bool Passes(const std::string& line) override;

@@ -19,7 +19,7 @@ public:
 
     /// Compiles an expression. Throws std::bad_alloc.
     /// @return null, or the reason why it cannot be used. The text is valid as long as the object.
-    const char* Compile(const std::string& text);
+    [[nodiscard]] const char* Compile(const std::string& text);
 
     /// Whether any part of `line` matches. Always false without an expression.
     bool IsIn(const std::string& line);

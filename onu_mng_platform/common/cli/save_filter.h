@@ -21,7 +21,7 @@ public:
 
     /// Opens the file. Must be called first. Throws std::bad_alloc.
     /// @return an empty text, or the reason why the file cannot be opened.
-    std::string Open();
+    [[nodiscard]] std::string Open();
 
     void Put(std::string_view text) override;
     bool Finish() override;
