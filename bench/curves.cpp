@@ -1,4 +1,4 @@
-// How the hot paths grow: prints a table for each curve and writes its points to DIR/NAME.tsv.
+// Measures how the hot paths scale. Prints a table for each curve and writes its points to DIR/NAME.tsv.
 //
 // onu_mng_curves DIR [NAME]
 //   NAME  only the curve of that name
@@ -25,7 +25,7 @@ namespace bench {
 
 namespace {
 
-/// One curve: `measure(x)` gives its values at `x`, in a process of its own.
+/// One curve. `measure(x)` returns its values at `x`; each point is measured in its own process.
 struct Curve {
     const char* name;
     const char* of_x;
@@ -130,7 +130,7 @@ void Give(void* block) {
     MemoryAllocator::GetInstance()->MemFree(block, 0, __FILE__, __func__, __LINE__);
 }
 
-/// Fills the pool with blocks of mixed sizes and gives some of them, chosen at random, back.
+/// Fills the pool with blocks of mixed sizes and frees some of them at random.
 void FillPool(unsigned int percent) {
     std::minstd_rand random(1);
     constexpr unsigned int kSizes[] = {4108, 1036, 76, 16};
@@ -185,7 +185,8 @@ std::vector<double> Percentiles(Prepare prepare, Operation operation) {
     return values;
 }
 
-/// 0: nothing but the two readings of the clock; 1: a request to the pool; 2: a send on a full queue.
+/// Measures single operations. `kind` is 0 for nothing but the two readings of the clock, 1 for a request to
+/// the pool, 2 for a send to a full queue.
 std::vector<double> Single(unsigned int kind) {
     const auto nothing = [] {};
     if (kind == 0) return Percentiles(nothing, nothing);
@@ -226,7 +227,7 @@ std::vector<Curve> Curves() {
     };
 }
 
-/// Empty when the process fails.
+/// Measures one point in its own process. @return its values; empty if the process fails.
 std::vector<double> MeasureApart(const Curve& curve, unsigned int x) {
     std::vector<double> values(curve.values.size());
     int ends[2];

@@ -1,4 +1,4 @@
-// A lock, taken and given back around the least of work.
+// A lock around a minimum of work.
 
 #include <mutex>
 #include <shared_mutex>
@@ -35,7 +35,7 @@ struct Guarded {
     std::size_t counter = 0;
 };
 
-/// The limit: two exchanges that the processor locks.
+/// The limit: two atomic exchanges.
 double TwoExchanges() {
     std::atomic<unsigned int> word{0};
     return TimePerOperation([&word](std::size_t count) {

@@ -1,9 +1,9 @@
-// Measures every case in a process of its own, the cases of a row in turn, and prints the medians as a table.
+// Measures every case in its own process, alternating the cases of a row, and prints the medians as a table.
 //
 // onu_mng_bench [--quick] [--all] [--json FILE] [FILTER]
 //   --quick   three short rounds, about a minute
 //   --all     all peers, not only the fastest
-//   --json    writes every sample to FILE too
+//   --json    also writes every sample to FILE
 //   FILTER    rows whose names contain it
 
 #include <unistd.h>
@@ -66,7 +66,7 @@ std::string OwnPath() {
     return size > 0 ? std::string(path, static_cast<std::size_t>(size)) : std::string();
 }
 
-/// One sample of a case; nothing when its process fails, which standard error tells.
+/// Adds one sample of a case. If its process fails, adds none and reports that on standard error.
 void Sample(Result& result, const std::string& row, std::size_t row_index, std::size_t case_index) {
     std::string command;
     if (!result.of->preload.empty()) command = "LD_PRELOAD='" + result.of->preload + "' ";

@@ -1,4 +1,4 @@
-// Messages to a module: claimed, copied, queued, handled by the module's task, freed.
+// Messages to a module. Each is claimed, copied, queued, handled by the module's task and freed.
 
 #include "bench/messages.h"
 

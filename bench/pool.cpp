@@ -1,4 +1,4 @@
-// Blocks of the pool, taken filled with zeros and given back.
+// Pool blocks, allocated with zeros and freed.
 
 #include <array>
 #include <cstdlib>
@@ -28,7 +28,7 @@ struct Heap {
     static void Give(void* block) { std::free(block); }
 };
 
-/// The limit: one block, filled again and again.
+/// The limit: one block that is filled repeatedly.
 struct Fill {
     static void* Take(unsigned int size) {
         static thread_local char block[8192];
@@ -38,7 +38,7 @@ struct Fill {
     static void Give(void*) {}
 };
 
-/// The sizes that are asked for in turn.
+/// The sequence of requested sizes.
 using Sizes = std::array<unsigned int, 256>;
 
 Sizes OneSize() {
@@ -65,7 +65,7 @@ void TakeAndGive(const Sizes& sizes, std::size_t count) {
     }
 }
 
-/// A ring of addresses from one thread to another.
+/// A ring of addresses between two threads.
 class Passage {
 public:
     void Put(void* block) {

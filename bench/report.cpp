@@ -22,7 +22,7 @@ namespace {
 
 constexpr unsigned int kReport = 1000;
 constexpr unsigned int kRowCount = 2048;
-/// The widths that the columns below have once they are registered.
+/// The widths of the columns below after their registration.
 constexpr std::size_t kWidths[] = {6, 7, 7, 11, 11, 19, 13, 9};
 
 struct Record {
@@ -51,7 +51,7 @@ std::vector<Record> Records() {
     return records;
 }
 
-/// Takes the characters of a terminal. Starts over for each report.
+/// Receives the characters of a terminal. Starts again for each report.
 struct Memory {
     std::vector<char> room = std::vector<char>(1 << 20);
     std::size_t used = 0;
@@ -200,7 +200,7 @@ double OurTime() {
     return TimeOfReport(report);
 }
 
-/// Of a peer that prints the same rows; ends the process when it does not.
+/// The time of a peer. Aborts if the peer does not print the same rows.
 template <typename Report>
 double PeerTime() {
     StartSystem();

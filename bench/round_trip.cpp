@@ -1,4 +1,4 @@
-// A message to a module that answers another module, to and fro.
+// Messages between two modules that answer each other.
 
 #include <linux/futex.h>
 #include <sys/syscall.h>
@@ -15,12 +15,12 @@ namespace {
 
 constexpr unsigned int kSize = 64;
 
-/// One end: answers what it receives until `left` answers are given.
+/// One end. It answers messages until `left` is 0.
 struct End {
     unsigned int core;
     bool bound = false;
 
-    /// In the end's own task: binds it at its first message.
+    /// Binds the end's task to its core at the first message. Called in that task.
     void Bind() {
         if (!bound) RunOnCore(core);
         bound = true;
@@ -63,7 +63,7 @@ double TimeOfRoundTrip(unsigned int second_core) {
     });
 }
 
-/// Two threads that wake one another, without a queue or a message.
+/// Two threads that wake each other, without a queue or a message.
 class FutexPair {
 public:
     static double TimeOfRoundTrip(unsigned int second_core) {

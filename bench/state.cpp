@@ -1,4 +1,4 @@
-// A message through the current state of a context with 16 states, which moves on to the next.
+// A message to a context with 16 states. The current state handles it and moves on to the next.
 
 #include <ctime>
 #include <map>
@@ -57,8 +57,8 @@ struct PeerState {
     std::timespec last_message{};
 };
 
-/// As much as a careful programmer would write: the state is found under the lock, the message's time kept
-/// under it, and the successor set under it; the hooks run without it.
+/// The code that a careful programmer would write. Finding the state, storing the message's time and setting
+/// the successor are done under the lock; the hooks run without it.
 class PeerContext {
 public:
     PeerContext() {

@@ -31,7 +31,7 @@ struct Query {
     unsigned char sn[8];
 };
 
-/// The traced ONUs, or as many others, in an order that no cache foresees.
+/// The traced ONUs, or as many others, in random order to defeat caches.
 std::vector<Query> Onus(bool traced) {
     std::vector<Query> onus;
     for (unsigned int pon = 1; pon <= kPons; ++pon) {
@@ -72,7 +72,7 @@ double OurCheck(bool with_sn, bool hit) {
     });
 }
 
-/// What peers look up: an ONU by its numbers, or by its PON and serial number.
+/// The key of the peers: an ONU by its numbers, or by its PON and serial number.
 struct Key {
     std::uint64_t numbers;
     std::uint64_t sn;
@@ -92,7 +92,7 @@ struct KeyHash {
         const std::uint64_t product = (key.numbers ^ key.sn) * kFactor;
         return static_cast<std::size_t>((product ^ product >> 32) * kFactor >> 32);
     }
-    // What TBB calls the two.
+    // TBB's names for both operations.
     std::size_t hash(const Key& key) const { return (*this)(key); }
     bool equal(const Key& a, const Key& b) const { return a == b; }
 };
