@@ -14,7 +14,7 @@
 
 /// The log levels that are traced for one key.
 struct OnuLogPara {
-    std::set<int> debug_levels;
+    std::set<int> debug_levels; ///< 0 to 15
 };
 
 /// The per-ONU trace registry: entries with a key and the log levels that are traced for it.
@@ -30,6 +30,7 @@ struct OnuLogPara {
 /// registry changes, and in the rare cases that `TraceIndex` names.
 class OnuMngLog {
 public:
+    /// Returns the instance of the process.
     static OnuMngLog* GetInstance();
 
     /// Adds `level` to the entry that applies to the ONU, or makes an entry for the ONU, and opens the level
@@ -54,7 +55,7 @@ public:
     /// rows are collected under the lock and printed without it.
     void Print(void* vty) const;
 
-    std::atomic<bool> trace_switch{false};
+    std::atomic<bool> trace_switch{false}; ///< whether any ONU is traced
 
 private:
     static constexpr int kLogLevels = 16; ///< the levels that ulogSetModIgnore() accepts

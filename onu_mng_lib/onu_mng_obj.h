@@ -14,15 +14,18 @@
 /// numbers; their ONU ids do not count.
 class OnuNo {
 public:
+    /// The number of a PON port or ONU that is not set.
     static constexpr unsigned short kNotSet = 0xFFFF;
 
     OnuNo() = default;
+    /// An identity without a serial number.
     OnuNo(unsigned short pon, unsigned short onu) : pon_no(pon), onu_id(onu) {}
     /// `sn` is null, or 8 bytes that are copied.
     OnuNo(unsigned short pon, unsigned short onu, const unsigned char* sn);
     OnuNo(const OnuNo& other);
     OnuNo& operator=(const OnuNo& other);
 
+    /// Set the identity as the constructors do.
     void operator()(unsigned short pon, unsigned short onu) { (*this)(pon, onu, nullptr); }
     void operator()(unsigned short pon, unsigned short onu, const unsigned char* sn);
 
@@ -31,17 +34,19 @@ public:
 
     /// Returns false only if the identity is empty.
     bool IsValid() const { return pon_no != kNotSet || onu_id != kNotSet || HasSn(); }
+    /// Returns whether the identity has a serial number.
     bool HasSn() const { return !onu_sn.IsEmpty(); }
     /// Returns the 8 bytes of the serial number, which are valid until it changes; null if there is none.
     const unsigned char* GetSn() const { return reinterpret_cast<const unsigned char*>(onu_sn.GetBuff()); }
 
+    /// Compare by the order above. They do not allocate.
     bool operator<(const OnuNo& other) const;
     bool operator==(const OnuNo& other) const;
     bool operator!=(const OnuNo& other) const { return !(*this == other); }
 
-    unsigned short pon_no = kNotSet;
-    unsigned short onu_id = kNotSet;
-    Variant onu_sn; ///< empty, or a BUFFER of 8 bytes
+    unsigned short pon_no = kNotSet; ///< the PON port, from 1
+    unsigned short onu_id = kNotSet; ///< the ONU on this port
+    Variant onu_sn;                  ///< empty, or a BUFFER of 8 bytes
 };
 
 #endif

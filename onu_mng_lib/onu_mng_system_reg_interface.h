@@ -49,18 +49,21 @@ unsigned int onu_mng_system_reg_onu_sn_to_onu_id_handle(onu_mng_onu_sn_to_id_han
 /// The registrations. One instance for the process. Its fields are read and written without a lock.
 class OnuMngInterface {
 public:
+    /// Returns the instance of the process.
     static OnuMngInterface* GetInstance();
 
     /// Returns whether both functions and all four numbers are registered. 65535 means not registered; 0 is a
     /// number.
     bool IsInterfaceReg() const;
 
-    std::atomic<onu_mng_onu_id_to_sn_handle> onu_id_to_sn_handle{nullptr};
-    std::atomic<onu_mng_onu_sn_to_id_handle> onu_sn_to_id_handle{nullptr};
-    std::atomic<unsigned int> pon_num{ONU_MNG_NOT_REGISTERED};
-    std::atomic<unsigned int> onu_num{ONU_MNG_NOT_REGISTERED};
-    std::atomic<unsigned int> log_module{ONU_MNG_NOT_REGISTERED};
-    std::atomic<unsigned int> cli_node{ONU_MNG_NOT_REGISTERED};
+    std::atomic<onu_mng_onu_id_to_sn_handle> onu_id_to_sn_handle{
+        nullptr}; ///< from ONU numbers to the serial number
+    std::atomic<onu_mng_onu_sn_to_id_handle> onu_sn_to_id_handle{
+        nullptr};                                                 ///< from the serial number to ONU numbers
+    std::atomic<unsigned int> pon_num{ONU_MNG_NOT_REGISTERED};    ///< number of PON ports
+    std::atomic<unsigned int> onu_num{ONU_MNG_NOT_REGISTERED};    ///< number of ONUs on each port
+    std::atomic<unsigned int> log_module{ONU_MNG_NOT_REGISTERED}; ///< the module number of the log lines
+    std::atomic<unsigned int> cli_node{ONU_MNG_NOT_REGISTERED};   ///< the node of the commands
 
 private:
     constexpr OnuMngInterface() = default;

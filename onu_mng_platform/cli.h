@@ -31,6 +31,7 @@ void vty_destroy(vty* terminal);
 
 /* ---- Commands ---- */
 
+/* One command; see below. */
 typedef struct cmd_element cmd_element;
 
 /* Does the work of a command. `argv` has the words that were typed for the square and the angle brackets of
@@ -60,8 +61,8 @@ typedef int (*cmd_handler)(cmd_element* self, vty* terminal, int argc, char** ar
  * end in "\r\n" and may be missing at the end. If a line begins with the word itself and " - ", only the rest
  * is shown next to the word. */
 struct cmd_element {
-    const char* syntax;
-    cmd_handler handler;
+    const char* syntax;    /* the words of the command */
+    cmd_handler handler;   /* does its work */
     const char* help;      /* may be null */
     unsigned int node;     /* set by the platform: the node under which it was installed last */
     unsigned int max_argc; /* set by the platform: the largest number of words for its handler */

@@ -16,13 +16,13 @@ enum ClockPrecision : unsigned int {
 
 /// A date and time. Month and day count from 1.
 struct TimeSpec {
-    unsigned short year;
-    unsigned char month;
-    unsigned char day;
-    unsigned char hour;
-    unsigned char minute;
-    unsigned char second;
-    unsigned short millisecond;
+    unsigned short year;        ///< such as 2026
+    unsigned char month;        ///< 1 to 12
+    unsigned char day;          ///< 1 to 31
+    unsigned char hour;         ///< 0 to 23
+    unsigned char minute;       ///< 0 to 59
+    unsigned char second;       ///< 0 to 60
+    unsigned short millisecond; ///< 0 to 999
 };
 
 /// A time stamp of the system's real-time clock. If the system time is set, measured spans change by the same

@@ -23,7 +23,7 @@ enum CommandFormatType : unsigned int {
 
 /// One report.
 struct CommandFormat {
-    unsigned int cmd_id = 0;
+    unsigned int cmd_id = 0; ///< the number under which it is registered and printed
     std::string name;        ///< not printed
     std::string description; ///< the head line
 };
@@ -42,8 +42,8 @@ struct ParameterFormat {
 
 /// One cell of a row; the cells of a row may stand in any order.
 struct ParameterContent {
-    unsigned int param_id = 0;
-    Variant value;
+    unsigned int param_id = 0; ///< the column
+    Variant value;             ///< of any type that can be converted to the type of the column
 };
 
 /// Registers reports and prints them.
@@ -60,8 +60,10 @@ struct ParameterContent {
 /// tasks may print at once, each its own rows. Takes no lock, and blocks only as long as the terminal does.
 class CommandFormatMgr {
 public:
+    /// The cells of each row.
     using Rows = std::vector<std::vector<ParameterContent>>;
 
+    /// Returns the instance of the process.
     static CommandFormatMgr* GetInstance();
 
     /// Stores a copy of `fmt` under `cmd_id` and replaces an earlier one. If memory is short, the earlier one

@@ -49,7 +49,9 @@ public:
     Iterator(const Iterator& other) : p_aggregate(other.p_aggregate) {}
     Iterator& operator=(const Iterator& other);
 
+    /// Moves to the first item.
     void Begin() { index = 0; }
+    /// Returns whether there is no item at the position.
     bool IsEnd() const;
     /// Returns the item at the position; null at the end and without an aggregate.
     AggregateObject* CurrentItem() const;

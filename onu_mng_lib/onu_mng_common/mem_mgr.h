@@ -21,6 +21,7 @@ public:
     /// The size of the pool that onu_mng_system_init() creates, in bytes.
     static constexpr unsigned int kPoolSize = 0x600000;
 
+    /// Returns the instance of the process.
     static MemoryAllocator* GetInstance() {
         MemoryAllocator* const instance = s_instance.load(std::memory_order_acquire);
         return instance != nullptr ? instance : MakeInstance();

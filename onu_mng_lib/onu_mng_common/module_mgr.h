@@ -29,11 +29,12 @@ enum MsgSyncProcType : unsigned int {
 /// by the `pkg_size` bytes of the payload. Queues carry the address of the block. The queue owns the block,
 /// and then the task that has received it.
 struct MessagePacket {
-    std::uint32_t msg_type;
-    std::uint16_t pon_no;
-    std::uint16_t onu_id;
-    std::uint32_t pkg_size;
+    std::uint32_t msg_type; ///< as sent
+    std::uint16_t pon_no;   ///< of the ONU that the message concerns
+    std::uint16_t onu_id;   ///< the same
+    std::uint32_t pkg_size; ///< bytes of the payload
 
+    /// Returns the first byte of the payload.
     char* Payload() { return reinterpret_cast<char*>(this + 1); }
 };
 static_assert(sizeof(MessagePacket) == 12, "the payload follows at offset 12");
@@ -41,6 +42,7 @@ static_assert(sizeof(MessagePacket) == 12, "the payload follows at offset 12");
 /// The base class of all modules.
 class Module {
 public:
+    /// A module of a type, with the priority of its task (0: highest, 255: lowest).
     explicit Module(unsigned int type = 0, unsigned int priority = 0) : Module(type, 0, priority) {}
     Module(unsigned int type, unsigned int id, unsigned int priority)
         : mod_type(type), mod_id(id), mod_pri(priority) {}
@@ -54,11 +56,11 @@ public:
     virtual unsigned int SendMsg(char*, unsigned int) { return 0; }
     virtual unsigned int HandleMsg(char*, unsigned int) { return 0; }
 
-    unsigned int mod_type; ///< the key of `ModuleManager::GetModule` and `RemoveModule`
-    unsigned int mod_id;   ///< given at registration: 1, 2, 3, ...; 0 before
-    unsigned int mod_pri;  ///< the priority of the module's task
-    std::atomic<bool> is_init{false};
-    std::atomic<bool> is_start{false};
+    unsigned int mod_type;             ///< the key of `ModuleManager::GetModule` and `RemoveModule`
+    unsigned int mod_id;               ///< given at registration: 1, 2, 3, ...; 0 before
+    unsigned int mod_pri;              ///< the priority of the module's task
+    std::atomic<bool> is_init{false};  ///< whether `InitModule` has succeeded
+    std::atomic<bool> is_start{false}; ///< whether `StartModule` has succeeded
 
 protected:
     ReadWriteLock lock; ///< serialises `InitModule` and `StartModule`
@@ -129,12 +131,12 @@ public:
     virtual bool Match(unsigned int msg_type, unsigned int src_mod, unsigned short pon_no,
                        unsigned short onu_id, char* data, unsigned int pkg_size, MsgSyncProcType& sync_type);
 
-    MessageQueue msg_queue;
-    std::string mod_name;
-    unsigned int msg_pri;
-    unsigned int msg_num;
-    unsigned int msg_size; ///< bytes of one message in the queue: the address of a packet
-    unsigned int stack_size;
+    MessageQueue msg_queue;  ///< holds the addresses of packets
+    std::string mod_name;    ///< in reports and log lines, and the name of the task
+    unsigned int msg_pri;    ///< the priority with which messages are queued
+    unsigned int msg_num;    ///< the length of the queue
+    unsigned int msg_size;   ///< bytes of one message in the queue: the address of a packet
+    unsigned int stack_size; ///< bytes of the stack of the task
 
 private:
     friend class ModuleManager;
@@ -155,6 +157,7 @@ private:
 /// When the process exits, routing is closed, the tasks end, and the modules are deleted (process_end.h).
 class ModuleManager : public Aggregate {
 public:
+    /// Returns the instance of the process.
     static ModuleManager* GetInstance();
 
     /// Registers a module that was created with `new`, gives it the next id and takes ownership.

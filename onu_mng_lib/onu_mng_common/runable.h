@@ -10,6 +10,7 @@
 class Runable {
 public:
     virtual ~Runable() = default;
+    /// The body of the task.
     virtual void Run() = 0;
 };
 

@@ -15,6 +15,7 @@
 /// count as one until the first of them unlocks it.
 class LockCount {
 public:
+    /// Returns the count. Does not block.
     operator std::int32_t() const {
         return mark.load(std::memory_order_relaxed) + waiting.load(std::memory_order_relaxed);
     }
@@ -102,6 +103,7 @@ private:
 /// Holds a lock from construction to destruction.
 class [[nodiscard]] LockGuard {
 public:
+    /// Takes the lock; waits for it without limit. `file` and `line` are the place of the call.
     explicit LockGuard(ReadWriteLock& lock_to_hold, const char* file = __builtin_FILE(),
                        int line = __builtin_LINE())
         : lock(lock_to_hold), held(lock.Lock(file, line)) {}

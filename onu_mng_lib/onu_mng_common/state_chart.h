@@ -46,9 +46,9 @@ public:
 
     /// The number of one transition, and the times in the state before it.
     struct Times {
-        unsigned long long count = 0;
-        unsigned long long total_us = 0;
-        unsigned long long longest_us = 0;
+        unsigned long long count = 0;      ///< transitions
+        unsigned long long total_us = 0;   ///< microseconds in the state before, in all
+        unsigned long long longest_us = 0; ///< the longest of these times
     };
 
 private:

@@ -101,7 +101,7 @@ public:
     /// Asks for the successor and moves the context to it. Does nothing for notifications and invalid kinds.
     void ChangeState(StateContext* p_context, StateMsgType msg_type);
 
-    const unsigned int state_id;
+    const unsigned int state_id;      ///< the key of the state in its register
     std::atomic<unsigned int> ret{0}; ///< the result of the last handling
     const unsigned int max_run_time;  ///< how long a context may stay in this state, in seconds
     Clock state_clock;                ///< the last message to the state that was no notification
@@ -150,7 +150,9 @@ private:
 /// A context may be destroyed while the pool runs if it is idle and no other task uses it.
 class StateContext : public AggregateObject {
 public:
+    /// The id of a context that has not joined the pool.
     static constexpr unsigned int kUnregisteredId = 255;
+    /// The numbers of a context that no ONU has had yet.
     static constexpr unsigned short kNoOnu = 0xFFFF;
     /// The number of delayed termination requests that are only counted. The next one reaches the state.
     static constexpr unsigned int kAbsorbedStops = 6;
@@ -223,20 +225,20 @@ public:
     unsigned long long GetStateTime();
     unsigned long long GetStateMaxRunTime();
 
-    const unsigned int service_type;
-    std::atomic<unsigned int> context_id{kUnregisteredId};
-    std::atomic<StateRegister*> p_state_register{nullptr};
-    std::atomic<unsigned int> cur_state{STATE_IDLE}; ///< STATE_IDLE exactly while not `occupied`
-    std::atomic<unsigned short> pon_no{kNoOnu};      ///< of the ONU that has the context, or had it last
-    std::atomic<unsigned short> onu_id{kNoOnu};
-    std::atomic<bool> occupied{false};
-    std::atomic<bool> auto_next{false};
-    std::atomic<unsigned char> stop_times{0}; ///< counted termination requests; not 0: terminating
-    std::atomic<unsigned int> last_ret{0};    ///< the result of the last state that `Handle` ran
+    const unsigned int service_type;                       ///< tells the contexts of different services apart
+    std::atomic<unsigned int> context_id{kUnregisteredId}; ///< given by the pool
+    std::atomic<StateRegister*> p_state_register{nullptr}; ///< the states that it runs through
+    std::atomic<unsigned int> cur_state{STATE_IDLE};       ///< STATE_IDLE exactly while not `occupied`
+    std::atomic<unsigned short> pon_no{kNoOnu}; ///< of the ONU that has the context, or had it last
+    std::atomic<unsigned short> onu_id{kNoOnu}; ///< the same
+    std::atomic<bool> occupied{false};          ///< whether a procedure has it
+    std::atomic<bool> auto_next{false};         ///< whether the last state asked to go on without a message
+    std::atomic<unsigned char> stop_times{0};   ///< counted termination requests; not 0: terminating
+    std::atomic<unsigned int> last_ret{0};      ///< the result of the last state that `Handle` ran
     std::atomic<unsigned long long> last_run_time{
-        0}; ///< milliseconds from the last `Occupy` to its `Release`
-    ReadWriteLock lock;
-    Clock occupy_clock;
+        0};             ///< milliseconds from the last `Occupy` to its `Release`
+    ReadWriteLock lock; ///< held while a message is handled
+    Clock occupy_clock; ///< the last `Occupy`
 
 private:
     friend class ServiceState;
@@ -269,6 +271,7 @@ class StateContextManager : public Thread, public Aggregate {
 public:
     static constexpr unsigned int kDefaultInterval = 30; ///< seconds
 
+    /// Returns the instance of the process.
     static StateContextManager* GetInstance();
 
     /// Sets the period to its default, and starts the supervision task "OmciUpgExcDetect" if it does not run.

@@ -44,6 +44,7 @@ public:
     Variant(T number) {
         SetScalar(number);
     }
+    /// Do what `Copy` does with the same arguments on an empty object.
     Variant(const char* text) { Copy(text); }
     Variant(const std::string& text) { Copy(text); }
     Variant(const char* data, unsigned int size) { Copy(data, size); }
@@ -81,10 +82,12 @@ public:
         Copy(x);
         return *this;
     }
+    /// Does the same as `Copy`.
     template <typename X>
     auto operator()(const X& x) -> decltype(this->Copy(x)) {
         Copy(x);
     }
+    /// Does the same as `Copy`.
     void operator()(const char* data, unsigned int size) { Copy(data, size); }
     /// Does the same as `Realloc` and returns its result.
     unsigned int operator()(VariantType new_type, unsigned int size) { return Realloc(new_type, size); }
@@ -122,7 +125,9 @@ public:
 
     // ---- Reading it ----
 
+    /// Returns the type; `VARIANT_TYPE_NONE` if the object is empty.
     VariantType GetType() const { return type; }
+    /// Returns whether the object has no value.
     bool IsEmpty() const { return type > VARIANT_TYPE_BUFFER; }
     /// Returns the size of the value in bytes; for a block type the capacity, including the NUL of a STRING.
     unsigned int GetLen() const { return len; }
@@ -190,6 +195,7 @@ public:
         VariantUtil::Store(place, number);
         return ONU_MNG_OK;
     }
+    /// Append bytes, or the value of `src`, in the same way.
     unsigned int Append(const char* data, unsigned int size, unsigned int offset = kOffsetOfSize);
     unsigned int Append(const Variant& src, unsigned int offset = kOffsetOfSize);
     /// First converts `src` itself to `new_type`, and then appends it.
@@ -209,6 +215,7 @@ public:
         number = VariantUtil::Load<T>(place);
         return ONU_MNG_OK;
     }
+    /// Read bytes, or a value of the type of `out`, in the same way.
     unsigned int Fetch(char* out, unsigned int size, unsigned int offset = kOffsetOfSize) const;
     unsigned int Fetch(Variant& out, unsigned int offset = kOffsetOfSize) const;
 

@@ -49,6 +49,7 @@ struct VariantScalarTable {
     }
 };
 
+/// The types of the scalars, in the order of `VariantType`.
 using VariantScalars = VariantScalarTable<bool, char, unsigned char, short, unsigned short, int, unsigned int,
                                           long long, unsigned long long>;
 

@@ -34,8 +34,9 @@ using SimTime = std::chrono::nanoseconds; ///< virtual time, since the start of 
 /// zone is UTC, independent of the machine's, until a program sets TZ.
 constexpr std::int64_t kSimStartDate = 1767225600;
 
+/// How a run is made.
 struct SimOptions {
-    std::uint64_t seed = 1;
+    std::uint64_t seed = 1; ///< chooses the schedule
     /// The run continues to this time, even if the body has ended and all is quiet.
     SimTime until{0};
     /// The run fails if it is not quiet by this time.
@@ -55,6 +56,7 @@ struct SimOptions {
     std::optional<std::string> decisions;
 };
 
+/// How a run ended.
 enum class SimOutcome {
     kQuiet,       ///< the body and the host tasks have ended and nothing is left to run
     kDeadlock,    ///< tasks that must continue wait without limit, and no other task can end their waits
@@ -66,19 +68,22 @@ enum class SimOutcome {
     kNotStarted,  ///< the body could not be started, or another run was in progress
 };
 
+/// The result of a run.
 struct SimResult {
-    SimOutcome outcome = SimOutcome::kNotStarted;
-    std::uint64_t seed = 0;
-    SimTime time{0};
-    std::uint64_t calls = 0;       ///< calls of the platform
-    std::uint64_t switches = 0;    ///< of these, calls that switched to another task
-    std::uint64_t fingerprint = 0; ///< hash of all calls and log lines; equal for equal runs
+    SimOutcome outcome = SimOutcome::kNotStarted; ///< how the run ended
+    std::uint64_t seed = 0;                       ///< of the run
+    SimTime time{0};                              ///< virtual time at the end
+    std::uint64_t calls = 0;                      ///< calls of the platform
+    std::uint64_t switches = 0;                   ///< of these, calls that switched to another task
+    std::uint64_t fingerprint = 0;                ///< hash of all calls and log lines; equal for equal runs
     /// The seed; after a failed run the text of `Simulation::Explain`.
     std::string report;
 
+    /// Returns whether the run ended as it should.
     bool Ok() const { return outcome == SimOutcome::kQuiet; }
 };
 
+/// How a search through the schedules of a scenario is made.
 struct SimExploreOptions {
     /// The maximum number of preemptions in a schedule.
     unsigned int preemptions = 2;
@@ -93,35 +98,37 @@ struct SimExploreOptions {
     std::optional<std::string> decisions;
 };
 
+/// The result of a search.
 struct SimExploration {
-    bool is_complete = false; ///< all schedules have run, and none failed
-    bool has_failed = false;
+    bool is_complete = false;                  ///< all schedules have run, and none failed
+    bool has_failed = false;                   ///< a schedule has failed
     std::uint64_t schedules = 0;               ///< number of schedules that did not fail
     std::vector<std::uint64_t> by_preemptions; ///< the same by number of preemptions
     std::uint64_t most_choices = 0;            ///< maximum number of choices in a schedule
     /// The schedule that failed. No schedule with fewer preemptions fails.
     std::string decisions;
-    std::string report;
+    std::string report; ///< what happened in it, task by task
 };
 
 /// A line of the log.
 struct SimLogLine {
-    SimTime time;
-    std::string task; ///< the task that wrote it
-    unsigned int module;
-    int level;
-    std::string text;
+    SimTime time;        ///< when it was written
+    std::string task;    ///< the task that wrote it
+    unsigned int module; ///< as given to ulogPrintf()
+    int level;           ///< the same
+    std::string text;    ///< without the time
 };
 
 /// Objects and memory in use. All counts except `locks_taken` are relative to the start of the run.
 struct SimHoldings {
-    long tasks; ///< tasks that are not deleted yet, without the body and the host tasks
-    long queues;
-    long semaphores;
+    long tasks;       ///< tasks that are not deleted yet, without the body and the host tasks
+    long queues;      ///< message queues
+    long semaphores;  ///< binary semaphores
     long blocks;      ///< of all pools
     long bytes;       ///< in these blocks
     long locks_taken; ///< semaphores that were created available and are taken now
 };
+/// Compares all counts.
 bool operator==(const SimHoldings& a, const SimHoldings& b);
 
 /// The kinds of calls that can be made to fail.
@@ -137,7 +144,9 @@ enum class SimFault {
     kNew, ///< `operator new`, in programs that link onu_mng::platform_sim_new
     kAny, ///< all kinds, counted together
 };
+/// The number of kinds.
 constexpr std::size_t kSimFaults = 10;
+/// Returns the name of a kind.
 const char* SimFaultName(SimFault fault);
 
 /// One run. Call `Run` once, from a thread that is not a task. The tasks of the run may call the other
@@ -147,6 +156,7 @@ const char* SimFaultName(SimFault fault);
 /// not: the end of the run ends them as bep_taskDeleteEx() does.
 class Simulation {
 public:
+    /// Prepares a run.
     explicit Simulation(std::uint64_t seed);
     explicit Simulation(const SimOptions& options);
     ~Simulation();
