@@ -5,7 +5,6 @@
 
 #include "onu_mng_platform/common/log/log.h"
 #include "onu_mng_platform/common/pool/core.h"
-#include "onu_mng_platform/common/sync/asymmetric_barrier.h"
 #include "onu_mng_platform/common/sync/short_lock.h"
 
 namespace onu_mng_platform {
@@ -52,7 +51,6 @@ int PoolCreate(const char* name, unsigned int size) {
     const std::lock_guard<ShortLock> guard(g_creation);
     const int pool_id = g_count.load(std::memory_order_relaxed);
     if (pool_id == kMaxPools) return -1;
-    if (pool_id == 0) AsymmetricBarrier::Prepare();
     Pool* const pool = Pool::Create(name, size);
     if (pool == nullptr) return -1;
     g_pools[pool_id] = {reinterpret_cast<uintptr_t>(pool->Region()), pool->RegionBytes(), pool};

@@ -5,6 +5,7 @@
 #include "onu_mng_platform/bep.h"
 #include "onu_mng_platform/common/log/log.h"
 #include "onu_mng_platform/common/pool/pool.h"
+#include "onu_mng_platform/common/sync/asymmetric_barrier.h"
 #include "onu_mng_platform/common/text.h"
 #include "onu_mng_platform/cutil.h"
 #include "onu_mng_platform/mpu.h"
@@ -36,6 +37,7 @@ extern "C" int getDateTime(unsigned short* year, unsigned char* month, unsigned 
 }
 
 extern "C" int mpuCreate(const char* name, unsigned int size, int /*shared*/, int /*options*/) {
+    AsymmetricBarrier::Prepare();
     return PoolCreate(name, size);
 }
 

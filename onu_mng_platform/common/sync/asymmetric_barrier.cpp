@@ -5,6 +5,7 @@
 
 #include <cerrno>
 #include <ctime>
+#include <mutex>
 
 namespace onu_mng_platform {
 namespace {
@@ -31,7 +32,8 @@ bool PassAll() {
 } // namespace
 
 void AsymmetricBarrier::Prepare() {
-    s_light = PassAll();
+    static std::once_flag once;
+    std::call_once(once, [] { s_light = PassAll(); });
 }
 
 void AsymmetricBarrier::Heavy() {

@@ -14,8 +14,9 @@ namespace onu_mng_platform {
 /// keeps the compiler from moving loads and stores. Otherwise both are fences.
 class AsymmetricBarrier {
 public:
-    /// Finds out if the system has membarrier(2). Must come before the threads that call Light() and Heavy(); without
-    /// it, both are fences.
+    /// Finds out if the system has membarrier(2). The first call must come before the first Light() and Heavy(). It
+    /// takes up to 20 ms, because the kernel registers the process. Later calls do nothing. A port that never calls it
+    /// has fences in both places, as the simulated board does: its runs are short, and one task runs at a time.
     static void Prepare();
 
     static void Light() {
