@@ -6,18 +6,18 @@
 namespace onu_mng_platform {
 namespace {
 
-std::atomic<uint32_t> g_looks{20};
+std::atomic<uint32_t> g_pauses{20};
 std::atomic<uint32_t> g_yields{50};
 
 } // namespace
 
-void Patience::Set(uint32_t looks, uint32_t yields) {
-    g_looks.store(looks, std::memory_order_relaxed);
+void Patience::Set(uint32_t pauses, uint32_t yields) {
+    g_pauses.store(pauses, std::memory_order_relaxed);
     g_yields.store(yields, std::memory_order_relaxed);
 }
 
-uint32_t Patience::Looks() {
-    return g_looks.load(std::memory_order_relaxed);
+uint32_t Patience::Pauses() {
+    return g_pauses.load(std::memory_order_relaxed);
 }
 
 uint32_t Patience::Yields() {

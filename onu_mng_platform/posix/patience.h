@@ -21,15 +21,15 @@ public:
     /// Polls `look` until it returns true or all polls are used up. Returns whether it returned true.
     template <class Look>
     bool Await(const Look& look) {
-        return !IsRealTime() && (LookAgain(look) || LetOthersRun(look));
+        return !IsRealTime() && (Spin(look) || LetOthersRun(look));
     }
 
     /// Returns to the initial state, for a new task in the same slot.
     void Reset() { *this = Patience(); }
 
-    /// Sets for all threads how often they poll while spinning and how often they yield. With 0 and 0 they
-    /// sleep at once.
-    static void Set(uint32_t looks, uint32_t yields);
+    /// Sets for all threads how long they spin, in pauses of the processor, and how often they yield. With 0
+    /// and 0 they sleep at once.
+    static void Set(uint32_t pauses, uint32_t yields);
 
 private:
     /// Decides whether to use a step. It is used in every wait while it succeeds. After a failure it is left
@@ -54,22 +54,27 @@ private:
     };
     enum class Policy : uint8_t { kUnknown, kOrdinary, kRealTime };
 
+    static constexpr uint32_t kMostPauses = 8;  // between two polls
     static constexpr int64_t kLongNs = 100'000; // a thread that runs longer will not yield soon
 
-    static uint32_t Looks();
+    static uint32_t Pauses();
     static uint32_t Yields();
     static int64_t NowNs();
     template <class Look>
-    bool LookAgain(const Look& look) {
-        const uint32_t looks = Looks();
-        if (looks == 0 || !looking_.IsDue()) return false;
-        for (uint32_t left = looks; left > 0; --left) {
-            Pause();
+    bool Spin(const Look& look) {
+        uint32_t left = Pauses();
+        if (left == 0 || !spinning_.IsDue()) return false;
+        // The polls become rarer: each one takes the cache line away from the thread that is waited for.
+        for (uint32_t rest = 1; left > 0; rest = std::min(2 * rest, kMostPauses)) {
+            rest = std::min(rest, left);
+            left -= rest;
+            for (uint32_t pause = 0; pause < rest; ++pause)
+                Pause();
             if (!look()) continue;
-            looking_.OnSuccess();
+            spinning_.OnSuccess();
             return true;
         }
-        looking_.OnFailure();
+        spinning_.OnFailure();
         return false;
     }
 
@@ -101,7 +106,7 @@ private:
     }
     void AskPolicy();
 
-    Backoff looking_{0};
+    Backoff spinning_{0};
     Backoff yielding_{8};
     Policy policy_ = Policy::kUnknown;
 };
