@@ -36,7 +36,7 @@ OPERATORS = [
 SKIPPED_LINES = ("//", "#", "static_assert", "using ", "constexpr ", "inline constexpr", "LOG(", "extern ")
 # They build or compare the tree itself, so no planted fault reaches them.
 NOT_RUN = "package|exports|^doc_|header|include_rules|no_platform|hardening|_session$|_version$"
-LONG = "sim_(board|timing|interleaving|explore|sweep|olt_host)|contract_sim|olt_host_4096|process_end|cli_server"
+LONG = "sim_(board|timing|explore|sweep|olt_host)|contract_sim|olt_host_4096|process_end|cli_server"
 
 
 def sites(tree, rooms):

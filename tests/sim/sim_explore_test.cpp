@@ -1,18 +1,24 @@
-// The library under every schedule with at most two preemptions, and the search for them.
+// The library under every schedule with at most two preemptions and under random ones, and the search for them.
 
 #include <gtest/gtest-spi.h>
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <cstdlib>
 #include <functional>
 #include <map>
+#include <memory>
 #include <optional>
+#include <string>
 #include <vector>
 
+#include "onu_mng_lib/onu_mng_cli_cinterface.h"
+#include "onu_mng_lib/onu_mng_cli_cmd.h"
 #include "onu_mng_lib/onu_mng_common/mem_mgr.h"
 #include "onu_mng_lib/onu_mng_log.h"
 #include "onu_mng_platform/bep.h"
 #include "onu_mng_platform/ulog.h"
+#include "tests/support/captured_terminal.h"
 #include "tests/support/port_task.h"
 #include "tests/support/sim_host.h"
 #include "tests/support/sim_scenario.h"
@@ -32,9 +38,18 @@ void Explore(Simulation& board, const std::vector<std::function<void()>>& tasks)
     });
 }
 
-void ForEachSchedule(const std::function<void(Simulation&)>& body) {
-    sim_scenario::ForEachSchedule([&](Simulation& board) { RunHost(board, [&] { body(board); }); });
+/// Runs `scenario` under every schedule with few preemptions, and under seeds, which preempt more often.
+void ForEachSchedule(const sim_scenario::Scenario& scenario, bool fresh_process = false) {
+    if (std::getenv("ONU_MNG_SEED") == nullptr) sim_scenario::ForEachSchedule(scenario, fresh_process);
+    if (std::getenv("ONU_MNG_DECISIONS") == nullptr) sim_scenario::ForEachSeed(scenario, 10);
 }
+
+/// A scenario with the library started.
+sim_scenario::Scenario Hosted(const std::function<void(Simulation&)>& body) {
+    return [body](Simulation& board) { RunHost(board, [&] { body(board); }); };
+}
+
+constexpr auto kSucceed = [](StateContext&, char*) { return ONU_MNG_OK; };
 
 constexpr unsigned int kType = 20;
 
@@ -44,7 +59,7 @@ unsigned int Send(unsigned short onu_id) {
 }
 
 TEST(Explored, SendersIntoAFullQueueLoseNothing) {
-    ForEachSchedule([](Simulation& board) {
+    ForEachSchedule(Hosted([](Simulation& board) {
         std::map<int, std::vector<int>> handled; // by the sender
         std::map<int, std::vector<int>> accepted;
         const auto handle = [&](const SimModule::Message& message) {
@@ -65,7 +80,7 @@ TEST(Explored, SendersIntoAFullQueueLoseNothing) {
         Explore(board, {send_two(1), send_two(2)});
         EXPECT_EQ(accepted, handled);
         EXPECT_EQ(4 - accepted[1].size() - accepted[2].size(), board.Logged("msgQSend failed\r\n"));
-    });
+    }));
 }
 
 /// A task that takes messages out of a queue.
@@ -86,7 +101,7 @@ private:
 };
 
 TEST(Explored, ASenderLosesNothingToAReceiverThatIsDeleted) {
-    ForEachSchedule([](Simulation& board) {
+    ForEachSchedule(Hosted([](Simulation& board) {
         int accepted = 0;
         Receiver::received = 0;
         MessageQueue queue;
@@ -99,7 +114,7 @@ TEST(Explored, ASenderLosesNothingToAReceiverThatIsDeleted) {
         Explore(board, {send, [&] { receiver.reset(); }});
         EXPECT_EQ(accepted, Receiver::received + queue.GetMsgNum());
         EXPECT_EQ(2 - accepted, static_cast<int>(board.Logged("msgQSend failed\r\n")));
-    });
+    }));
 }
 
 TEST(Explored, AModuleIsRemovedUnderItsSenders) {
@@ -124,7 +139,7 @@ TEST(Explored, AModuleIsRemovedUnderItsSenders) {
         int& running;
     };
     for (const MsgSyncProcType delivery : {MSG_PROC_SYNC, MSG_PROC_ASYNC})
-        ForEachSchedule([delivery](Simulation& board) {
+        ForEachSchedule(Hosted([delivery](Simulation& board) {
             int running = 0;
             onu_mng_module_reg_service_module(new Mortal(delivery, running));
             ASSERT_EQ(ONU_MNG_OK, onu_mng_system_start());
@@ -139,12 +154,12 @@ TEST(Explored, AModuleIsRemovedUnderItsSenders) {
             Explore(board, {send, send, remove});
             EXPECT_EQ(0u, ModuleManager::GetInstance()->GetSize());
             EXPECT_EQ(ONU_MNG_FAILURE, Send(1));
-        });
+        }));
 }
 
 // The task that removes modules is itself deleted, wherever it is.
 TEST(Explored, ARemoverThatIsDeletedLeavesTheManagerUsable) {
-    ForEachSchedule([](Simulation& board) {
+    ForEachSchedule(Hosted([](Simulation& board) {
         ModuleManager* const modules = ModuleManager::GetInstance();
         const auto handle = [&](const SimModule::Message&) {
             board.Sleep(1ms);
@@ -160,13 +175,13 @@ TEST(Explored, ARemoverThatIsDeletedLeavesTheManagerUsable) {
         });
         EXPECT_EQ(ONU_MNG_OK, modules->RemoveModule(kType));
         EXPECT_EQ(0u, modules->GetSize());
-    });
+    }));
 }
 
 // A message, an operator's termination and the supervision's come at once to a context that has absorbed all
 // that it absorbs.
 TEST(Explored, AProcedureEndsOnceWhateverEndsIt) {
-    ForEachSchedule([](Simulation& board) {
+    ForEachSchedule(Hosted([](Simulation& board) {
         StateContextManager* const pool = StateContextManager::GetInstance();
         pool->interval_run_time = 1;
         int failures = 0;
@@ -199,12 +214,12 @@ TEST(Explored, AProcedureEndsOnceWhateverEndsIt) {
         EXPECT_EQ(STATE_IDLE, context.cur_state);
         EXPECT_EQ(0, context.stop_times);
         EXPECT_EQ(ONU_MNG_OK, context.Alloc(2, 6, nullptr, 0));
-    });
+    }));
 }
 
 TEST(Explored, AContextGoesToOneOfTwoTasks) {
-    ForEachSchedule([](Simulation& board) {
-        SimContext context([](StateContext&, char*) { return ONU_MNG_OK; });
+    ForEachSchedule(Hosted([](Simulation& board) {
+        SimContext context(kSucceed);
         int owners = 0;
         int won = 0;
         const auto own = [&](unsigned short onu) {
@@ -225,12 +240,12 @@ TEST(Explored, AContextGoesToOneOfTwoTasks) {
         EXPECT_LE(1, won);
         EXPECT_EQ(STATE_IDLE, context.cur_state);
         EXPECT_FALSE(context.occupied);
-    });
+    }));
 }
 
 TEST(Explored, ATerminatedContextIsNotDestroyedUnderItsOperator) {
-    ForEachSchedule([](Simulation& board) {
-        std::optional<SimContext> context([](StateContext&, char*) { return ONU_MNG_OK; });
+    ForEachSchedule(Hosted([](Simulation& board) {
+        std::optional<SimContext> context(kSucceed);
         ASSERT_EQ(ONU_MNG_OK, context->Alloc(1, 5, nullptr, 0));
         const unsigned int id = context->context_id;
         const auto terminate = [&] {
@@ -239,11 +254,11 @@ TEST(Explored, ATerminatedContextIsNotDestroyedUnderItsOperator) {
         };
         Explore(board, {terminate, [&] { context.reset(); }});
         EXPECT_EQ(0u, StateContextManager::GetInstance()->GetSize());
-    });
+    }));
 }
 
 TEST(Explored, TracersComeAndGoWholeUnderACheck) {
-    ForEachSchedule([](Simulation& board) {
+    ForEachSchedule(Hosted([](Simulation& board) {
         OnuMngLog* const traces = OnuMngLog::GetInstance();
         traces->trace_switch = true;
         const auto add = [&] {
@@ -262,11 +277,11 @@ TEST(Explored, TracersComeAndGoWholeUnderACheck) {
         ulogPrintf(SimHost::kLogModule, 4, "a level that is left open\r\n");
         EXPECT_EQ(0u, board.Logged("a level that is left open\r\n"));
         traces->trace_switch = false;
-    });
+    }));
 }
 
 TEST(Explored, ASignalAtTheEndOfAWaitIsTakenOrLeft) {
-    ForEachSchedule([](Simulation& board) {
+    ForEachSchedule(Hosted([](Simulation& board) {
         Semaphore semaphore;
         int taken = 0;
         const auto wait = [&] { taken += semaphore.TryWait(1) == 0; };
@@ -277,11 +292,11 @@ TEST(Explored, ASignalAtTheEndOfAWaitIsTakenOrLeft) {
         Explore(board, {wait, signal});
         EXPECT_EQ(1, taken + (semaphore.TryWait(0) == 0));
         EXPECT_FALSE(semaphore.IsWaiting());
-    });
+    }));
 }
 
 TEST(Explored, TheLastBlockGoesToOneOfTwo) {
-    ForEachSchedule([](Simulation& board) {
+    ForEachSchedule(Hosted([](Simulation& board) {
         MemoryAllocator* const memory = MemoryAllocator::GetInstance();
         const auto take = [&] { return memory->MemAlloc(0x8000, __FILE__, __func__, __LINE__); };
         const auto give = [&](void* block) { memory->MemFree(block, 0x8000, __FILE__, __func__, __LINE__); };
@@ -305,7 +320,123 @@ TEST(Explored, TheLastBlockGoesToOneOfTwo) {
         EXPECT_LE(1, won);
         for (void* const block : blocks)
             give(block);
-    });
+    }));
+}
+
+// Tasks that are the first to need a singleton, and the one pool, at the same moment.
+TEST(Explored, FirstUsesMakeOneOfEach) {
+    ForEachSchedule(
+        [](Simulation& board) {
+            board.Run([&] {
+                int pools = 0;
+                const auto use = [&] {
+                    MemoryAllocator* const memory = MemoryAllocator::GetInstance();
+                    EXPECT_EQ(ONU_MNG_OK, memory->Init("pool", 4096, 1, 0));
+                    void* const block = memory->MemAlloc(16, __FILE__, __func__, __LINE__);
+                    pools += block != nullptr;
+                    EXPECT_EQ(ONU_MNG_OK, memory->MemFree(block, 16, __FILE__, __func__, __LINE__));
+                    EXPECT_EQ(0u, StateContextManager::GetInstance()->GetSize());
+                };
+                Explore(board, {use, use});
+                EXPECT_EQ(2, pools);
+            });
+            EXPECT_TRUE(board.Result().Ok()) << board.Result().report;
+            EXPECT_EQ(0, board.Holdings().blocks);
+        },
+        true);
+}
+
+// Contexts are released, allocated again and destroyed while the supervision goes round.
+TEST(Seeds, NeverLetTheSupervisionTouchANewJob) {
+    sim_scenario::ForEachSeed(Hosted([](Simulation& board) {
+                                  StateContextManager* const pool = StateContextManager::GetInstance();
+                                  pool->interval_run_time = 1;
+                                  board.Sleep(31s);
+                                  for (unsigned short task = 1; task <= 3; ++task)
+                                      board.Spawn("client", [&, task] {
+                                          const auto context = std::make_unique<SimContext>(
+                                              [&](StateContext&, char*) {
+                                                  ulogPrintf(SimHost::kLogModule, 9, "in a hook\r\n");
+                                                  return ONU_MNG_OK;
+                                              },
+                                              1);
+                                          for (int round = 0; round < 6; ++round) {
+                                              ASSERT_EQ(ONU_MNG_OK, context->Alloc(task, task, nullptr, 0));
+                                              EXPECT_EQ(0, context->stop_times);
+                                              EXPECT_EQ(ONU_MNG_OK, context->Operate());
+                                              // From over its time on the next message fails; far over it the supervision ends it.
+                                              board.Sleep(task * 1500ms * round);
+                                              char any = 0;
+                                              context->Release(task, task, &any, 1, false);
+                                              EXPECT_EQ(STATE_IDLE, context->cur_state);
+                                              EXPECT_EQ(0, context->stop_times);
+                                          }
+                                      });
+                                  board.Spawn("observer", [&] {
+                                      for (int look = 0; look < 20; ++look) {
+                                          for (unsigned int index = 0; index < pool->GetSize(); ++index)
+                                              pool->GetItem(index);
+                                          board.Sleep(700ms);
+                                      }
+                                  });
+                                  board.Join();
+                                  EXPECT_EQ(0u, pool->GetSize());
+                              }),
+                              5);
+}
+
+// Two operators type while procedures run, end and time out.
+TEST(Seeds, LetTwoOperatorsPrintWholeReports) {
+    sim_scenario::ForEachSeed(
+        Hosted([](Simulation& board) {
+            onu_mng_init_cli_cmd();
+            onu_mng_cli_install_element();
+            StateContextManager::GetInstance()->interval_run_time = 1;
+            std::vector<std::unique_ptr<SimContext>> contexts;
+            for (int count = 0; count < 3; ++count)
+                contexts.push_back(std::make_unique<SimContext>(kSucceed, 1));
+            onu_mng_module_reg_service_module(
+                new SimModule(kType, MSG_PROC_ASYNC, [&](const SimModule::Message& message) {
+                    SimContext& context = *contexts[message.onu_id % contexts.size()];
+                    context.Alloc(1, message.onu_id, nullptr, 0);
+                    context.Operate();
+                    return ONU_MNG_OK;
+                }));
+            ASSERT_EQ(ONU_MNG_OK, onu_mng_system_start());
+            board.Spawn("traffic", [&] {
+                for (unsigned int number = 0; number < 10; ++number) {
+                    Send(static_cast<unsigned short>(number % 4));
+                    board.Sleep(700ms);
+                }
+            });
+            for (int number = 0; number < 2; ++number)
+                board.Spawn("operator", [&, number] {
+                    CapturedTerminal terminal;
+                    const auto type = [&](const std::string& line) {
+                        EXPECT_EQ(0, vty_execute(terminal, SimHost::kNode, line.c_str())) << line;
+                        return terminal.Text();
+                    };
+                    for (int round = 0; round < 3; ++round) {
+                        type("set log_trace flag enable ponno 1 onuid " + std::to_string(number) +
+                             " debug_level 4");
+                        const std::string report = type("show state_context");
+                        EXPECT_NE(std::string::npos, report.find("Total result number = 3\r\n")) << report;
+                        EXPECT_NE(std::string::npos, type("show service_module").find("SimModule"));
+                        type("terminate state_context id " + std::to_string(contexts[0]->context_id));
+                        type("show log_trace");
+                        type("set log_trace flag disable");
+                        board.Sleep(1s);
+                    }
+                });
+            board.Join();
+            board.Sleep(10min);
+            for (const auto& context : contexts)
+                EXPECT_EQ(STATE_IDLE, context->cur_state);
+            StateContextManager::GetInstance()->EndSupervision();
+            ModuleManager::GetInstance()->RemoveModule(kType);
+            contexts.clear();
+        }),
+        5);
 }
 
 /// The schedules of a body that starts tasks, each of which makes so many calls, and waits for them: counted

@@ -29,10 +29,10 @@ using Scenario = std::function<void(Simulation&)>;
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) ||                                         \
     ONU_MNG_HAS_FEATURE(address_sanitizer) || ONU_MNG_HAS_FEATURE(thread_sanitizer)
 constexpr std::uint64_t kDefaultSeeds = 100; ///< fewer, because copying a process takes long with sanitizers
-constexpr unsigned int kPreemptions = 1;
+constexpr unsigned int kDefaultPreemptions = 1;
 #else
 constexpr std::uint64_t kDefaultSeeds = 1000;
-constexpr unsigned int kPreemptions = 2;
+constexpr unsigned int kDefaultPreemptions = 2;
 #endif
 
 inline std::uint64_t FromEnvironment(const char* name, std::uint64_t otherwise) {
@@ -81,10 +81,13 @@ inline void ForEachSeed(const Scenario& scenario, std::uint64_t share = 1) {
     }
 }
 
-/// Runs `scenario` under every schedule with at most `preemptions`, or under that of ONU_MNG_DECISIONS only.
-inline void ForEachSchedule(const Scenario& scenario, unsigned int preemptions = kPreemptions) {
+/// Runs `scenario` under every schedule with at most ONU_MNG_PREEMPTIONS preemptions, or under that of
+/// ONU_MNG_DECISIONS only. With `fresh_process`, each run finds fresh singletons.
+inline void ForEachSchedule(const Scenario& scenario, bool fresh_process = false) {
     onu_mng_platform::SimExploreOptions options;
-    options.preemptions = preemptions;
+    options.fresh_process = fresh_process;
+    options.preemptions =
+        static_cast<unsigned int>(FromEnvironment("ONU_MNG_PREEMPTIONS", kDefaultPreemptions));
     if (const char* decisions = std::getenv("ONU_MNG_DECISIONS")) options.decisions = decisions;
     const int before = Failures();
     const auto found = Simulation::Explore(options, [&](Simulation& board) {
