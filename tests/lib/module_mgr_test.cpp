@@ -290,6 +290,22 @@ TEST_F(Modules, AreRegisteredAndRemovedWhileOthersSendAndList) {
         other.join();
 }
 
+TEST_F(Modules, AreReachedByAnyNumberOfTasks) {
+    Add(7)->delivery = MSG_PROC_SYNC;
+    ASSERT_EQ(0u, onu_mng_system_start());
+    constexpr int kTasks = 200;
+    std::atomic<int> sent{0};
+    std::vector<std::thread> tasks;
+    for (int task = 0; task < kTasks; ++task)
+        tasks.emplace_back([&] {
+            EXPECT_EQ(0u, Send(7));
+            for (++sent; sent != kTasks;)
+                std::this_thread::yield();
+        });
+    for (std::thread& task : tasks)
+        task.join();
+}
+
 TEST_F(Modules, AreDeletedBehindASynchronousHandlerThatRemovesThem) {
     struct Watched : Recorder {
         Watched(unsigned int claims, bool& flag) : Recorder(kType, claims), deleted(flag) {}

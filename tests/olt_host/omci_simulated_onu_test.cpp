@@ -1,6 +1,4 @@
-#include <set>
 #include <string>
-#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -97,28 +95,6 @@ TEST_F(SimulatedOnuTest, GivesBackWhatWasSet) {
     EXPECT_EQ(cut.Get<std::uint16_t>(39), 0x2068);
 }
 
-TEST_F(SimulatedOnuTest, UploadsItsMib) {
-    Ask(OmciType::kMibReset, kMib);
-    const unsigned int rows = Ask(OmciType::kMibUpload, kMib).Get<std::uint16_t>(9);
-    EXPECT_GE(rows, 40u);
-    std::set<std::string> seen;
-    std::string serial;
-    for (unsigned int sequence = 0; sequence < rows; ++sequence) {
-        OmciFrame request = OmciFrame::Request(OmciType::kMibUploadNext, kMib);
-        request.Set(9, static_cast<std::uint16_t>(sequence));
-        const MibRow row = MibRow::Read(Ask(request));
-        ASSERT_FALSE(row.IsNone()) << sequence;
-        EXPECT_TRUE(seen.insert(std::to_string(row.me.me_class << 16 | row.me.instance) + ' ' +
-                                std::to_string(row.mask))
-                        .second);
-        if (row.me == kOnu && (row.mask & 0x2000) != 0) serial.assign(&row.values[18], kSerial.size());
-    }
-    EXPECT_EQ(serial, std::string(kSerial.begin(), kSerial.end()));
-    OmciFrame beyond = OmciFrame::Request(OmciType::kMibUploadNext, kMib);
-    beyond.Set(9, static_cast<std::uint16_t>(rows));
-    EXPECT_EQ(Bytes(Ask(beyond)).substr(8, 32), std::string(32, '\0'));
-}
-
 TEST_F(SimulatedOnuTest, AnswersARepeatedTransactionFromItsStore) {
     OmciFrame create = OmciFrame::Request(OmciType::kCreate, kGemCtp);
     create.SetTid(7);
@@ -130,24 +106,6 @@ TEST_F(SimulatedOnuTest, AnswersARepeatedTransactionFromItsStore) {
     EXPECT_EQ(Repeat(create).Result(), OmciResult::kInstanceExists);
     onu.Restart();
     EXPECT_EQ(Repeat(create).Result(), OmciResult::kOk);
-}
-
-TEST_F(SimulatedOnuTest, TellsItsAlarms) {
-    const auto all = [this] { return Ask(OmciType::kGetAllAlarms, kMib).Get<std::uint16_t>(9); };
-    EXPECT_EQ(all(), 0);
-    for (unsigned int change = 0; change < 300; ++change) {
-        const OmciFrame alarm = onu.ToggleLink(change % 2);
-        ASSERT_EQ(alarm.Kind(), FrameKind::kNotification);
-        ASSERT_EQ(alarm.Get<std::uint8_t>(40), change % 255 + 1);
-    }
-    onu.ToggleLink(2);
-    ASSERT_EQ(all(), 1);
-    OmciFrame next = Ask(OmciType::kGetAllAlarmsNext, kMib);
-    EXPECT_EQ(Bytes(next).substr(8, 5), Bytes("000b010380"));
-    next = OmciFrame::Request(OmciType::kGetAllAlarmsNext, kMib);
-    next.Set(9, std::uint16_t{1});
-    EXPECT_EQ(Bytes(Ask(next)).substr(8, 32), std::string(32, '\0'));
-    EXPECT_EQ(onu.ToggleLink(2).Get<std::uint8_t>(40), 1) << "asking starts the sequence anew";
 }
 
 } // namespace

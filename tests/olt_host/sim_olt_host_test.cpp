@@ -181,55 +181,6 @@ TEST(SimOltHost, Brings16OnusUpThroughFaults) {
     sim_scenario::ForEachSeed([](Simulation& board) { BringUpThroughFaults(board, 16); });
 }
 
-/// Keeps what is sent to one ONU.
-class Sent : public WireTap {
-public:
-    explicit Sent(OnuKey to) : onu(to) {}
-    void OnSend(OnuKey to, const OmciFrame& frame) override {
-        if (to == onu) frames.push_back(Bytes(frame));
-    }
-    std::vector<std::string> frames;
-
-private:
-    const OnuKey onu;
-};
-
-/// Runs a host whose ONU 1/1 is mute until it is given up. @return the moment.
-SimTime GiveUpMute(Simulation& board, Host& host, const Sent& sent) {
-    host.Line().SetMute(0, true);
-    EXPECT_EQ(host.Start(), "");
-    EXPECT_TRUE(host.Table().WaitSettled(600s));
-    const SimTime given_up = board.Now();
-    board.Settle();
-    EXPECT_EQ(sent.frames, std::vector<std::string>(3, sent.frames.at(0))) << "repeated with its transaction";
-    const OnuStatus mute = host.Table().Read(0);
-    EXPECT_EQ(mute.phase, OnuPhase::kFailed);
-    EXPECT_EQ(mute.failure, OnuFailure::kNoAnswer);
-    EXPECT_EQ(mute.requests, 1u);
-    EXPECT_EQ(mute.resent, 2u);
-    EXPECT_EQ(host.Table().Totals().phases[static_cast<unsigned int>(OnuPhase::kInSync)],
-              host.Table().Size() - 1);
-    ExpectAllFree();
-    return given_up;
-}
-
-// The supervision marks the context at its first round, and the next tick takes it to FAIL.
-TEST(SimOltHost, GivesAMuteOnuUp) {
-    sim_scenario::ForEachSeed([](Simulation& on) {
-        OnBoard(on, [](Simulation& board) {
-            HostOptions options = Options(4);
-            options.window = 4;
-            options.queue = 16;
-            options.attempts = 1;
-            Sent sent({1, 1});
-            options.tap = &sent;
-            Host host(options);
-            // A first period of at most 30 s, a tick, and slack.
-            EXPECT_LE(GiveUpMute(board, host, sent), 36s);
-        });
-    });
-}
-
 // An operator ends a procedure whose request has just gone out: the next one waits until no answer can come.
 TEST(SimOltHost, KeepsOneInFlightPastATermination) {
     Simulation on(1);

@@ -1,18 +1,13 @@
 // The log, ticks, the calendar and the text helpers, on every port.
 #include <gtest/gtest.h>
 
-#include <fcntl.h>
 #include <unistd.h>
 
-#include <algorithm>
-#include <atomic>
 #include <cctype>
 #include <cstring>
 #include <ctime>
 #include <sstream>
 #include <string>
-#include <thread>
-#include <vector>
 
 #include "onu_mng_platform/bep.h"
 #include "onu_mng_platform/cutil.h"
@@ -100,57 +95,6 @@ PORT_TEST(PlatformLog, CountsTheLinesThatNobodyCanRead) {
     const std::string told = testing::internal::GetCapturedStderr();
     EXPECT_NE(told.find("13 0: 1 lines are lost here"), std::string::npos) << told;
     EXPECT_NE(told.find("to somebody\r\n"), std::string::npos) << told;
-}
-
-/// Writes lines to a terminal to which somebody else writes as well, and which is read all the time.
-/// @return how many arrived; -1 where there is no terminal.
-long LinesThatArriveAtABusyTerminal(int lines) {
-    const int master = posix_openpt(O_RDWR | O_NOCTTY);
-    if (master < 0 || grantpt(master) != 0 || unlockpt(master) != 0) return -1;
-    const int terminal = open(ptsname(master), O_RDWR | O_NOCTTY);
-    std::string text;
-    std::thread reader([&] {
-        char data[4096];
-        while (text.find("the end") == std::string::npos) {
-            const ssize_t size = read(master, data, sizeof data);
-            if (size <= 0) break;
-            text.append(data, static_cast<size_t>(size));
-        }
-    });
-    std::atomic<bool> is_done{false};
-    std::thread neighbour([&] {
-        while (!is_done)
-            (void)!write(terminal, ".", 1);
-        (void)!write(terminal, "the end", 7);
-    });
-    const int kept = dup(STDERR_FILENO);
-    dup2(terminal, STDERR_FILENO);
-    for (int line = 0; line < lines; ++line)
-        ulogPrintf(7, 13, "seen\r\n");
-    dup2(kept, STDERR_FILENO);
-    close(kept);
-    is_done = true;
-    neighbour.join();
-    reader.join();
-    close(terminal);
-    close(master);
-    long seen = 0;
-    for (size_t at = text.find("7: seen"); at != std::string::npos; at = text.find("7: seen", at + 1))
-        ++seen;
-    return seen;
-}
-
-// A terminal that others write to at the same time refuses a line now and then although it has room. On a
-// machine that has no time for the reader a line may be lost all the same.
-TEST(PlatformLog, LosesNoLineOfATerminalThatIsRead) {
-    constexpr int kLines = 500;
-    long seen = 0;
-    for (int attempt = 0; attempt < 5 && seen != kLines; ++attempt) {
-        if (attempt > 0) sleep(1); // lines may wait again
-        seen = LinesThatArriveAtABusyTerminal(kLines);
-        if (seen < 0) GTEST_SKIP() << "no terminals to give";
-    }
-    EXPECT_EQ(seen, kLines);
 }
 
 PORT_TEST(PlatformLog, NeverMixesLines) {

@@ -9,7 +9,6 @@
 #include <fstream>
 #include <functional>
 #include <map>
-#include <memory>
 #include <sstream>
 #include <stdexcept>
 #include <string>
@@ -271,73 +270,6 @@ TEST(EndOfARun, IsQuietOrToldWithEveryTaskAndWhatItWaitsFor) {
                 EXPECT_NE(std::string::npos, result.report.find(word)) << word << " in:\n" << result.report;
         })) << ending.name;
     }
-}
-
-/// Counts how many are alive.
-class Counted {
-public:
-    explicit Counted(int& counter) : count(counter) { ++count; }
-    ~Counted() { --count; }
-    Counted(const Counted&) = delete;
-    Counted& operator=(const Counted&) = delete;
-
-private:
-    int& count;
-};
-
-// A task that is ended somewhere among locks, blocks, waits and sleeps leaves nothing behind.
-TEST(EndedTasks, AreUnwoundWhereverTheyAre) {
-    struct Holding {
-        explicit Holding(std::uint32_t semaphore) : lock(semaphore) { TakeSemaphore(lock); }
-        ~Holding() { GiveSemaphore(lock); }
-        const std::uint32_t lock;
-    };
-    const int pool = mpuCreate("ended", 4096, 1, 0);
-    sim_scenario::ForEachSchedule([=](Simulation& board) {
-        int alive = 0;
-        board.Run([&] {
-            const PortSemaphore lock(true);
-            const PortQueue queue(1, 4);
-            const auto work = [&] {
-                const Counted counted(alive);
-                for (;;) {
-                    const Holding holding(lock);
-                    const std::unique_ptr<void, int (*)(void*)> block(mpuAlloc_(pool, 16, __FILE__, __LINE__),
-                                                                      mpuFree);
-                    Send(queue, "1", kForEver);
-                    Receive(queue, kForEver);
-                    std::this_thread::sleep_for(1ms);
-                }
-            };
-            board.Explored([&] {
-                PortTask one("one", work);
-                PortTask two("two", work);
-                board.Sleep(2ms); // when both wake up
-                EXPECT_EQ(0, one.Delete());
-                EXPECT_EQ(0, two.Delete());
-            });
-            EXPECT_EQ(0, alive);
-            EXPECT_EQ(0, TakeSemaphore(lock, 0));
-        });
-        EXPECT_EQ(SimHoldings{}, board.Holdings());
-    });
-}
-
-TEST(EndedTasks, OfARunThatIsOverAreUnwoundToo) {
-    Simulation board(1);
-    int alive = 0;
-    const std::function<void()> service = [&] {
-        const Counted counted(alive);
-        Receive(NewQueue(1, 4), kForEver);
-    };
-    board.Run([&] {
-        SpawnTask(service);
-        board.Settle();
-        EXPECT_EQ(1, alive);
-    });
-    EXPECT_TRUE(board.Result().Ok()) << board.Result().report;
-    EXPECT_EQ(0, alive);
-    EXPECT_EQ(1, board.Holdings().queues) << "the queue lives on";
 }
 
 // That each kind fails its calls is what the sweeps over the library live on.
