@@ -5,9 +5,7 @@
 #include <string>
 
 #include "onu_mng_lib/onu_mng_common/mem_mgr.h"
-#include "onu_mng_lib/onu_mng_common/result.h"
-#include "onu_mng_lib/onu_mng_obj.h"
-#include "onu_mng_lib/onu_mng_obj_cinterface.h"
+#include "tests/support/identity_rules.h"
 
 namespace {
 
@@ -31,17 +29,9 @@ TEST_F(OnuIdentity, IsValidAsSoonAsAnythingIsSet) {
 }
 
 TEST_F(OnuIdentity, OrderAndEqualityAgree) {
-    // In strictly ascending order.
-    const OnuNo ordered[] = {{0, 9, kHigh.data()}, {1, 5}, {1, 200},           {1, 9, kLow.data()},
-                             {1, 0, kHigh.data()}, {2, 0}, {2, 5, kLow.data()}};
-    for (const OnuNo& a : ordered) {
-        for (const OnuNo& b : ordered) {
-            EXPECT_EQ(&a < &b, a < b);
-            EXPECT_EQ(&a == &b, a == b);
-            EXPECT_EQ(&a != &b, a != b);
-        }
-    }
-    EXPECT_EQ(OnuNo(1, 5, kLow.data()), OnuNo(1, 7, kLow.data())) << "the ONU id is not looked at";
+    Seeded random;
+    for (int round = 0; round < 2000; ++round)
+        CompareTwoOnus(random);
 }
 
 TEST_F(OnuIdentity, CopiesTheSerialNumberOrItsAbsence) {
@@ -63,30 +53,14 @@ TEST_F(OnuIdentity, CopiesTheSerialNumberOrItsAbsence) {
 }
 
 TEST_F(OnuIdentity, ConvertsSerialNumbersAndMacs) {
-    const struct {
-        const char* text;
-        unsigned int result;
-        std::string bytes;
-    } conversions[] = {
-        {"KVXQ-12345678", ONU_MNG_OK, "KVXQ\x12\x34\x56\x78"},
-        {"kv Q-abcdEF01", ONU_MNG_OK, "kv Q\xab\xcd\xef\x01"},
-        {"KVXQ-1234567", ONU_MNG_BAD_TEXT, ""},
-        {"KVXQ-123456789", ONU_MNG_BAD_TEXT, ""},
-        {"KVXQ-1234567G", ONU_MNG_BAD_TEXT, "KVXQ"}, // the vendor was written
-        {"010203040506", ONU_MNG_OK, "\x01\x02\x03\x04\x05\x06"},
-        {"010203040506FF", ONU_MNG_OK, "\x01\x02\x03\x04\x05\x06"},
-        {"01020304050", ONU_MNG_BAD_TEXT, ""},
-        {"01:02:03:04:05:06", ONU_MNG_BAD_TEXT, ""},
-        {"", ONU_MNG_BAD_TEXT, ""},
-    };
-    for (const auto& conversion : conversions) {
-        // On the heap at its exact size, so that a read past the end is seen.
-        std::string text(conversion.text);
-        unsigned char out[ONU_MNG_SN_SIZE] = {};
-        EXPECT_EQ(conversion.result,
-                  onu_mng_convert_sn_or_mac_format(reinterpret_cast<unsigned char*>(text.data()), out))
-            << conversion.text;
-        EXPECT_EQ(conversion.bytes, std::string(reinterpret_cast<char*>(out), conversion.bytes.size()));
+    const std::string characters = "09afAFgG-: ";
+    Seeded random;
+    for (int round = 0; round < 5000; ++round) {
+        std::string text = random.Below(2) == 0 ? "KVXQ-12345678" : "010203040506";
+        if (random.Below(2) == 0)
+            text[random.Below(12)] = characters[random.Below(static_cast<unsigned int>(characters.size()))];
+        if (random.Below(4) == 0) text.resize(random.Below(16), '7');
+        ConvertIdentity(text);
     }
     unsigned char out[ONU_MNG_SN_SIZE];
     EXPECT_EQ(ONU_MNG_NULL_ARGUMENT, onu_mng_convert_sn_or_mac_format(nullptr, out));

@@ -1,4 +1,4 @@
-// The frame: registrations, start-up, locks, the pool's allocator, queues and tasks at their edges.
+// Registrations, start-up, the allocator, and queues and tasks at their limits.
 
 #include <gtest/gtest.h>
 
@@ -13,7 +13,6 @@
 #include "onu_mng_lib/onu_mng_common/msg_queue.h"
 #include "onu_mng_lib/onu_mng_common/result.h"
 #include "onu_mng_lib/onu_mng_common/runable.h"
-#include "onu_mng_lib/onu_mng_common/sem_lock.h"
 #include "onu_mng_lib/onu_mng_module_cinterface.h"
 #include "onu_mng_lib/onu_mng_module_cplus_interface.h"
 #include "onu_mng_lib/onu_mng_system.h"
@@ -100,15 +99,6 @@ TEST(Allocator, GivesZeroedBlocksInStepsOf16AndTellsWhatItCannot) {
     testing::internal::CaptureStdout();
     pool->MemShow(static_cast<MemShowType>(3));
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
-}
-
-TEST(Semaphores, KeepOneSignal) {
-    Semaphore semaphore;
-    EXPECT_EQ(semaphore.TryWait(0), -1);
-    semaphore.Signal();
-    semaphore.Signal();
-    EXPECT_EQ(semaphore.TryWait(0), 0);
-    EXPECT_EQ(semaphore.TryWait(0), -1) << "a signal is not counted";
 }
 
 TEST(Queue, RefusesWhatIsNoBuffer) {

@@ -181,7 +181,8 @@ TEST(SimOltHost, Brings16OnusUpThroughFaults) {
     sim_scenario::ForEachSeed([](Simulation& board) { BringUpThroughFaults(board, 16); });
 }
 
-// An operator ends a procedure whose request has just gone out: the next one waits until no answer can come.
+// An operator terminates a procedure whose request is in flight. The next request waits until no answer can
+// come.
 TEST(SimOltHost, KeepsOneInFlightPastATermination) {
     Simulation on(1);
     OnBoard(on, [](Simulation& board) {
