@@ -7,6 +7,7 @@
 #include <cctype>
 #include <string>
 #include <tuple>
+#include <vector>
 
 #include "onu_mng_lib/onu_mng_common/result.h"
 #include "onu_mng_lib/onu_mng_obj.h"
@@ -49,11 +50,13 @@ inline std::string BytesOfIdentity(const std::string& text) {
     return bytes;
 }
 
-inline void ConvertIdentity(std::string text) {
+/// The text is on the heap at its exact size, so that a sanitizer sees a read past its end.
+inline void ConvertIdentity(const std::string& text) {
+    std::vector<unsigned char> exact(text.c_str(), text.c_str() + text.size() + 1);
     const std::string bytes = BytesOfIdentity(text);
     unsigned char out[ONU_MNG_SN_SIZE] = {};
     EXPECT_EQ(bytes.empty() ? ONU_MNG_BAD_TEXT : ONU_MNG_OK,
-              onu_mng_convert_sn_or_mac_format(reinterpret_cast<unsigned char*>(text.data()), out))
+              onu_mng_convert_sn_or_mac_format(exact.data(), out))
         << text;
     EXPECT_EQ(bytes, std::string(out, out + bytes.size())) << text;
 }
