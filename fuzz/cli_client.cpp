@@ -24,15 +24,14 @@ void ExpectHarmless(const std::string& text) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+void TryInput(FuzzInput& input) {
     static const TemporaryDirectory directory;
     static const std::string path = directory.path + "/host";
     static CliListener listener;
     static const CliStatus is_open = listener.Open(path);
     EXPECT_EQ(is_open, CliStatus::kOk);
-    FuzzInput input(data, size);
     CliClient client;
-    if (client.Connect(path) != CliStatus::kOk) return 0;
+    if (client.Connect(path) != CliStatus::kOk) return;
     CliPeer peer{};
     const Descriptor host = listener.Accept(&peer);
     const unsigned int order = input.Below(16);
@@ -56,5 +55,4 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         }
     }
     ExpectHarmless(printed);
-    return 0;
 }

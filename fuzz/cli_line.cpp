@@ -28,10 +28,9 @@ void ExecuteFiltered(cli_test::Rules& rules, const std::string& line) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+void TryInput(FuzzInput& input) {
     static cli_test::Rules nodes[] = {cli_test::Rules(cli_test::kNode),
                                       cli_test::Rules(cli_test::kOtherNode)};
-    FuzzInput input(data, size);
     cli_test::Rules& rules = nodes[input.Below(2)];
     const std::string line = input.Until('\0');
     const bool is_plain = line.find_first_of("|!#") == std::string::npos && line.size() < 1024;
@@ -41,5 +40,4 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     else
         ExecuteFiltered(rules, line);
     if (line.find('|') == std::string::npos && line.size() < 512) rules.Complete(line, &count);
-    return 0;
 }

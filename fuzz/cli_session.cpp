@@ -44,11 +44,10 @@ int Serve(CliSession& session) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+void TryInput(FuzzInput& input) {
     cli_test::Install();
-    FuzzInput input(data, size);
     int ends[2];
-    if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) return 0;
+    if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) return;
     const Descriptor operator_end(ends[1]);
     const CliSessionSettings settings{cli_test::kOtherNode, "olt# ", 0, {}, {}};
     const CliEvent wake;
@@ -67,5 +66,4 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     EXPECT_NE(session.Ending(), nullptr);
     EXPECT_EQ(std::count_if(answer.begin(), answer.end(), MaySteer), 0);
     EXPECT_LE(std::count(answer.begin(), answer.end(), kEndOfAnswer), requests);
-    return 0;
 }

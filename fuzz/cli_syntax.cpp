@@ -45,12 +45,11 @@ void CheckDiffer(const std::vector<Next>& next) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    FuzzInput input(data, size);
+void TryInput(FuzzInput& input) {
     const std::string text = input.Until('\n');
     const std::string help = input.Until('\0');
     const auto syntax = Syntax::Parse(text.c_str(), help.c_str());
-    if (!syntax) return 0;
+    if (!syntax) return;
     Syntax::Place place;
     unsigned int words = 0, delivered = 0;
     for (auto next = NextOf(*syntax, place); !next.empty(); next = NextOf(*syntax, place), ++words) {
@@ -63,5 +62,4 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     EXPECT_TRUE(syntax->MayEnd(place));
     EXPECT_LE(words, Syntax::kMaxWords);
     EXPECT_LE(delivered, syntax->MaxDelivered());
-    return 0;
 }

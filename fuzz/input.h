@@ -43,4 +43,7 @@ private:
     const std::uint8_t* const end;
 };
 
+/// What a target does with one input. prepare.cpp calls it.
+void TryInput(FuzzInput& input);
+
 #endif

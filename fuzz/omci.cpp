@@ -40,8 +40,7 @@ void Answer(SimulatedOnu& onu, const OmciFrame& request) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    FuzzInput input(data, size);
+void TryInput(FuzzInput& input) {
     SimulatedOnu onu(kSerial, 4);
     while (!input.IsOver()) {
         const FrameRules rules{input.Below(2) == 0, input.Below(2) == 0};
@@ -56,5 +55,4 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         if (frame.Get<std::uint16_t>(43) == OmciFrame::kSizeWithoutTrailer) CheckWritten(frame);
         Answer(onu, frame);
     }
-    return 0;
 }

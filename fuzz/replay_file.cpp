@@ -37,20 +37,20 @@ void Follow(FrameFile& file, ReplayCounts& counts, ProcedureTotals& totals) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+void TryInput(FuzzInput& input) {
     static const int memory = memfd_create("replay", MFD_CLOEXEC);
     const std::string path = "/proc/self/fd/" + std::to_string(memory);
     EXPECT_EQ(ftruncate(memory, 0), 0);
-    EXPECT_EQ(pwrite(memory, data, size, 0), static_cast<ssize_t>(size));
+    const std::string bytes = input.Rest();
+    EXPECT_EQ(pwrite(memory, bytes.data(), bytes.size(), 0), static_cast<ssize_t>(bytes.size()));
     std::string fault;
     const auto file = FrameFile::Open(path, fault);
     EXPECT_EQ(file == nullptr, !fault.empty());
-    if (file == nullptr) return 0;
+    if (file == nullptr) return;
     ReplayCounts counts;
     ProcedureTotals totals;
     Follow(*file, counts, totals);
     std::ostringstream out;
     PrintReplay(out, "file", file->Unit(), counts, totals, {});
     EXPECT_FALSE(out.str().empty());
-    return 0;
 }

@@ -45,9 +45,8 @@ std::string Line(const std::vector<ParameterFormat>& columns, const std::vector<
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+void TryInput(FuzzInput& input) {
     static std::set<unsigned int> registered;
-    FuzzInput input(data, size);
     const auto report = static_cast<unsigned int>(input.Bits(4));
     auto columns = ColumnsOf(report);
     const bool is_new = registered.insert(report).second;
@@ -73,5 +72,4 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::string text = terminal.Text();
     if (rows.size() > 1 && !columns.empty())
         EXPECT_NE(text.find(lines), std::string::npos) << text << "\nshould have\n" << lines;
-    return 0;
 }

@@ -3,9 +3,7 @@
 #include "fuzz/input.h"
 #include "tests/support/identity_rules.h"
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    FuzzInput input(data, size);
+void TryInput(FuzzInput& input) {
     CompareTwoOnus(input);
     ConvertIdentity(input.Until('\0'));
-    return 0;
 }

@@ -60,15 +60,14 @@ void CheckSplit(std::string text, const std::string& delim) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    FuzzInput input(data, size);
+void TryInput(FuzzInput& input) {
     const auto type = static_cast<VariantType>(input.Below(13));
     const auto other = static_cast<VariantType>(input.Below(13));
     const std::string delim = input.Bytes(input.Below(4));
     const std::string text = input.Rest();
     CheckSplit(text, delim);
     Variant value;
-    if (value.FromString(type, text) != ONU_MNG_OK || value.IsEmpty()) return 0;
+    if (value.FromString(type, text) != ONU_MNG_OK || value.IsEmpty()) return;
     EXPECT_EQ(value.GetType(), type);
     CheckNumber(type, text, value);
     if (type >= VARIANT_TYPE_STRING) CheckBlock(type, value);
@@ -77,5 +76,4 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     EXPECT_GE(terminal.Text().size(), type == VARIANT_TYPE_BUFFER ? 4u + 3 * value.GetLen() : 40u);
     const bool is_converted = value.ResetType(other) == ONU_MNG_OK;
     EXPECT_EQ(value.GetType(), is_converted ? other : type);
-    return 0;
 }
