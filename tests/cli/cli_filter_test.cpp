@@ -62,6 +62,7 @@ TEST_F(CliFilterTest, LinesEndInAnyWay) {
     EXPECT_EQ(Filtered("exclude ^$"), "one\r\ntwo\r\nthree\r\nlast\r\n");
     EXPECT_EQ(Filtered("begin ^t"), "two\r\nthree\r\n\r\nlast\r\n");
     EXPECT_EQ(Filtered("count"), "5 lines\r\n");
+    EXPECT_EQ(Filtered("include e$|a s "), "one\r\nthree\r\n") << "blanks at the end are none of it";
     output = "";
     EXPECT_EQ(Filtered("count"), "0 lines\r\n");
     EXPECT_EQ(Filtered("exclude x"), "");
