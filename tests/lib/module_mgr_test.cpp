@@ -293,24 +293,25 @@ TEST_F(Modules, AreReachedByAnyNumberOfTasks) {
 
 TEST_F(Modules, AreDeletedBehindASynchronousHandlerThatRemovesThem) {
     struct Watched : Recorder {
-        Watched(unsigned int claims, bool& flag) : Recorder(kType, claims), deleted(flag) {}
-        ~Watched() override { deleted = true; }
-        bool& deleted;
+        Watched(unsigned int claims, int& counter) : Recorder(kType, claims), deleted(counter) {}
+        ~Watched() override { ++deleted; }
+        int& deleted;
     };
-    bool deleted = false;
+    int deleted = 0;
     auto* module = new Watched(1, deleted);
     module->delivery = MSG_PROC_SYNC;
     module->on_message = [&](const Recorder::Message&) {
         EXPECT_EQ(0u, manager->RemoveModule(kType));
         EXPECT_EQ(0u, manager->GetSize());
         EXPECT_EQ(ONU_MNG_FAILURE, Send(1)) << "no message reaches it any more";
-        EXPECT_FALSE(deleted) << "its handler runs";
+        EXPECT_EQ(0, deleted) << "its handler runs";
         return 7u;
     };
-    ASSERT_EQ(0u, manager->RegisterModule(module));
+    for (auto* each : {module, new Watched(2, deleted), new Watched(3, deleted)})
+        ASSERT_EQ(0u, manager->RegisterModule(each));
     ASSERT_EQ(0u, onu_mng_system_start());
     EXPECT_EQ(7u, Send(1));
-    EXPECT_TRUE(deleted);
+    EXPECT_EQ(3, deleted);
 }
 
 TEST_F(Modules, RefuseWhatIsNoPacket) {

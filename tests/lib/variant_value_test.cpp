@@ -61,6 +61,9 @@ TEST_F(VariantValue, TextsAndBuffersAreCopiedAndStartAtTheFront) {
         EXPECT_EQ(assigned.GetBuff(), block);
         EXPECT_EQ(copy.GetPos() + assigned.GetPos(), 0U);
     }
+    ASSERT_EQ(buffer.Append('y'), ONU_MNG_OK);
+    buffer = Variant(7);
+    EXPECT_EQ(buffer.GetPos(), 0U);
 }
 
 TEST_F(VariantValue, AnEmptySourceIsRefusedAndTheTargetKept) {
