@@ -31,7 +31,7 @@ run() {
 
 [ "${1:-}" != --run ] || { run "$2" "$3"; exit; }
 
-all=$(grep -l LLVMFuzzerTestOneInput fuzz/*.cpp | xargs basename -s .cpp)
+all=$(grep -l '^void TryInput(' fuzz/*.cpp | xargs basename -s .cpp)
 [ $# -gt 0 ] || { echo "$all"; exit; }
 targets=$1
 [ "$1" != all ] || targets=$all
