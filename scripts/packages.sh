@@ -28,7 +28,8 @@ need_packages() {
 build_packages="g++:g++ cmake:cmake ninja:ninja-build /usr/include/CLI/CLI.hpp:libcli11-dev
 /usr/include/histedit.h:libedit-dev /usr/include/pcap/pcap.h:libpcap-dev"
 test_packages="clang++:clang expect:expect jq:jq clang-format:clang-format /usr/include/gtest/gtest.h:libgtest-dev git:git"
-fuzz_packages="clang++:clang /usr/include/gtest/gtest.h:libgtest-dev
+fuzz_packages="clang++:clang /usr/lib/llvm-14/lib/clang/14.0.6/lib/linux:libclang-rt-dev
+/usr/include/gtest/gtest.h:libgtest-dev
 /usr/include/nlohmann/json.hpp:nlohmann-json3-dev"
 coverage_packages="gcovr:gcovr"
 lint_packages="cppcheck:cppcheck run-clang-tidy:clang-tidy"
