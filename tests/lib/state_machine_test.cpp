@@ -195,6 +195,7 @@ TEST_F(StateMachine, StatesThatNameOneAnotherForEverAreStopped) {
     lines.Take();
     EXPECT_EQ(ONU_MNG_STATE_REFUSED, Operate());
     EXPECT_EQ(STATE_IDLE, context.cur_state) << "it would not end otherwise";
+    EXPECT_EQ(1, context.pon_no);
     EXPECT_GT(300u, lines.Take().size());
 }
 

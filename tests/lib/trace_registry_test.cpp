@@ -65,6 +65,8 @@ TEST_F(TraceRegistry, AnswersWhileAnOperatorChangesIt) {
                 unsigned char serial[8] = {onu};
                 registry->AddOnuTracer(2, onu, round % 2 == 0 ? serial : nullptr, 4);
             }
+            for (unsigned short onu = 0; onu < 250; ++onu)
+                EXPECT_TRUE(registry->IsTraceOnu(2, onu, nullptr, 4)) << onu;
             was_cleared = true;
             registry->ClearOnuTracer();
         }

@@ -244,13 +244,19 @@ TEST(Waits, LastAsManySecondsAsAsked) {
             EXPECT_TRUE(semaphore.IsWaiting());
             semaphore.Signal();
             EXPECT_EQ(4u, queue.RecvMsg(message, 4, -1));
-            board.Sleep(2s);
+            board.Sleep(1s);
+            semaphore.Signal();
+            board.Sleep(1s);
             EXPECT_EQ(ONU_MNG_OK, queue.SendMsg(message, 4, -1));
         });
         last(2s, [&] { return semaphore.TryWait(3) == 0; });
         EXPECT_FALSE(semaphore.IsWaiting());
         last(0s, [&] { return queue.RecvMsg(message, 4, -2) == 0; });
-        last(2s, [&] { return queue.RecvMsg(message, 4, 3) == 4; });
+        last(1s, [&] {
+            semaphore.Wait();
+            return true;
+        });
+        last(1s, [&] { return queue.RecvMsg(message, 4, 3) == 4; });
     });
 }
 
