@@ -330,45 +330,18 @@ TEST(Priorities, DecideWhenChosen) {
     }
 }
 
-/// Its construction calls the platform.
-struct Late {
-    static Late& Instance() {
-        static Late late;
-        return late;
-    }
-    bool TakeAndGive(int ticks) const {
-        return TakeSemaphore(semaphore, ticks) + GiveSemaphore(semaphore) == 0;
-    }
-    const std::uint32_t semaphore = NewSemaphore(true);
-};
-
-/// Uses the platform in the last moment of its thread.
-struct LastWord {
-    ~LastWord() { Late::Instance().TakeAndGive(0); }
-    bool is_used = false;
-};
-thread_local LastWord last_word;
-
-TEST(SimulatedBoard, CopesWithStaticsAndThreadLocals) {
-    sim_scenario::ForEachSeed(
-        [](Simulation& board) {
-            board.Run([&] {
-                for (int task = 0; task < 4; ++task)
-                    board.Spawn("task", [] {
-                        last_word.is_used = true;
-                        EXPECT_TRUE(Late::Instance().TakeAndGive(kForEver));
-                    });
-            });
-            EXPECT_TRUE(board.Result().Ok()) << board.Result().report;
-            EXPECT_EQ(1, board.Holdings().semaphores);
-            // What a run made serves the program on, and the next run.
-            EXPECT_EQ(0, TakeSemaphore(Late::Instance().semaphore));
-            EXPECT_EQ(-1, TakeSemaphore(Late::Instance().semaphore)) << "nobody could end the wait";
-            Simulation next(1);
-            next.Run([] { EXPECT_EQ(0, GiveSemaphore(Late::Instance().semaphore)); });
-            EXPECT_TRUE(next.Result().Ok()) << next.Result().report;
-        },
-        50);
+TEST(SimulatedBoard, LeavesItsObjectsToTheProgramAndToTheNextRun) {
+    EXPECT_TRUE(sim_scenario::Passes([] {
+        std::uint32_t semaphore = 0;
+        Simulation first(1);
+        first.Run([&] { semaphore = NewSemaphore(true); });
+        EXPECT_EQ(1, first.Holdings().semaphores);
+        EXPECT_EQ(0, TakeSemaphore(semaphore));
+        EXPECT_EQ(-1, TakeSemaphore(semaphore)) << "nobody could end the wait";
+        Simulation next(1);
+        next.Run([&] { EXPECT_EQ(0, GiveSemaphore(semaphore)); });
+        EXPECT_TRUE(next.Result().Ok()) << next.Result().report;
+    }));
 }
 
 TEST(SimulatedBoard, StartsNoTaskAndNoSecondRunOutsideOfARun) {

@@ -365,11 +365,7 @@ std::vector<Operation> Operations(Bench& bench) {
     static const unsigned char sn[] = "KVXQ\x12\x34\x56\x78";
     std::vector<Operation> operations = {
         {"register a module",
-         [&] {
-             const unsigned int ret = onu_mng_module_reg_service_module(bench.module.get());
-             if (ret == ONU_MNG_OK) bench.module.release();
-             return ret;
-         },
+         [&] { return Register(bench.module); },
          remake_module,
          {{SimFault::kNew, ONU_MNG_FAILURE, "no memory to register the module\r\n"}}},
         {"initialise a module",
