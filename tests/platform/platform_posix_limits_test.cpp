@@ -1,10 +1,17 @@
 // How much the port for Linux holds, and how long: until the process has ended.
 #include <gtest/gtest.h>
+#include <linux/filter.h>
+#include <linux/seccomp.h>
 #include <sys/mman.h>
+#include <sys/prctl.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <atomic>
+#include <cerrno>
+#include <cstddef>
 #include <cstdlib>
 #include <ctime>
 #include <vector>
@@ -70,6 +77,36 @@ PORT_TEST(PosixPool, HasItsMemoryFromTheStart) {
     std::vector<unsigned char> resident((past + kBytes + page - 1) / page);
     ASSERT_EQ(mincore(block - past, past + kBytes, resident.data()), 0);
     EXPECT_EQ(std::count(resident.begin(), resident.end(), 0), 0);
+}
+
+/// Takes another task's stock back after a filter has begun to refuse membarrier(2). Exits with 0.
+[[noreturn]] void TakeStockBackWithoutBarrier() {
+    alarm(10);
+    const int pool = mpuCreate("filtered", 65536, 1, 0);
+    const PortSemaphore gate(false);
+    const PortTask other("other", [&] {
+        for (int again = 0; again < 1000; ++again)
+            mpuFree(Take(pool, 48));
+        GiveSemaphore(gate);
+        pause();
+    });
+    TakeSemaphore(gate);
+    sock_filter steps[] = {BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
+                           BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_membarrier, 0, 1),
+                           BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | EPERM),
+                           BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW)};
+    const sock_fprog filter{4, steps};
+    prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
+    if (prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &filter) != 0) std::_Exit(77);
+    std::_Exit(Take(pool, 65536) != nullptr ? 0 : 1);
+}
+
+TEST(PosixPool, OutlivesAFilterThatRefusesItsBarrier) {
+    testing::FLAGS_gtest_death_test_style = "threadsafe";
+    const auto passes_or_has_no_filters = [](int status) {
+        return WIFEXITED(status) && (WEXITSTATUS(status) == 0 || WEXITSTATUS(status) == 77);
+    };
+    EXPECT_EXIT(TakeStockBackWithoutBarrier(), passes_or_has_no_filters, "");
 }
 
 /// Uses the port when the process has all but ended, as the library's singletons do.
