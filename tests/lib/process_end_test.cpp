@@ -161,4 +161,22 @@ TEST(ProcessEnd, DoesNotWaitForEverForAHandlerThatDoesNotReturn) {
                 testing::ExitedWithCode(kStatus), "the process exits before all modules have ended");
 }
 
+/// Destroyed last, because it is made first.
+struct LooksBack {
+    ~LooksBack() {
+        if (StateContextManager::GetInstance()->IsAlive()) std::_Exit(1);
+    }
+};
+
+TEST(ProcessEnd, EndsTheSupervisionOfAHostWithoutModules) {
+    testing::FLAGS_gtest_death_test_style = "threadsafe";
+    EXPECT_EXIT(
+        {
+            static const LooksBack looks_back;
+            StateContextManager::GetInstance()->Init(100);
+            Exit();
+        },
+        testing::ExitedWithCode(kStatus), "");
+}
+
 } // namespace
