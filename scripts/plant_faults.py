@@ -100,7 +100,7 @@ class Copy:
         if frames.exists() and not (scratch / "shared").exists():
             (scratch / "shared").symlink_to(frames)
         linker = ["-DCMAKE_EXE_LINKER_FLAGS=-fuse-ld=mold"] if shutil.which("mold") else []
-        subprocess.run(["cmake", "--preset", "dev", "-B", self.build, "-DCMAKE_BUILD_TYPE=", "-DCMAKE_CXX_FLAGS=-O1",
+        subprocess.run(["cmake", "--preset", "dev", "-B", self.build, "-DCMAKE_BUILD_TYPE=", "-DCMAKE_CXX_FLAGS=-O1 -D_GLIBCXX_ASSERTIONS",
                         "-DONU_MNG_CHECK_HEADERS=OFF", "-DONU_MNG_WERROR=OFF", "-DONU_MNG_BUILD_SHARED=OFF", *linker],
                        cwd=self.tree, check=True, stdout=subprocess.DEVNULL)
         if not self.make():

@@ -25,7 +25,8 @@ TEST(CliMemory, LinesFailWholeAndCommandsAreInstalledOrNot) {
     const struct {
         const char* what;
         std::function<void()> act;
-        std::optional<std::string> failed; ///< the screen and the result; any when not given
+        std::optional<std::string>
+            failed; ///< the screen and the result; if not given, "done" or a line that tells
         std::string done;
     } cases[] = {
         {"a line", [=] { execute("take two a-name-that-is-longer-than-a-small-string one 3"); },
@@ -45,7 +46,9 @@ TEST(CliMemory, LinesFailWholeAndCommandsAreInstalledOrNot) {
         for (const auto& each : cases) {
             const auto check = [&](bool failed) {
                 const std::string seen = terminal.Text() + std::to_string(result);
-                EXPECT_EQ(seen, failed ? each.failed.value_or(seen) : each.done) << each.what;
+                const bool is_told = !each.failed && seen.find("Out of memory.") != std::string::npos;
+                const std::string& expected = failed && each.failed ? *each.failed : each.done;
+                EXPECT_TRUE(seen == expected || (failed && is_told)) << each.what << ": " << seen;
             };
             EXPECT_GT(WithoutMemory(board, each.act, check), 3U) << each.what;
         }

@@ -50,10 +50,10 @@ PORT_TEST(PlatformLog, OpensALevelForAModule) {
     for (unsigned int module = 0; module < 16; ++module)
         EXPECT_EQ(ulogSetModIgnore(module, 3, 1), 0);
     EXPECT_EQ(ulogSetModIgnore(16, 3, 1), -1);
-    EXPECT_EQ(ulogSetModIgnore(5, 4, 1), 0); // its second level
+    EXPECT_EQ(ulogSetModIgnore(5, 0, 1), 0); // its second level
     EXPECT_EQ(ulogSetModIgnore(5, 3, 0), 0);
     EXPECT_EQ(ulogSetModIgnore(16, 3, 1), -1);
-    EXPECT_EQ(ulogSetModIgnore(5, 4, 0), 0);
+    EXPECT_EQ(ulogSetModIgnore(5, 0, 0), 0);
     EXPECT_EQ(ulogSetModIgnore(16, 3, 1), 0);
     for (unsigned int module = 0; module <= 16; ++module)
         EXPECT_EQ(ulogSetModIgnore(module, 3, 0), 0);
