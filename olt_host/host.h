@@ -48,9 +48,9 @@ public:
     Fiber& Line() { return fiber; }
     Capture& Wire() { return capture; }
     const std::vector<OmciService*>& Services() const { return rack.Services(); }
-    /// The time since the start, in whole ticks.
+    /// Returns the time since the start, in whole ticks.
     std::chrono::milliseconds Elapsed() const { return std::chrono::milliseconds(now * options.tick_ms); }
-    /// The number of procedures that all services together are running.
+    /// Returns the number of procedures that all services together are running.
     unsigned int Active() const;
 
 private:

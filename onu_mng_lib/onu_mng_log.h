@@ -27,7 +27,7 @@ struct OnuLogPara {
 /// 3. in the order of the keys, the first entry with a serial number whose numbers cover the ONU.
 ///
 /// One instance for the process. Any task. `IsTraceOnu` never allocates. It takes the lock only while the
-/// registry changes, and in the rare cases that `TraceIndex` names.
+/// registry changes, and in the rare cases that the lock-free index does not cover (`TraceIndex::IsTraced`).
 class OnuMngLog {
 public:
     /// Returns the instance of the process.
@@ -48,14 +48,15 @@ public:
     ///         while tracing is off.
     bool MatchOnu(unsigned short pon, unsigned short onu, const unsigned char* sn, OnuLogPara*& para);
 
-    /// Returns whether the ONU is traced at `level`. Blocks only while another task changes the registry.
+    /// Returns whether the ONU is traced at `level`. Seldom takes the lock, and then blocks while another task
+    /// holds it.
     bool IsTraceOnu(unsigned short pon, unsigned short onu, const unsigned char* sn, int level);
 
     /// Prints the registry as a report to the terminal `vty`, or to standard output if `vty` is null. The
     /// rows are collected under the lock and printed without it.
     void Print(void* vty) const;
 
-    std::atomic<bool> trace_switch{false}; ///< whether any ONU is traced
+    std::atomic<bool> trace_switch{false}; ///< whether tracing is on
 
 private:
     static constexpr int kLogLevels = 16; ///< the levels that ulogSetModIgnore() accepts
@@ -89,11 +90,11 @@ private:
     void Publish(TracerMap::iterator entry);
 
     TracerMap tracer_map;
-    /// The numbers of entries with a serial number, with the first such entry in key order: what a look-up
-    /// that finds nothing by key would otherwise walk all entries for.
+    /// For each pair of numbers, the first entry with a serial number in key order. Without this map, a look-up
+    /// that finds nothing by key would have to search all entries.
     SnIndex first_with_sn;
-    /// Levels that were opened for an entry that was there already while tracing was off, and so are in none:
-    /// one operator ends tracing while another adds to it.
+    /// Levels that are open in the log but in no entry. They come from an `AddOnuTracer` for an existing key
+    /// while tracing was off: one operator ended tracing while another added a level.
     std::bitset<kLogLevels> stray_levels;
     TraceIndex index;           ///< the levels of `tracer_map`, for `IsTraceOnu`
     mutable ReadWriteLock lock; ///< guards the maps, the levels and the changes of `index`

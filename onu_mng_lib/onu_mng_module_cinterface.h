@@ -13,10 +13,10 @@ extern "C" {
  *
  * `src_mod` and `msg_type` are numbers that the clients define. The caller keeps the `pkg_size` bytes at
  * `data`. Any task, after onu_mng_system_start(). Blocks only if the module handles the message at once.
- * Returns 0 if the message was queued, or the result of the module that has handled it. Returns 0x800001f5,
- * after a log line, if no module claims the message, if the module is not started, if `data` is null or
- * `pkg_size` is 0, if the pool is exhausted, or if the queue of the module is full: the message is then lost.
- */
+ * Returns 0 if the message was queued, or the result of the module that handled it. Returns 0x800001f5 if no
+ * module claims the message, if the module is not started, if `data` is null or `pkg_size` is 0, if memory or
+ * the pool is exhausted, or if the queue of the module is full: the message is then lost, and the log says
+ * why. Also returns 0x800001f5, without a log line, when the process has begun to exit. */
 unsigned int onu_mng_module_send_msg(unsigned int src_mod, unsigned int msg_type, unsigned short pon_no,
                                      unsigned short onu_id, char* data, unsigned int pkg_size);
 

@@ -28,8 +28,8 @@ unsigned int onu_mng_system_init(void);
 
 /* Initialises every registered module. If none has failed, it starts every module. Modules that were
  * initialised or started before stay as they are.
- * Returns 0; 0x800001f5 if a module could not be initialised (no module is started; one level-13 line) or
- * could not be started (the others run; one level-14 line). */
+ * Returns 0; 0x800001f5 if a module could not be initialised (no module is started) or could not be started
+ * (the others run). The log has lines about each failed module, and a summary at level 13 or 14. */
 unsigned int onu_mng_system_start(void);
 
 #ifdef __cplusplus

@@ -1,9 +1,9 @@
-/// What the queues, semaphores and tasks of this port share: one lock for everything, objects found by their ids,
-/// and one way to wait.
+/// The common parts of the queues, semaphores and tasks of this port: one lock for everything, a registry that
+/// finds objects by their ids, and one way to wait.
 ///
 /// The port is for reading and for systems that have only the C++ standard library. It is correct, but slow: every
-/// call takes the lock, and every change of an object wakes all who wait for it. So nobody has to pass on a
-/// wake-up that he does not need.
+/// call takes the lock, and every change of an object wakes all threads that wait for it. So a thread that does not
+/// need its wake-up does not have to pass it on.
 #ifndef ONU_MNG_EXAMPLES_THREADS_PORT_H
 #define ONU_MNG_EXAMPLES_THREADS_PORT_H
 
@@ -24,9 +24,9 @@ using Guard = std::unique_lock<std::mutex>;
 inline std::mutex g_lock;
 inline uint32_t g_last_id = 0;
 
-/// The objects of one kind. Numbers are given once to objects of any kind, so a stale or foreign id finds
-/// nothing, until 2^32 objects have been created. The caller holds the lock. Lives as long as the process,
-/// because static destructors may still call the port.
+/// The objects of one kind, by id. Objects of all kinds share one counter for ids, so a stale or foreign id finds
+/// nothing until 2^32 objects have been created. The caller holds the lock. A registry is never destroyed, because
+/// static destructors may still call the port.
 template <class Object>
 class Registry {
 public:
@@ -55,28 +55,28 @@ private:
     std::unordered_map<uint32_t, std::shared_ptr<Object>> objects_;
 };
 
-/// The limit of a wait, computed once; none: the wait has no limit.
+/// The end of a wait, computed once. An empty deadline means a wait without limit.
 using Deadline = std::optional<std::chrono::steady_clock::time_point>;
 Deadline After(int ticks);
 Deadline After(std::chrono::nanoseconds duration);
 
-/// The calling thread, as far as the port knows it.
+/// The state that the port keeps for each thread that calls it.
 struct Thread {
     bool is_task = false;
     bool is_asked_to_end = false;
     unsigned int protections = 0;
-    std::condition_variable* sleeps_on = nullptr; ///< where to wake it
+    std::condition_variable* sleeps_on = nullptr; ///< to notify to wake the thread; null while it is awake
 
     static Thread& Current();
 
-    /// True if the thread is a task that is being deleted and may be ended here.
+    /// Returns whether the thread is a task that is being deleted and may be ended here.
     bool IsToEnd() const;
     /// Throws bep_TaskEnd if IsToEnd().
     void EndPoint() const;
 
-    /// Sleeps until `is_ready()`; an end point if it has to wait. The caller holds the lock; who makes it ready
-    /// notifies `changed`.
-    /// @return false if the deadline passed before.
+    /// Sleeps until `is_ready()` returns true. An end point if it has to wait. The caller holds the lock. A thread
+    /// that changes the condition must notify `changed`.
+    /// @return false if the deadline passed first.
     template <class IsReady>
     bool Await(Guard& guard, std::condition_variable& changed, const Deadline& deadline, IsReady is_ready) {
         while (!is_ready()) {
@@ -89,8 +89,8 @@ struct Thread {
         return true;
     }
 
-    /// Sleeps until the task is ended or the deadline passes, because its queue or semaphore is gone. Returns at
-    /// once if the caller is no task, or if the task is to end but may not be ended here.
+    /// Sleeps until the task is ended or the deadline passes. Called when its queue or semaphore has been deleted.
+    /// Returns at once if the caller is not a task, or if the task is to end but may not be ended here.
     void AwaitEnd(Guard& guard, const Deadline& deadline);
 };
 

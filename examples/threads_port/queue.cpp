@@ -84,7 +84,7 @@ extern "C" int bep_msgQReceiveEx(uint32_t queue_id, char* buf, unsigned int len,
     if (buf == nullptr || len == 0) return -1;
     Guard guard(g_lock);
     Thread& self = Thread::Current();
-    self.EndPoint(); // also if a message is there
+    self.EndPoint(); // even if a message is there
     const Deadline deadline = After(ticks);
     const auto queue = Queues::Instance().Find(queue_id);
     if (queue == nullptr) {
@@ -97,7 +97,7 @@ extern "C" int bep_msgQReceiveEx(uint32_t queue_id, char* buf, unsigned int len,
         self.AwaitEnd(guard, deadline);
         return -1;
     }
-    self.EndPoint(); // it may have been asked to end while it slept
+    self.EndPoint(); // a deletion may have begun during the sleep
     const size_t length = queue->Pop(buf, len);
     queue->changed.notify_all();
     return static_cast<int>(length);

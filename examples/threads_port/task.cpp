@@ -26,12 +26,12 @@ struct Task : Thread {
 
 using Tasks = Registry<Task>;
 
-thread_local Thread t_other;         // of a thread that is no task
-thread_local Task* t_task = nullptr; // of a task
+thread_local Thread t_other;         // the state of a thread that is not a task
+thread_local Task* t_task = nullptr; // the calling task; null in other threads
 std::condition_variable& g_nothing =
     *new std::condition_variable; // for sleeps that only the end of a task interrupts
 
-/// Runs the entry of a task. If a service fails, only its own task ends.
+/// Runs the entry of a task. An exception ends only this task.
 void RunGuarded(const Task& task) {
     const auto& a = task.arguments;
     try {
@@ -48,7 +48,7 @@ void RunGuarded(const Task& task) {
 void RunTask(Task* task) {
     t_task = task;
     RunGuarded(*task);
-    bep_taskSafeEx(); // nothing would catch what the thread's own objects throw when they are destroyed
+    bep_taskSafeEx(); // nothing would catch a bep_TaskEnd that a thread-local object's destructor throws
 }
 
 void SayWhatIsMissing() {
@@ -95,7 +95,7 @@ extern "C" uint32_t bep_taskSpawnEx(const char* name, unsigned int /*priority*/,
                                     intptr_t arg7, intptr_t arg8, intptr_t arg9, intptr_t arg10) {
     if (entry == nullptr) return 0;
     SayWhatIsMissing();
-    const Guard guard(g_lock); // nobody finds the task before its thread exists
+    const Guard guard(g_lock); // held until the thread exists, so no other thread finds the task earlier
     uint32_t id = 0;
     try {
         const auto task = std::make_shared<Task>();
@@ -136,7 +136,7 @@ extern "C" void bep_taskUnsafeEx() {
     if (Thread::Current().protections > 0) --Thread::Current().protections;
 }
 
-// Every call of nanosleep() in the executable comes here, by the link option --wrap.
+// The link option --wrap redirects every call of nanosleep() in the executable to this file.
 extern "C" int RealNanosleep(const timespec* duration, timespec* rest) __asm__("__real_nanosleep");
 extern "C" int WrapNanosleep(const timespec* duration, timespec* rest) __asm__("__wrap_nanosleep");
 

@@ -18,7 +18,7 @@ Deadline After(std::chrono::nanoseconds duration) {
 
 } // namespace threads_port
 
-// The ticks in which the port counts its waits.
+// The ticks per second of this port.
 extern "C" int bep_sysClkRateGetEx() {
     return threads_port::kTicksPerSecond;
 }

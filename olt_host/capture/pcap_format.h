@@ -10,8 +10,8 @@ namespace olt_host {
 
 constexpr std::size_t kPcapMagicSize = 4;
 
-/// Whether a file starts with `start` in the pcap format (microseconds or nanoseconds, either byte order) or
-/// in the pcapng format.
+/// Returns whether `start` is the start of a file in the pcap format (microseconds or nanoseconds, either
+/// byte order) or in the pcapng format.
 inline bool IsPcap(const char* start) {
     for (const char* magic : {"\xa1\xb2\xc3\xd4", "\xd4\xc3\xb2\xa1", "\xa1\xb2\x3c\x4d", "\x4d\x3c\xb2\xa1",
                               "\x0a\x0d\x0d\x0a"}) {

@@ -17,13 +17,13 @@ public:
     PcapReader(const PcapReader&) = delete;
     PcapReader& operator=(const PcapReader&) = delete;
 
-    /// Opens a stream that is at its beginning. Takes ownership of the stream, also on failure.
+    /// Opens a stream that is at its beginning. Takes ownership of the stream, even on failure.
     /// @return an error message; empty on success.
     [[nodiscard]] std::string Open(std::FILE* stream);
 
     /// Goes to the next frame. @return false at the end and on a read error (`Fault`).
     bool Next();
-    /// The captured bytes of the frame, valid until the next call of `Next`.
+    /// Returns the captured bytes of the frame, which are valid until the next call of `Next`.
     std::string_view Frame() const { return frame; }
     const std::string& Fault() const { return fault; }
 

@@ -51,8 +51,8 @@ enum class OmciResult : std::uint8_t {
     kAttributesFailed = 9,
 };
 
-/// Whether answers of a type carry a result. Those to MIB upload, get all alarms and their "next" commands do
-/// not.
+/// Returns whether answers of a type carry a result. Those to MIB upload, get all alarms and their "next"
+/// commands do not.
 bool HasResult(OmciType type);
 
 enum class FrameKind { kRequest, kAnswer, kNotification };
@@ -94,7 +94,7 @@ constexpr FrameRules kOnTheLine{};
 /// For frames from captures, which often lack parts of the trailer.
 constexpr FrameRules kInCaptures{false, false};
 
-/// The CRC-32 of the I.363.5 adaptation layer: polynomial 0x04C11DB7, most significant bit first, initial
+/// Returns the CRC-32 of the I.363.5 adaptation layer: polynomial 0x04C11DB7, most significant bit first, initial
 /// value and final xor 0xFFFFFFFF.
 std::uint32_t OmciMic(const char* data, std::size_t size);
 
@@ -108,11 +108,11 @@ public:
     static constexpr unsigned int kContents = 9; ///< position of the first byte of the contents
     static constexpr unsigned int kContentsSize = 32;
 
-    /// All bytes are zero except the device id and the length in the trailer.
+    /// Makes a frame of zeros, except for the device id and the length in the trailer.
     OmciFrame();
 
     static OmciFrame Request(OmciType type, MeId me);
-    /// An answer with the transaction id, type and entity of a request, and empty contents.
+    /// Returns an answer with the transaction id, type and entity of a request, and empty contents.
     static OmciFrame AnswerTo(const OmciFrame& request);
     static OmciFrame Notification(OmciType type, MeId me);
 
@@ -121,7 +121,7 @@ public:
     ///         `frame` is unchanged; with the later faults it holds the bytes.
     static FrameFault Parse(const char* data, std::size_t size, FrameRules rules, OmciFrame& frame);
 
-    /// The transaction id; 0 in notifications.
+    /// Returns the transaction id; 0 in notifications.
     std::uint16_t Tid() const { return Get<std::uint16_t>(1); }
     void SetTid(std::uint16_t tid) { Set(1, tid); }
     OmciType Type() const { return static_cast<OmciType>(Get<std::uint8_t>(3) & 0x1F); }

@@ -20,9 +20,9 @@ struct MeClass {
     /// Size of each attribute in bytes, 0 if the class does not have it. All 0 if only the name is known.
     std::array<std::uint8_t, kAttributes> widths{};
 
-    /// The mask of all attributes.
+    /// Returns the mask of all attributes.
     std::uint16_t Mask() const;
-    /// The total size in bytes of the attributes in a mask.
+    /// Returns the total size in bytes of the attributes in a mask.
     std::size_t SizeOf(std::uint16_t mask) const;
     /// The offset of an attribute in bytes when all attributes are stored in order. `index` counts from 0.
     std::size_t OffsetOf(unsigned int index) const;

@@ -8,15 +8,15 @@
 
 namespace olt_host {
 
-/// "MIB upload next", or "type 30" for a number without a name.
+/// Returns "MIB upload next", or "type 30" for a number without a name.
 std::string TypeName(OmciType type);
-/// "unknown instance", or "result 8".
+/// Returns "unknown instance", or "result 8".
 std::string ResultName(OmciResult result);
-/// "GEM port network CTP(268) 0x0106"
+/// Returns a name such as "GEM port network CTP(268) 0x0106".
 std::string MeName(MeId me);
-/// "get request", "alarm notification"
+/// Returns a name such as "get request" or "alarm notification".
 std::string FrameName(FrameKind kind, OmciType type);
-/// "wrong MIC"
+/// Returns a name such as "wrong MIC".
 const char* FaultName(FrameFault fault);
 
 /// Describes a frame in one line without a line end: its kind and type, its transaction id, its entity, its

@@ -63,7 +63,7 @@ public:
     Fiber(const OnuTable& table, const std::atomic<Tick>& now, const Setup& setup);
     ~Fiber() override { EndTask(); }
 
-    /// @return false if the platform cannot provide a queue or a task.
+    /// Creates the queue and starts the task. @return false if the platform cannot provide a queue or a task.
     [[nodiscard]] bool Open();
     void Send(OnuKey onu, const OmciFrame& frame) override;
     /// Tells the fiber's task that the time has advanced. Does not block.
@@ -71,9 +71,9 @@ public:
     /// Ends the task and returns when it has ended.
     void Close() { EndTask(); }
 
-    /// A mute ONU ignores all frames and sends none. Any task.
+    /// Makes an ONU mute, or not. A mute ONU ignores all frames and sends none. Any task.
     void SetMute(unsigned int index, bool is_mute) { onus[index]->is_mute = is_mute; }
-    /// Call it only while the fiber's task is not running.
+    /// Returns a simulated ONU. Call it only while the fiber's task is not running.
     const SimulatedOnu& Onu(unsigned int index) const { return onus[index]->onu; }
 
     Impairments impairments;

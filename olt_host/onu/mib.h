@@ -33,21 +33,21 @@ public:
         std::uint16_t failed = 0;  ///< out: the attributes in `mask` that could not be read or set
     };
 
-    /// `ports` is the number of Ethernet ports, 1 to 64.
+    /// Makes the MIB of an ONU with `ports` Ethernet ports, 1 to 64.
     OnuMib(const SerialNumber& serial, unsigned int ports);
 
     /// Returns to the entities that the ONU creates by itself, with a data sync counter of 0.
     void Reset();
 
-    /// `values` holds the set-by-create attributes of the class, in order.
+    /// Creates an entity. `values` holds the set-by-create attributes of the class, in order.
     OmciResult Create(MeId me, const char* values);
     OmciResult Delete(MeId me);
     /// Sets all attributes in the mask or, if the result is not kOk, none.
     OmciResult Set(MeId me, Attributes& attributes);
-    /// Reduces the mask to the attributes that were read, also on kAttributesFailed.
+    /// Reads attributes, and reduces the mask to those that were read, even on kAttributesFailed.
     OmciResult Get(MeId me, Attributes& attributes) const;
 
-    /// The rows of a MIB upload.
+    /// Returns the rows of a MIB upload.
     std::vector<MibRow> Rows() const;
 
     std::uint8_t DataSync() const { return static_cast<std::uint8_t>(entities.front().values.front()); }

@@ -18,7 +18,7 @@ struct MibRow {
     std::uint16_t mask = 0;
     std::array<char, kValues> values{}; ///< values of the attributes in `mask`, in order
 
-    /// Whether the row is empty: an ONU sends an empty row if it has none for a sequence number.
+    /// Returns whether the row is empty: an ONU sends an empty row if it has none for a sequence number.
     bool IsNone() const { return me.me_class == 0; }
 
     static MibRow Read(const OmciFrame& answer) {

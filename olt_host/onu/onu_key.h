@@ -20,7 +20,7 @@ constexpr bool operator==(OnuKey a, OnuKey b) {
 /// 4 characters of the vendor id, then 4 bytes that the vendor assigns.
 using SerialNumber = std::array<char, 8>;
 
-/// The serial number of this host's simulated ONU with these numbers.
+/// Returns the serial number of this host's simulated ONU with these numbers.
 inline SerialNumber SerialOf(OnuKey onu) {
     SerialNumber serial{'S', 'I', 'M', 'U'};
     VariantUtil::SetUshort(&serial[4], onu.pon_no);

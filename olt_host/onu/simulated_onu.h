@@ -27,7 +27,7 @@ public:
     /// Takes the link of an Ethernet port (from 0) down, or up again.
     /// @return the alarm notification, complete with its MIC.
     OmciFrame ToggleLink(unsigned int port);
-    /// @return the notification of the port's operational state, complete with its MIC.
+    /// Returns the notification of the port's operational state, complete with its MIC.
     OmciFrame ReportState(unsigned int port) const;
     bool IsLinkDown(unsigned int port) const { return link_down[port]; }
 

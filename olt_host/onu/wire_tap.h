@@ -12,9 +12,9 @@ namespace olt_host {
 class WireTap {
 public:
     virtual ~WireTap() = default;
-    /// The OLT sends a frame, which may still get lost. Called in the sender's task.
+    /// Called in the sender's task when the OLT sends a frame, which may still get lost.
     virtual void OnSend(OnuKey, const OmciFrame&) {}
-    /// A frame with a correct MIC has reached the OLT. Called in the fiber's task.
+    /// Called in the fiber's task when a frame with a correct MIC has reached the OLT.
     virtual void OnReceive(OnuKey, const OmciFrame&) {}
 };
 

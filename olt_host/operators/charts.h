@@ -23,7 +23,7 @@ public:
     /// Throws std::bad_alloc.
     explicit Charts(const Options& wanted) : options(wanted), sequence(wanted.onu) {}
 
-    /// The charts to attach to the host; null if they are not requested.
+    /// Return the charts to attach to the host; null if they are not requested.
     StateChart* States() { return options.state_file.empty() ? nullptr : &states; }
     WireTap* Sequence() { return options.sequence_file.empty() ? nullptr : &sequence; }
 

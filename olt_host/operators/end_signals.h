@@ -12,14 +12,14 @@ class EndSignals {
 public:
     EndSignals();
 
-    /// Whether a signal has arrived. Does not block. Stays true.
+    /// Returns whether a signal has arrived. Does not block. Stays true.
     bool HasCome();
     /// Blocks until a signal has arrived.
     void Wait();
     /// Unblocks the signals: from now on they end the process at once.
     void LetThrough() const;
 
-    /// Has the same effect as a signal. Has none after `LetThrough`. Any task.
+    /// Has the same effect as a signal, but none after `LetThrough`. Any task.
     static void Raise();
 
 private:

@@ -109,7 +109,7 @@ public:
     }
     CliClient& client() { return client_; }
 
-    /// Whether the connection is still usable.
+    /// Returns whether the connection is still usable.
     bool IsOpen() const { return status_ != kNoHost && !client_.HasExited(); }
     ExitStatus status() const { return status_; }
 

@@ -13,25 +13,25 @@
 
 namespace olt_host {
 
-/// "in sync", "failed: no answer"
+/// Returns the state of an ONU, such as "in sync" or "failed: no answer".
 std::string StateText(const OnuStatus& status);
 
-/// The header for ONU rows, and one row. Without a line end.
+/// Return the header of the ONU rows, and one row, without a line end.
 std::string OnuHeader();
 std::string OnuRow(const OnuStatus& status);
 
 /// Prints a row for each ONU (`all`), or only for those that are not in sync.
 void PrintOnus(std::ostream& out, const OnuTable& table, bool all);
 
-/// The number of ONUs in each state and the requests sent: "8 ONUs: 8 in sync; 584 requests, 0 sent again"
+/// Returns the number of ONUs in each state and of requests: "8 ONUs: 8 in sync; 584 requests, 0 sent again".
 std::string TotalsText(const OnuTotals& totals);
 
-/// Everything about one ONU except its MIB, line by line.
+/// Returns everything about one ONU except its MIB, line by line.
 std::vector<std::string> OnuDetails(const OnuStatus& status);
-/// The entity, its attribute mask and the values.
+/// Returns the entity of a row, its attribute mask and the values.
 std::string MibRowText(const MibRow& row);
 
-/// The header for service rows, and one row. Without a line end.
+/// Return the header of the service rows, and one row, without a line end.
 std::string ServiceHeader();
 std::string ServiceRow(const OmciService& service);
 

@@ -24,18 +24,18 @@ public:
     /// Goes to the next frame. @return false at the end and on a read error (`Fault`).
     virtual bool Next() = 0;
 
-    /// The unit of `Number`: "lines" or "frames".
+    /// Returns the unit of `Number`: "lines" or "frames".
     virtual const char* Unit() const = 0;
-    /// The number of the current line or Ethernet frame, from 1.
+    /// Returns the number of the current line or Ethernet frame, from 1.
     unsigned int Number() const { return number; }
 
     enum class Content { kFrame, kNotHexadecimal, kNotOmci };
     Content Held() const { return content; }
-    /// The bytes of the frame, not yet checked (`OmciFrame::Parse`); empty for other content.
+    /// Returns the bytes of the frame, not yet checked (`OmciFrame::Parse`); empty for other content.
     const std::string& Bytes() const { return bytes; }
     /// Identifies the ONU that a frame belongs to, by the Ethernet addresses; empty in text files.
     const std::string& Conversation() const { return conversation; }
-    /// The read error that ended the file early; empty if there was none.
+    /// Returns the read error that ended the file early; empty if there was none.
     const std::string& Fault() const { return fault; }
 
 protected:

@@ -24,16 +24,16 @@ public:
 /// request in flight.
 class OmciChannel {
 public:
-    /// Any task. @return false while another procedure holds the channel, and during the quiet time after
-    /// one.
+    /// Takes the channel. Any task. @return false while another procedure holds the channel, and during the
+    /// quiet time after one.
     bool Acquire(Tick now) {
         if (taken.exchange(true, std::memory_order_acquire)) return false;
         if (now >= quiet_until) return true;
         taken.store(false, std::memory_order_release);
         return false;
     }
-    /// Only the task that acquired the channel may call this. `answer_until` ends the quiet time: until then
-    /// a late answer to the last request may arrive.
+    /// Gives the channel back. Only the task that acquired it may call this. `answer_until` ends the quiet
+    /// time: until then a late answer to the last request may arrive.
     void Release(Tick answer_until) {
         quiet_until = answer_until;
         taken.store(false, std::memory_order_release);

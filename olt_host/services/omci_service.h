@@ -43,13 +43,13 @@ public:
 protected:
     OmciService(ModuleType type, const char* name, const ServiceGround& ground);
 
-    /// Whether this service handles a frame from an ONU. Called in any task.
+    /// Returns whether this service handles a frame from an ONU. Called in any task.
     virtual bool Claims(const OmciFrame& frame) const = 0;
-    /// Whether an ONU needs a procedure now. May be called with the table locked.
+    /// Returns whether an ONU needs a procedure now. May be called with the table locked.
     virtual bool Wants(const OnuStatus& status) const = 0;
-    /// A procedure begins. Called with the table locked.
+    /// Called with the table locked when a procedure begins.
     virtual void OnBegin(OnuStatus& status) = 0;
-    /// A procedure has ended, by itself or by the supervision.
+    /// Called when a procedure has ended, by itself or by the supervision.
     virtual void OnEnd(Procedure& procedure) = 0;
     virtual void OnNotification(unsigned int, const OmciFrame&) {}
 

@@ -82,7 +82,7 @@ public:
     OnuKey KeyOf(unsigned int index) const;
 
     OnuStatus Read(unsigned int index) const;
-    /// The MIB rows of the last complete upload.
+    /// Returns the MIB rows of the last complete upload.
     std::vector<MibRow> ReadMib(unsigned int index) const;
     OnuTotals Totals() const;
 

@@ -31,21 +31,21 @@ public:
     bool Begin(unsigned int onu_index, OnuKey onu, OmciChannel& onu_channel);
     /// Handles the answer to the request in flight.
     void Take(char* frame, unsigned int size) { Handle(STATE_MSG_OPERATE, frame, size); }
-    /// To be called at every tick: sends the request again if it is due, or goes to FAIL if a termination is
-    /// pending.
+    /// Sends the request again if it is due, or goes to FAIL if a termination is pending. The service calls it
+    /// at every tick.
     void Tend();
 
-    /// Whether the procedure has ended and all its results are visible to the caller.
+    /// Returns whether the procedure has ended and all its results are visible to the caller.
     bool HasEnded() {
         if (occupied) return false;
         const LockGuard guard(lock); // the task that releases the context holds it until all is written
         return !occupied;
     }
 
-    /// The tick until which a late answer to the last request may arrive; 0 if none is outstanding.
+    /// Returns the tick until which a late answer to the last request may arrive; 0 if none is outstanding.
     Tick AnswerUntil() const { return is_waiting ? due : 0; }
 
-    /// Whether a frame (40 bytes or more) answers the request in flight.
+    /// Returns whether a frame (40 bytes or more) answers the request in flight.
     bool Match(char* frame, unsigned int size) override;
     using StateContext::Match;
     void Occupy(char* message, unsigned int size) override;
@@ -122,7 +122,7 @@ public:
         return ONU_MNG_OK;
     }
 
-    /// The request is due again, because no answer has arrived.
+    /// Sends the request again, because no answer has arrived.
     unsigned int Notify(StateContext* context, char*, unsigned int) override {
         static_cast<P*>(context)->Resend();
         return ONU_MNG_OK;

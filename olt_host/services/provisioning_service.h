@@ -22,7 +22,7 @@ private:
     unsigned int Prepare() override;
     OmciFrame AskPlanned() const;
     unsigned int TakePlanned(const OmciFrame& answer);
-    /// The state for the next planned request; SUCC after the last one.
+    /// Returns the state for the next planned request; SUCC after the last one.
     unsigned int NextState() const;
 
     unsigned int planned = 0; ///< index of the next planned request

@@ -37,7 +37,7 @@ public:
     /// Installs the library's commands and starts the services. @return false if the library refuses.
     [[nodiscard]] bool Start();
 
-    /// The services in order of precedence.
+    /// Returns the services in order of precedence.
     const std::vector<OmciService*>& Services() const { return services; }
 
 private:

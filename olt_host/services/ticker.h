@@ -20,7 +20,7 @@ public:
     Ticker(unsigned int tick_ms, std::atomic<Tick>& now, Fiber& fiber, std::vector<ModuleType> modules);
     ~Ticker() override { EndTask(); }
 
-    /// @return false if the platform cannot provide a task.
+    /// Starts the task. @return false if the platform cannot provide a task.
     [[nodiscard]] bool Open();
     /// Ends the task and returns when it has ended.
     void Close() { EndTask(); }

@@ -92,8 +92,8 @@ public:
     /// the value cannot be converted.
     void PrintValue(CommandFormatType type, const ParameterFormat& fmt, Variant& value, void* out);
 
-    /// Sets `fmt.width` to the width of the column, including one blank. It is the larger one of the length
-    /// of its name and of the width asked for. If that is 0, the longest text of its type counts instead.
+    /// Sets `fmt.width` to the width of the column, including one blank: the length of its name or the width
+    /// asked for, whichever is larger. A width of 0 asks for that of the longest text of the type.
     void CalcParamLen(ParameterFormat& fmt);
 
 private:
@@ -105,7 +105,7 @@ private:
     CommandFormatMgr() = default;
     ~CommandFormatMgr() = default;
 
-    /// Null when none are registered.
+    /// Returns the columns of a report; null if none are registered.
     const Columns* FindColumns(unsigned int cmd_id) const;
 
     std::map<unsigned int, CommandFormat> cmd_formats;

@@ -36,14 +36,14 @@ public:
     /// Takes a block of `size` bytes. The size is rounded up to 16, and the whole block is filled with zeros.
     ///
     /// `file`, `function` and `line` are the place of the call. `file` must stay valid as long as the block.
-    /// @return the block, which the caller gives back with `MemFree`; null if `size` is 0 (one level-13 line)
-    ///         or the pool has no such block. A request for more than `kPoolSize` bytes writes one level-10
-    ///         line.
+    /// @return the block, which the caller gives back with `MemFree`; null if `size` is 0 (one level-13 line),
+    ///         if the pool has no such block, or before `Init`. If the rounded size is more than `kPoolSize`, one
+    ///         level-10 line is written.
     [[nodiscard]] void* MemAlloc(unsigned int size, const char* file, const char* function,
                                  unsigned short line);
 
-    /// Does the same as `MemAlloc`, but leaves the first `written` bytes undefined. For a caller that
-    /// overwrites them at once.
+    /// Does the same as `MemAlloc`, but may leave the first `written` bytes undefined. Use it if the caller
+    /// overwrites these bytes at once.
     [[nodiscard]] void* MemAllocUnfilled(unsigned int size, unsigned int written, const char* file,
                                          const char* function, unsigned short line);
 
@@ -52,8 +52,8 @@ public:
     unsigned int MemFree(void* ptr, unsigned int size, const char* file, const char* function,
                          unsigned short line);
 
-    /// Prints one view to the terminal of the command that runs in this task, or else to standard output. Any
-    /// other `type` prints nothing.
+    /// Prints one view to the terminal of the command that runs in the calling task, or else to standard
+    /// output. Prints nothing for any other `type`.
     void MemShow(MemShowType type);
 
 private:

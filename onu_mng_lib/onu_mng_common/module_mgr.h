@@ -85,8 +85,8 @@ public:
     ~ServiceModule() override;
 
     /// Creates the queue. A second call changes nothing and returns 0.
-    /// @return 0, after one level-12 line; 0x800001f5, after one level-13 line, if the platform cannot create
-    ///         the queue or memory is short.
+    /// @return 0, after one level-12 line; 0x800001f5 if the platform cannot create the queue (two level-13
+    ///         lines) or memory is short (one).
     unsigned int InitModule() override;
 
     /// Starts the task. A second call changes nothing and returns 0.
@@ -116,10 +116,10 @@ public:
     /// return.
     void Run() override;
 
-    /// Handles one message. `data` is valid only during the call. The base version does nothing and returns
-    /// 0.
-    /// @return 0, or a failure code. It is logged for a queued message, and returned to the sender of a
-    ///         synchronous one.
+    /// Handles one message. `data` is valid only during the call. If the handler throws in the module's task,
+    /// the message is dropped (one level-13 line). The base version does nothing and returns 0.
+    /// @return 0, or a failure code. The failure of a queued message is logged (one level-10 line). The failure
+    ///         of a synchronous message is returned to its sender.
     virtual unsigned int HandleMsg(unsigned int msg_type, unsigned short pon_no, unsigned short onu_id,
                                    char* data, unsigned int pkg_size);
 
@@ -133,7 +133,7 @@ public:
 
     MessageQueue msg_queue;  ///< holds the addresses of packets
     std::string mod_name;    ///< in reports and log lines, and the name of the task
-    unsigned int msg_pri;    ///< the priority with which messages are queued
+    unsigned int msg_pri;    ///< a number of the client's; shown in reports
     unsigned int msg_num;    ///< the length of the queue
     unsigned int msg_size;   ///< bytes of one message in the queue: the address of a packet
     unsigned int stack_size; ///< bytes of the stack of the task
@@ -169,14 +169,14 @@ public:
     ///
     /// From the moment of the call, no message reaches the modules. Blocks until the tasks that are routing a
     /// message at that moment have done so, synchronous handlers included, and until the handlers of the
-    /// modules have returned or wait. If a synchronous handler or a `Match` calls it, it does not block: the
-    /// modules are deleted when the outermost message of the caller has been routed. If a module's own task
+    /// modules return or wait. If a synchronous handler or a `Match` calls it, it does not wait for them: the
+    /// modules are deleted after the outermost message of the caller has been routed. If a module's own task
     /// calls it, that module stays (one level-13 line).
     /// @return 0, even if there was no such module.
     unsigned int RemoveModule(unsigned int mod_type);
 
-    /// Returns the first module of the type with these priorities. A `mod_pri` of 65535 accepts any
-    /// priorities. Null if there is none. The pointer is valid until the module is removed.
+    /// Returns the first module of the type with these priorities. A `mod_pri` of 65535 accepts any priorities.
+    /// Returns null if there is none, or if memory is short. The pointer is valid until the module is removed.
     ServiceModule* GetModule(unsigned int mod_type, unsigned int mod_pri, unsigned int msg_pri);
 
     /// Call `InitModule` or `StartModule` of every module in the order of registration, even after a failure.
@@ -185,7 +185,7 @@ public:
     unsigned int StartModules();
 
     /// Offers a message to the modules in the order of registration and delivers it to the first that claims
-    /// it. Does not block, except for a synchronous handler.
+    /// it. Blocks only for a synchronous handler, and to delete the modules that such a handler has removed.
     /// @return the result of the delivery; 0x800001f5, after one level-13 line, if no module claims the
     ///         message, if the module that claims it is not both initialised and started, or if memory is
     ///         short for the first message of a task; 0x800001f5, without a line, after the exit of the
@@ -199,12 +199,13 @@ public:
     template <typename Visit>
     bool ForEachModule(Visit visit);
 
-    /// List the modules by index, in the order of registration. A module is valid until it is removed.
+    /// List the modules by index, in the order of registration; null and 0 if memory is short. A module is
+    /// valid until it is removed.
     AggregateObject* GetItem(unsigned int index) override;
     unsigned int GetSize() const override;
 
-    /// The two steps of the end of the process. `CloseRouting` refuses all further messages. `EndModules`
-    /// waits until no other task routes a message, ends the tasks of all modules and deletes the modules.
+    /// End the library when the process exits. `CloseRouting` refuses all further messages. `EndModules` ends
+    /// the tasks of all modules, waits until no other task routes a message, and deletes the modules.
     void CloseRouting() { is_closed = true; }
     bool HasModules() const { return table != nullptr; }
     void EndModules();

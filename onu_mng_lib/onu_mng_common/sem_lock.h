@@ -50,7 +50,7 @@ static_assert(sizeof(LockCount) == sizeof(std::int32_t), "a count is a 32-bit fi
 ///
 /// It is not re-entrant: a task that takes it twice waits without end. Any task may unlock it. Prefer
 /// `LockGuard`, which also unlocks if the task is ended while it holds the lock. If the platform refuses the
-/// semaphore or a wait, the lock does not exclude, and one level-13 line reports it.
+/// semaphore or a wait, the lock does not exclude other tasks. One level-13 line reports each refusal.
 ///
 /// The compiler fills in `file` and `line`: the place of the call, for the diagnostics of the platform.
 class ReadWriteLock {
@@ -126,7 +126,8 @@ public:
     Semaphore(const Semaphore&) = delete;
     Semaphore& operator=(const Semaphore&) = delete;
 
-    /// Waits without limit until the semaphore is signalled, and takes it.
+    /// Waits without limit until the semaphore is signalled, and takes it. Returns at once if the platform
+    /// refuses the wait.
     void Wait(const char* file = __builtin_FILE(), int line = __builtin_LINE());
 
     /// Waits at most `seconds` for a signal and takes it. 0 does not wait. The time is cut to the largest

@@ -5,7 +5,7 @@
 #include <atomic>
 #include <cstdint>
 
-/// Knows which tasks are inside a section: routing a message, or listing the modules.
+/// Tracks which tasks are inside a section. A task is inside while it routes a message or lists the modules.
 ///
 /// A task enters and leaves a section without a lock, by a mark in its own cache line. To delete an object, a
 /// task first makes it unreachable by a sequentially consistent store and then calls `WaitForOthers`. When
@@ -17,8 +17,8 @@ class SenderGate {
     struct Seat;
 
 public:
-    /// Inside the gate from construction to destruction. Sections of one task nest. Does not block; the first
-    /// section of a task may allocate memory.
+    /// Keeps the calling task inside from construction to destruction. Sections of one task nest. Does not
+    /// block. The first section of a task may allocate memory.
     class [[nodiscard]] Section {
     public:
         Section() : seat(t_seat != nullptr ? t_seat : TakeSeat(lent)) {
@@ -32,7 +32,7 @@ public:
         Section(const Section&) = delete;
         Section& operator=(const Section&) = delete;
 
-        /// False when memory was short: the task is not inside.
+        /// Returns whether the task is inside; false if memory was short.
         bool IsInside() const { return seat != nullptr; }
 
     private:
@@ -40,12 +40,12 @@ public:
         Seat* const seat;
     };
 
-    /// True when the calling task is in a section.
+    /// Returns whether the calling task is in a section.
     static bool IsInside() { return t_seat != nullptr && t_seat->depth != 0; }
 
-    /// Waits until every other task that is inside now has left its section; sections that begin later do not
-    /// prolong the wait. An end point of a task.
-    /// @return true; false when `patience_ms` milliseconds were not enough (negative: waits without limit).
+    /// Waits until every other task that is inside now has left its section. Sections that begin later do not
+    /// prolong the wait. An end point of a task (bep.h).
+    /// @return true; false if `patience_ms` milliseconds were not enough (negative: waits without limit).
     static bool WaitForOthers(int patience_ms);
 
 private:

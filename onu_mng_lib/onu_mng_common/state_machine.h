@@ -5,9 +5,9 @@
 /// an ONU, and `Handle` passes messages to the current state. If a state names no successor, the context is
 /// released. The supervision task of `StateContextManager` ends contexts that stay in a state for too long.
 ///
-/// Transition rules. After every message except a notification, the current state names its successor
-/// (`GetNextState`) and says whether the successor runs at once with the same message (`IsAutoNextState`).
-/// "Refused" means the result 0x8000025a.
+/// Transition rules. After every message except a notification and a request that is only counted, the current
+/// state names its successor (`GetNextState`) and says whether the successor runs at once with the same message
+/// (`IsAutoNextState`). "Refused" means the result 0x8000025a.
 ///
 /// | message              | current state             | what runs               | result                       |
 /// |----------------------|---------------------------|-------------------------|------------------------------|
@@ -91,14 +91,15 @@ public:
 
     /// Runs the hook for one message and then moves the context to the successor.
     /// @return the result of the hook; 0x8000025a for a null context (one level-13 line), for an invalid
-    ///         `msg_type`, and if a pending termination keeps the message from the hook.
+    ///         `msg_type`, for IMMEDIATE_TERMINATE, and if a pending termination refuses the message or its success.
     unsigned int Handle(StateContext* p_context, StateMsgType msg_type, char* p_msg, unsigned int len);
 
     /// Calls the hook for a kind of message. Except for notifications, it first stamps `state_clock`.
     /// @return the result of the hook; 0x8000025a for an invalid `msg_type`.
     unsigned int Operate(StateContext* p_context, StateMsgType msg_type, char* p_msg, unsigned int len);
 
-    /// Asks for the successor and moves the context to it. Does nothing for notifications and invalid kinds.
+    /// Asks for the successor and moves the context to it. Does nothing for notifications, for invalid kinds, and
+    /// for a null context (one level-13 line).
     void ChangeState(StateContext* p_context, StateMsgType msg_type);
 
     const unsigned int state_id;      ///< the key of the state in its register
@@ -158,7 +159,7 @@ public:
     static constexpr unsigned int kAbsorbedStops = 6;
 
     /// Joins the pool, which gives the context its id. Waits until a supervision round in progress has ended,
-    /// except in a hook that runs in that round.
+    /// unless a hook of that round is the caller.
     explicit StateContext(unsigned int service_type = 0);
     /// Leaves the pool and deletes the states. Waits while another task passes a termination to this context.
     ~StateContext() override;
@@ -171,7 +172,8 @@ public:
     /// Returns whether a message belongs to the current job of this context. Called under `lock`. The base
     /// version returns false.
     virtual bool Match(char* p_msg, unsigned int len);
-    /// Called under `lock` when the context is allocated, with the message that started the job.
+    /// Prepares the context for a new job, with the message that started the job. Called under `lock` by
+    /// `Alloc`. The base version does nothing.
     virtual void Occupy(char* p_msg, unsigned int len);
 
     /// Takes ownership of a state. Call it before the first `Alloc`.
@@ -185,7 +187,7 @@ public:
     ///         FAIL is not registered.
     unsigned int Alloc(unsigned short pon, unsigned short onu, char* p_msg, unsigned int len);
 
-    /// The part of `Alloc` after its checks. The caller holds `lock`.
+    /// Does the part of `Alloc` after its checks. The caller holds `lock`.
     void Occupy(unsigned short pon, unsigned short onu, char* p_msg, unsigned int len);
 
     /// Returns whether this context runs for the ONU and the `Match` hook accepts the message. With
@@ -257,7 +259,7 @@ private:
     /// The number of allocations so far. If the supervision releases the context while a hook of another task
     /// still runs, this number tells that task that its job is over.
     std::atomic<unsigned int> job{0};
-    /// The terminations that the pool is handing in, which the destructor waits for.
+    /// The number of terminations that the pool is passing to this context. The destructor waits for them.
     std::atomic<unsigned int> pins{0};
 };
 
@@ -279,8 +281,8 @@ public:
     unsigned int Init(unsigned int priority);
 
     /// Adds a context and gives it the next id. Ids start at 1 and are never used again. Called by the
-    /// constructor of the context. Waits until a supervision round in progress has ended, except in a hook
-    /// that runs in that round. `context_id` stays as it was if `context` is null or memory is short (one
+    /// constructor of the context. Waits until a supervision round in progress has ended, unless a hook of
+    /// that round is the caller. `context_id` stays as it was if `context` is null, or if memory is short (one
     /// level-13 line): the context then works without supervision.
     void RegisterContext(StateContext* context, unsigned int& context_id);
 

@@ -9,16 +9,16 @@ namespace onu_mng_platform {
 /// A point in time on the monotonic clock, or never.
 class Deadline {
 public:
-    /// `ticks` from now. A negative number means never; 0 is in the past.
+    /// Makes a deadline `ticks` from now. A negative number means never; 0 is in the past.
     explicit Deadline(int ticks);
 
-    /// `duration` from now; never if time_t cannot represent it.
+    /// Returns the deadline `duration` from now; never if time_t cannot represent it.
     static Deadline After(const timespec& duration);
 
     bool IsNever() const { return kind_ == Kind::kNever; }
     bool HasPassed() const;
 
-    /// The point in time, for system calls that wait; null for never.
+    /// Returns the point in time, for system calls that wait; null for never.
     const timespec* Moment() const { return kind_ == Kind::kNever ? nullptr : &moment_; }
 
 private:

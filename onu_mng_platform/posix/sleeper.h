@@ -55,7 +55,7 @@ public:
         return asleep ? WakeUp(&word_) : WakeUp();
     }
 
-    /// True if the task is being deleted and may end here.
+    /// Returns whether the task is being deleted and may end here.
     bool IsToEnd() const { return IsAskedToEnd() && MayEnd(); }
     /// Throws TaskEnd if IsToEnd(). The caller must not hold a lock, because the exception allocates memory
     /// and unwinding takes long.

@@ -32,8 +32,8 @@ public:
     static constexpr uint32_t NextGeneration(uint32_t generation) {
         return (generation + 1) & kLastGeneration;
     }
-    /// True if `generation` is earlier than `now`. Generations wrap, so this holds for half of their range
-    /// only.
+    /// Returns whether `generation` is earlier than `now`. Generations wrap around, so the answer is right only
+    /// for the last 2047 generations.
     static constexpr bool IsEarlier(uint32_t generation, uint32_t now) {
         const uint32_t age = (now - generation) & kLastGeneration;
         return age != 0 && age <= kLastGeneration / 2;

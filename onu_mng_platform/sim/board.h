@@ -89,8 +89,8 @@ struct Wait {
     bool can_end = false; ///< the task may end in this wait
 };
 
-/// Whether the condition of a wait holds. Always false for waits that only the deadline or the scheduler
-/// ends.
+/// Returns whether the condition of a wait holds. Always false for waits that only the deadline or the
+/// scheduler ends.
 bool IsMet(const Wait& wait);
 
 class SimRun;
@@ -122,7 +122,7 @@ struct Task : Object {
     int board_depth = 0;  ///< not 0 while it runs the board's own code
 };
 
-/// The calling thread's task; null in other threads.
+/// Returns the calling thread's task; null if the thread is not a task.
 Task* CurrentTask();
 void SetCurrentTask(Task* task);
 
@@ -144,7 +144,7 @@ public:
         if (!WasEver(id, T::kKind)) return nullptr;
         return std::static_pointer_cast<T>(entries[id - 1].object);
     }
-    /// Whether the id belongs to an object of this kind, even a deleted one.
+    /// Returns whether the id belongs to an object of this kind, even a deleted one.
     bool WasEver(std::uint32_t id, ObjectKind kind) const {
         return id != 0 && id <= entries.size() && entries[id - 1].kind == kind;
     }
@@ -157,7 +157,7 @@ public:
         return id > last_old_id ? std::int64_t{id} - last_old_id : -std::int64_t{id};
     }
 
-    /// The present objects and blocks, including those from before the run.
+    /// Returns the present objects and blocks, including those from before the run.
     SimHoldings Holdings() const;
 
     /// The current run; null if there is none.

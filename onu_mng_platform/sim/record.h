@@ -62,10 +62,10 @@ public:
     void AddText(const char* text);
     /// Adds the store for a new task's last calls.
     TaskCalls* AddTask(const Task& task);
-    /// Freezes `Tasks`.
+    /// Stops the collection of the tasks' last calls (`Tasks`).
     void KeepLastCalls() { is_over = true; }
 
-    /// All calls; empty unless the record is kept.
+    /// Returns all calls; empty unless the record is kept.
     const std::vector<RecordedCall>& Calls() const { return calls; }
     const std::deque<TaskCalls>& Tasks() const { return tasks; }
     std::vector<std::string> Lines() const;
@@ -82,15 +82,15 @@ private:
     std::uint64_t hash = 0xcbf29ce484222325u;
 };
 
-/// "seconds.nanoseconds".
+/// Returns "seconds.nanoseconds".
 std::string TimeText(SimTime time);
-/// " at file:line", the file without its folder; empty without a file.
+/// Returns " at file:line", without the folder of the file; empty if there is no file.
 std::string SiteText(const CallSite& site);
-/// "name(number)".
+/// Returns "name(number)".
 std::string TaskText(const TaskCalls& task);
-/// "name(object 3, first 8, second -1)".
+/// Returns a text such as "name(object 3, first 8, second -1)".
 std::string CallText(const RecordedCall& call);
-/// "name(object 3, first 8) = 0 at file:line".
+/// Returns a text such as "name(object 3, first 8) = 0 at file:line".
 std::string ResultText(const RecordedCall& call);
 
 } // namespace onu_mng_platform

@@ -26,10 +26,10 @@ public:
     explicit SimRun(const SimOptions& run_options);
 
     const SimResult& Run(const std::function<void()>& body);
-    /// See `Simulation::Explain`.
+    /// Does the work of `Simulation::Explain`.
     std::string Explain() const;
 
-    /// The calendar time since 1970.
+    /// Returns the calendar time since 1970.
     SimTime Calendar() const;
 
     /// Adds a task to the board and starts it. Returns null if the system cannot provide a thread.

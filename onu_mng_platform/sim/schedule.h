@@ -19,14 +19,14 @@ struct Choice {
     std::uint16_t preempts; ///< 1: option 0 is the running task, every other option preempts it
 };
 
-/// At choice number `choice`, take option number `option`.
+/// Takes option number `option` at choice number `choice`.
 struct Decision {
     std::uint32_t choice;
     std::uint32_t option;
 };
 using Decisions = std::vector<Decision>;
 
-/// "7:1 19:2". Parsing stops at invalid text.
+/// Parses a text such as "7:1 19:2". Stops at invalid text.
 Decisions ParseDecisions(const std::string& text);
 std::string DecisionsText(const Decisions& decisions);
 
@@ -36,21 +36,22 @@ class Schedule {
 public:
     explicit Schedule(const SimOptions& options);
 
-    /// Whether the running task may be preempted now. Draws a random number if the schedule follows a seed.
+    /// Returns whether the running task may be preempted now. Draws a random number if the schedule follows a
+    /// seed.
     bool MayPreempt();
     /// Returns the task that runs next. `ready` must not be empty. `running` is one of them if it can
     /// continue, else null.
     Task* Choose(const std::vector<Task*>& ready, const Task* running, SimTime now);
 
-    /// A schedule of decisions makes choices only between these two calls.
+    /// Begin and end the choices of a schedule that follows decisions. It makes none before and after.
     void BeginChoices() { is_open = has_begun = true; }
     void EndChoices() { is_open = false; }
     bool HasBegun() const { return has_begun; }
 
-    /// Whether the run reached every decision and could take it.
+    /// Returns whether the run reached every decision and could take it.
     bool FollowsDecisions() const { return !is_lost && next_decision == decisions.size(); }
     const std::vector<Choice>& Choices() const { return choices; }
-    /// One line for each decision taken.
+    /// Returns one line for each decision taken.
     const std::vector<std::string>& Taken() const { return taken; }
 
 private:
@@ -73,7 +74,7 @@ private:
     std::vector<std::string> taken;
 };
 
-/// "decision 7:1 at 0.000000000: sender(4) goes on before host(1), in msgQSend at service.cpp:12".
+/// Returns "decision 7:1 at 0.000000000: sender(4) goes on before host(1), in msgQSend at service.cpp:12".
 std::string DecisionLine(const Decision& decision, SimTime time, const Task& chosen, const Task* running);
 
 } // namespace onu_mng_platform

@@ -36,7 +36,7 @@ public:
     /// Ends the remaining tasks and returns when they have ended.
     void EndAll();
 
-    /// A point where another task may run.
+    /// Lets another task run if the schedule chooses one.
     void Pass(Task& self);
     /// Waits until `wait` is met. Returns false at its deadline. Ends the task if that is requested and
     /// allowed.
@@ -45,13 +45,13 @@ public:
     void EndPoint(Task& self);
 
     void Stop(SimOutcome why, const std::string& what);
-    /// One line for each task that has not ended.
+    /// Returns one line for each task that has not ended.
     std::vector<std::string> Describe() const;
 
     SimTime Now() const { return now; }
-    /// The time `ticks` from now; `kNever` for a negative number.
+    /// Returns the time `ticks` from now; `kNever` for a negative number.
     SimTime Deadline(int ticks) const;
-    /// The time `span` from now, at most `kNever`.
+    /// Returns the time `span` from now, at most `kNever`.
     SimTime After(SimTime span) const;
 
     Schedule schedule;
@@ -94,7 +94,7 @@ private:
 
     std::vector<std::shared_ptr<Task>> live; ///< in the order of their start
     std::vector<Task*> ready;
-    std::shared_ptr<Task> departed; ///< a task that has ended; the next holder of the baton joins its thread
+    std::shared_ptr<Task> departed; ///< a task that has ended; the next task that runs joins its thread
     Baton owner;
 };
 

@@ -10,8 +10,8 @@
 
 namespace onu_mng_platform {
 
-/// Whether the task runs the program under test. False while it runs the board's own code, which may hold
-/// locks and must not be preempted; false while its thread ends; false for null.
+/// Returns whether the task runs the program under test. Returns false while it runs the board's own code,
+/// which may hold locks and must not be preempted, while its thread ends, and for null.
 bool IsProgram(const Task* task);
 
 /// While it exists, the calling task runs the board's own code. Its allocations do not count as the
@@ -50,7 +50,7 @@ public:
         return *this;
     }
 
-    /// Whether the call must fail. If it may wait (`ticks` is not 0), the failure takes one tick.
+    /// Returns whether the call must fail. If it may wait (`ticks` is not 0), the failure takes one tick.
     bool IsToFail(SimFault kind, int ticks = 0);
     /// Waits like `Scheduler::WaitFor`. A thread that is not a task does not wait.
     bool WaitFor(WaitKind kind, std::shared_ptr<Object> object, int ticks, bool can_end = true);
@@ -72,14 +72,14 @@ public:
     /// Returns where to store the number of the message that the call receives.
     std::uint64_t& Receives() { return call.received; }
 
-    /// The result of a call that creates an object: its id, 0 on failure.
+    /// Records and returns the result of a call that creates an object: its id, 0 on failure.
     std::uint32_t Created(std::uint32_t id) {
         On(id);
         return Result(id, id != 0 ? 0 : -1);
     }
 
     Task* Caller() const { return task; }
-    /// The current run; null if the caller is not the program under test.
+    /// Returns the current run; null if the caller is not the program under test.
     SimRun* Run() const { return run; }
 
 private:

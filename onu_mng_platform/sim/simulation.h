@@ -183,10 +183,10 @@ public:
     /// visible here. This process must have one thread.
     static SimExploration Explore(const SimExploreOptions& options,
                                   const std::function<bool(Simulation&)>& scenario);
-    /// Runs the part of the body that is explored, together with all tasks that run meanwhile. Outside it,
-    /// for instance during the start of the library, the exploration makes no choices: the running task
-    /// continues while it can; after that, the ready task that was started first runs. In a run with a seed
-    /// it just calls `part`.
+    /// Runs the part of the body that is explored, together with all tasks that run during that part. Outside
+    /// it, for instance during the start of the library, the exploration makes no choices: the running task
+    /// continues while it can, and then the ready task that was started first runs. In a run with a seed, this
+    /// function only calls `part`.
     void Explored(const std::function<void()>& part);
 
     /// Starts another host task. The run does not end before this task. Returns false if it could not be
@@ -196,7 +196,7 @@ public:
     void Join();
     /// Waits until no other task can run without time passing.
     void Settle();
-    /// Lets time pass for the calling task, as nanosleep() does.
+    /// Sleeps for `duration` of virtual time, as nanosleep() does.
     void Sleep(SimTime duration);
     SimTime Now() const;
     /// Moves the calendar (CLOCK_REALTIME, getDateTime()) without time passing, as setting the date does.
@@ -205,7 +205,7 @@ public:
     /// a queue.
     void MayIdle(const char* task);
 
-    /// Makes the `nth` call of a kind fail (1: the next one), and also the later call number `then`.
+    /// Makes the `nth` call of a kind fail (1: the next one), and also call number `then`, unless that is 0.
     /// `FailFrom` makes the `nth` and all later calls fail. `FailShare` makes one in `one_in` calls fail,
     /// chosen from the seed. Each replaces the earlier setting for the kind.
     ///
@@ -217,16 +217,16 @@ public:
     /// Returns the number of calls of a kind that were made to fail in this run.
     unsigned int Failed(SimFault kind = SimFault::kAny) const;
 
-    /// The log lines so far. The run collects them instead of the log's default sink.
+    /// Returns the log lines so far. The run collects them instead of writing them to standard error.
     const std::vector<SimLogLine>& Log() const;
     /// Returns the number of log lines with this text.
     std::size_t Logged(const std::string& text) const;
-    /// One line for each call so far, with `SimOptions::keep_record`.
+    /// Returns one line for each call so far. Requires `SimOptions::keep_record`.
     std::vector<std::string> Record() const;
-    /// One line for each task that has not ended: its name and its wait.
+    /// Returns one line for each task that has not ended: its name and its wait.
     std::vector<std::string> Tasks() const;
-    /// The failure, the decisions or the seed, the last 30 calls of each task and the last 50 lines of the
-    /// log.
+    /// Returns a report: the failure, the decisions or the seed, the last 30 calls of each task, and the last 50
+    /// lines of the log.
     std::string Explain() const;
     /// Writes the run as trace events (JSON) for the common trace viewers: a track for each task, calls as
     /// slices, messages as arrows, faults and log lines as marks. Calls that take no virtual time are drawn

@@ -13,7 +13,7 @@ constexpr CallName kDelete{"taskDelete", "task", nullptr, nullptr};
 constexpr CallName kSafe{"taskSafe", nullptr, nullptr, nullptr};
 constexpr CallName kUnsafe{"taskUnsafe", nullptr, nullptr, nullptr};
 
-/// True if `task` is `other` or waits, directly or through other tasks, for its end.
+/// Returns whether `task` is `other` or waits, directly or through other tasks, for its end.
 bool WaitsForEndOf(const Task& task, const Task* other) {
     for (const Task* each = &task; other != nullptr && each != nullptr; each = each->deletes)
         if (each == other) return true;

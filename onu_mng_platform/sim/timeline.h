@@ -13,7 +13,7 @@ namespace onu_mng_platform {
 /// Writes the trace events (JSON) of a run with a kept record. Returns false if the file cannot be written.
 bool WriteTimeline(const std::string& path, const Record& record, const std::vector<SimLogLine>& log);
 
-/// The folder in the environment variable ONU_MNG_TIMELINE; empty if it is not set.
+/// Returns the folder in the environment variable ONU_MNG_TIMELINE; empty if it is not set.
 std::string TimelineFolder();
 /// Writes a new file into that folder, if it is set.
 void WriteTimelineOfRun(const Record& record, const std::vector<SimLogLine>& log);

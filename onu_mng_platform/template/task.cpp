@@ -1,4 +1,4 @@
-// Tasks. The contract of each function stands in bep.h; here is what is easily missed.
+// Tasks. bep.h has the contract of each function. The comments here point out what is easy to miss.
 #include "onu_mng_platform/bep.h"
 
 extern "C" uint32_t bep_taskSpawnEx(const char* /*name*/, unsigned int /*priority*/, int /*options*/,
@@ -7,14 +7,14 @@ extern "C" uint32_t bep_taskSpawnEx(const char* /*name*/, unsigned int /*priorit
                                     intptr_t /*arg5*/, intptr_t /*arg6*/, intptr_t /*arg7*/,
                                     intptr_t /*arg8*/, intptr_t /*arg9*/, intptr_t /*arg10*/) {
     if (entry == nullptr) return 0;
-    // What the system itself needs of a stack comes on top of what was asked for. Without the right to the
-    // priority: say so once and go on. Catch here what ends the task.
+    // Add the stack that the system itself needs to the size asked for. If the process has no right to
+    // priorities, log that once and go on. The start function of the task catches bep_TaskEnd.
     return 0;
 }
 
 extern "C" int bep_taskDeleteEx(uint32_t /*task_id*/) {
-    // Tell the task to end, wake it wherever it waits, wait until it has ended. nanosleep() is a wait as
-    // well: the library calls it under its own name, so that the port has to stand in for it.
+    // Ask the task to end, wake it wherever it waits, and wait until it has ended. nanosleep() is a wait, too.
+    // The library calls it directly, so the port has to replace it.
     return -1;
 }
 

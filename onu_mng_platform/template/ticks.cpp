@@ -1,6 +1,6 @@
 #include "onu_mng_platform/bep.h"
 
-// The ticks in which the board counts its waits.
+// The ticks per second of the board's clock.
 extern "C" int bep_sysClkRateGetEx() {
     return 100;
 }

@@ -8,7 +8,7 @@
 
 namespace onu_mng_platform {
 
-/// "help", "list" and "exit". The records live as long as the process. Throws std::bad_alloc.
+/// Returns "help", "list" and "exit". The records live as long as the process. Throws std::bad_alloc.
 std::vector<cmd_element*> CommonCommands();
 
 } // namespace onu_mng_platform

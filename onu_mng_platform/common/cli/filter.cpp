@@ -32,13 +32,13 @@ CommandList MakeCommands(bool may_save) {
     return list;
 }
 
-/// Whether a word of at least `least` characters is a prefix of a name.
+/// Returns whether a word of at least `least` characters is a prefix of a name.
 bool IsShortFor(std::string_view name, std::string_view word, size_t least = 1) {
     return word.size() >= least && name.substr(0, word.size()) == word;
 }
 
-/// Whether an expression contains " |" and the name of a filter, either one of the host's or the client's
-/// "more".
+/// Returns whether an expression contains " |" and the name of a filter, either one of the host's or the
+/// client's "more".
 bool HoldsFilter(std::string_view pattern) {
     constexpr size_t kLeast = 3; // so that an expression may contain " | b"
     for (size_t bar = pattern.find(" |"); bar != pattern.npos; bar = pattern.find(" |", bar + 1)) {

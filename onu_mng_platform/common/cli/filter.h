@@ -22,23 +22,24 @@ public:
     /// Writes the rest after the command has ended. @return false after an error line.
     virtual bool Finish() = 0;
 
-    /// The output for error messages about the command. Most filters are bypassed; some format the messages.
+    /// Returns the output for error messages about the command. Error messages bypass most filters; some filters
+    /// format them.
     virtual Output Errors() = 0;
 
     /// Called instead of Finish() if the command has no result.
     virtual void Fail() {}
 
-    /// An output that writes to this filter.
+    /// Returns an output that writes to this filter.
     Output AsOutput();
 };
 
-/// The syntax of the filters in the form of commands. Throws std::bad_alloc.
+/// Returns the syntax of the filters in the form of commands. Throws std::bad_alloc.
 const CommandList& FilterCommands(bool may_save);
 
-/// Whether a filter's name, in full or shortened, is that of the filter that writes a file.
+/// Returns whether a filter's name, in full or shortened, is that of the filter that writes a file.
 bool FilterSaves(std::string_view name);
 
-/// Whether a filter also formats error messages. It must then exist before the command is looked up.
+/// Returns whether a filter also formats error messages. It must then exist before the command is looked up.
 bool FilterTakesErrors(const Command& filter);
 
 /// Creates the filter for an element of FilterCommands(). It writes to `next`. Throws std::bad_alloc.

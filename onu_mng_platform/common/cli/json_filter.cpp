@@ -188,8 +188,8 @@ JsonFilter::State JsonFilter::TakeBehind(std::string_view line) {
     return line == kSeparator ? State::kTail : TakeText(line);
 }
 
-/// Whether a row has numbers in the same columns as the first row. A line with totals below the table has
-/// not.
+/// Returns whether a row has numbers in the same columns as the first row. A line with totals below the
+/// table does not.
 bool JsonFilter::HasNumbers(const std::vector<std::string_view>& cells) const {
     for (size_t i = 0; i < cells.size(); ++i)
         if (numbers_[i] && !IsNumber(cells[i])) return false;

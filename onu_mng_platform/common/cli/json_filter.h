@@ -15,7 +15,7 @@ namespace onu_mng_platform {
 /// - a message that starts with "% " becomes "error";
 /// - any other line becomes "text".
 ///
-/// The frame of a report is left out. The result is valid JSON for any text, also if memory is short.
+/// The frame of a report is left out. The result is valid JSON for any text, even if memory is short.
 class JsonFilter final : public LineFilter {
 public:
     using LineFilter::LineFilter;

@@ -12,7 +12,7 @@ namespace onu_mng_platform {
 /// The maximum length of a line in characters.
 constexpr size_t kMaxLine = 1023;
 
-/// Whether a character is a control character.
+/// Returns whether a character is a control character.
 constexpr bool IsControl(char c) {
     return static_cast<unsigned char>(c) < ' ' || c == '\x7f';
 }
@@ -36,7 +36,7 @@ struct CommandLine {
     std::vector<TypedWord> filter; ///< the filter's name, then the rest of the line as one word
     bool has_filter = false;
 
-    /// Whether there is nothing to run: the line is empty or a comment that starts with "!" or "#".
+    /// Returns whether there is nothing to run: the line is empty or a comment that starts with "!" or "#".
     bool IsEmpty() const;
 
     /// Removes and returns the last word, for a line that is still being typed. The result is empty if the

@@ -10,7 +10,7 @@ bool IsDigits(std::string_view text) {
     return text.find_first_not_of("-0123456789") == std::string_view::npos;
 }
 
-// Whether `start` is a possible beginning of `word`.
+// Returns whether `start` is a possible beginning of `word`.
 bool MayBecome(const SyntaxWord& word, std::string_view start) {
     if (word.kind == SyntaxWord::Kind::kNumber) return IsDigits(start);
     return IsAccepted(word.FitOf(start));

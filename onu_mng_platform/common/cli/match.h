@@ -44,7 +44,7 @@ public:
     /// values.
     std::vector<Option> Next(std::string_view start) const;
 
-    /// Whether all words that may come next are arguments of the handler.
+    /// Returns whether all words that may come next are arguments of the handler.
     bool WantsArgument() const;
 
     /// Returns the valid words where Take() has refused a word. For an ambiguous word only those that it may

@@ -21,7 +21,7 @@ public:
     /// @return null, or the reason why it cannot be used. The text is valid as long as the object.
     [[nodiscard]] const char* Compile(const std::string& text);
 
-    /// Whether any part of `line` matches. Always false without an expression.
+    /// Returns whether any part of `line` matches. Always false without an expression.
     bool IsIn(const std::string& line);
 
 private:

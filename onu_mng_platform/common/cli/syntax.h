@@ -20,7 +20,7 @@ enum class Fit : unsigned char {
     kExact,
 };
 
-/// Whether a word with this fit is valid.
+/// Returns whether a word with this fit is valid.
 constexpr bool IsAccepted(Fit fit) {
     return fit >= Fit::kValue;
 }
@@ -64,10 +64,10 @@ public:
     template <typename Visitor>
     void ForEachNext(Place place, Visitor&& visit) const;
 
-    /// Whether the line may end here.
+    /// Returns whether the line may end here.
     bool MayEnd(Place place) const;
 
-    /// The maximum number of arguments from one line.
+    /// Returns the maximum number of arguments from one line.
     unsigned MaxDelivered() const;
 
 private:

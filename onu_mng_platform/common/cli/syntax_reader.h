@@ -13,7 +13,7 @@ class SyntaxReader {
 public:
     SyntaxReader(std::string_view text, Syntax* result) : rest_(text), result_(result) {}
 
-    /// @return false if the text breaks the rules; the result is then unusable. Throws std::bad_alloc.
+    /// Parses the text. Throws std::bad_alloc. @return false if it breaks the rules: the result is then unusable.
     bool Read();
 
 private:

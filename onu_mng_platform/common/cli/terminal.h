@@ -19,8 +19,8 @@ struct Output {
     }
 };
 
-/// The terminal of the command that runs in the calling task; null if there is none. Valid until the
-/// command's handler returns.
+/// Returns the terminal of the command that runs in the calling task; null if there is none. The terminal is
+/// valid until the command's handler returns.
 vty* CurrentTerminal();
 
 /// Makes a terminal the current one of the calling task while the object lives.

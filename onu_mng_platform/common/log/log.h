@@ -9,8 +9,8 @@
 /// The common log of all ports: threshold, opened levels and sink. A port defines the functions of ulog.h and
 /// forwards each to its counterpart here. The contracts are in ulog.h; the comments below only add to them.
 ///
-/// Everything may be called from any thread, also in static constructors and destructors. A line that a sink
-/// logs is dropped.
+/// Any thread may call everything, even in static constructors and destructors. A line that a sink logs is
+/// dropped.
 namespace onu_mng_platform {
 
 /// The module number of the port's own lines.
@@ -38,7 +38,7 @@ struct LogNeighbour {
 /// called.
 void LogSetNeighbour(const LogNeighbour& neighbour);
 
-/// Returns the time of day that the default sink writes before a line.
+/// A function that returns the time of day that the default sink writes before a line.
 using LogClock = timespec (*)();
 
 /// Replaces the system's clock as the source of that time. Null restores it. The clock is called by one

@@ -29,7 +29,7 @@ private:
 /// Constant-initialised and never destroyed. One task at a time.
 class StandardError {
 public:
-    /// @return false if the line was lost, wholly or in part.
+    /// Writes one line. @return false if the line was lost, wholly or in part.
     [[nodiscard]] bool Write(const char* line, size_t size);
 
 private:

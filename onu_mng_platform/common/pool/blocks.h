@@ -18,10 +18,10 @@ inline constexpr uint32_t kMinCells = 2;
 enum class BlockState : uint32_t {
     kNone,    ///< No block starts here.
     kFree,    ///< In a free list of the map.
-    kMoving,  ///< Belongs to the thread that is taking it or returning it.
+    kMoving,  ///< Belongs to the thread that takes or returns it.
     kStocked, ///< In a stock or in the depot, for the next request of its class.
     kLive,    ///< Belongs to a caller.
-    kDamaged, ///< Written past its end: never handed out again.
+    kDamaged, ///< Written past its end. Never handed out again.
 };
 
 /// The state of a block, in one word.
@@ -29,8 +29,8 @@ enum class BlockState : uint32_t {
 /// | bits  | kFree                          | kStocked, kLive, kDamaged                       |
 /// |-------|--------------------------------|-------------------------------------------------|
 /// | 0-2   | state                          | state                                           |
-/// | 3     | the start cell's lowest bit    | the same                                        |
-/// | 4-12  | the block before it in its list| holder: the stock it is in or was taken from    |
+/// | 3     | lowest bit of the start cell   | the same                                        |
+/// | 4-12  | previous block in its list     | holder: the stock it is in or was taken from    |
 /// | 13-19 |                                | class                                           |
 /// | 20-31 |                                | slack: cells that the caller did not ask for    |
 class BlockTag {
@@ -57,7 +57,7 @@ public:
 
     constexpr uint32_t Bits() const { return bits_; }
     constexpr BlockState State() const { return static_cast<BlockState>(bits_ & 7); }
-    /// True when the block starts at `cell`, one of the two cells that share a record.
+    /// Returns whether the block starts at `cell`, one of the two cells that share a record.
     constexpr bool StartsAt(Cell cell) const {
         return State() != BlockState::kNone && (bits_ >> 3 & 1) == (cell & 1);
     }
@@ -80,15 +80,15 @@ private:
 /// The record of the block that starts in one of two neighbouring cells. Records lie outside of the region, so a
 /// write past the end of a block does not reach them.
 ///
-/// Who may change the tag depends on the state. kFree: the holder of the pool's lock. kStocked: the owner of the
-/// stock, or under the lock a task that closed the stock. kMoving: the thread that moves the block. kLive: any
-/// task that returns the block. The task from whose stock the block comes stores the new tag; all others exchange
-/// it.
+/// The state decides which thread may change the tag. kFree: the holder of the pool's lock. kStocked: the owner
+/// of the stock, or a thread that closed the stock and holds the lock. kMoving: the thread that moves the block.
+/// kLive: any thread that returns the block. If the block comes from the thread's own stock, the thread stores the
+/// new tag. Otherwise it exchanges the tag.
 struct BlockRecord {
     std::atomic<uint32_t> tag;
     std::atomic<uint32_t> cells; ///< Length; changed under the pool's lock.
     uint32_t cells_before;       ///< Length of the block in front; guarded by the pool's lock.
-    std::atomic<uint32_t> site;  ///< Live: the place that took it. Free: the next block of its list.
+    std::atomic<uint32_t> site;  ///< Live: the site that took it. Free: the next block in its list.
 
     BlockTag Tag() const { return BlockTag(tag.load(std::memory_order_acquire)); }
     void SetTag(BlockTag value) { tag.store(value.Bits(), std::memory_order_release); }
@@ -100,7 +100,7 @@ struct BlockRecord {
     }
     uint32_t Cells() const { return cells.load(std::memory_order_relaxed); }
     Cell Next() const { return site.load(std::memory_order_relaxed); }
-    /// Releases: a view that reads the link as a site then also finds the tag changed.
+    /// Stores with release order. If a view reads the link as a site, it then also sees that the tag has changed.
     void SetNext(Cell next) { site.store(next, std::memory_order_release); }
 };
 
@@ -108,12 +108,12 @@ struct BlockRecord {
 struct BlockView {
     BlockTag tag;
     uint32_t cells;
-    uint32_t site; ///< Of a live or damaged block. Otherwise without meaning.
+    uint32_t site; ///< Of a live or damaged block; otherwise meaningless.
 };
 
 /// The map of the blocks of a region. Free blocks are in lists by length, with a bitmap of the lists that are not
-/// empty. A free block is split when it is taken and joined with its free neighbours when it comes back. Both take
-/// bounded time.
+/// empty. A block that is longer than needed is split when it is taken. A block that comes back is joined with its
+/// free neighbours. Both operations take bounded time.
 ///
 /// Thread safety: taking and releasing run under the pool's lock. Any thread may read records at any time.
 class BlockMap {
@@ -126,11 +126,11 @@ public:
     void Init(BlockRecord* records, uint32_t cells);
 
     /// Takes a block of `cells` cells, or of one more if a single cell would be left over. Its state is kMoving.
-    /// @return its first cell; kNoCell if no free block is found that is long enough. A block that is less than a
-    ///         sixteenth longer than needed may be missed if there are many of its length.
+    /// @return its first cell; kNoCell if no free block was found that is long enough. If there are many free
+    ///         blocks of about the needed length, a block that is less than a sixteenth longer may be missed.
     Cell Take(uint32_t cells) { return TakeFrom(FindFit(cells, kFewProbes), cells); }
 
-    /// Does the same as Take(), but misses no block: it looks at each free block of about this length.
+    /// Does the same as Take(), but misses no block: it looks at every free block of about this length.
     Cell TakeIfAny(uint32_t cells) { return TakeFrom(FindFit(cells, cells_), cells); }
 
     /// Makes a block free. Its state is kMoving.
@@ -138,15 +138,15 @@ public:
 
     BlockRecord& At(Cell cell) const { return records_[cell >> 1]; }
 
-    /// Calls `visit(view)` for each block. If other threads use the pool meanwhile, each block is seen at a moment
-    /// of its own, and a block that changes at that moment is left out.
+    /// Calls `visit(view)` for each block. If other threads use the pool at the same time, each block is seen at a
+    /// different moment, and a block that changes at that moment is left out.
     template <class Visit>
     void ForEach(Visit visit) const {
         for (size_t i = 0; i < RecordCount(cells_); ++i) {
             const BlockRecord& record = records_[i];
             const BlockTag tag = record.Tag();
             if (tag.State() == BlockState::kNone) continue;
-            // Acquired, so the second look at the tag comes after them.
+            // Acquire order, so the second load of the tag comes after these loads.
             const BlockView view{tag, record.cells.load(std::memory_order_acquire),
                                  record.site.load(std::memory_order_acquire)};
             if (record.Tag().Bits() == tag.Bits()) visit(view);

@@ -17,23 +17,23 @@ namespace onu_mng_platform {
 inline constexpr int kMaxPools = 64;
 inline constexpr uint32_t kGuardCells = 1;
 
-/// A memory pool: a region of memory, a map of its blocks, a depot, and a stock for each task that uses the pool.
+/// A memory pool: a region of memory, a map of its blocks, a depot, and a stock for each thread that uses the pool.
 ///
-/// A stock has a bin of free blocks for each class of length. Most requests only use the stock of the calling
-/// task and need neither a lock nor an atomic exchange. A bin that is empty is filled from the depot, or else
-/// from the map. A bin that is full passes its older half to the depot, or else to the map. The depot and the map
-/// are used under the pool's lock. Before a request fails, the blocks of all stocks and of the depot go back to
-/// the map, where neighbours are joined.
+/// A stock has a bin of free blocks for each class of length. Most requests use only the stock of the calling
+/// thread and need neither a lock nor an atomic exchange. An empty bin is filled from the depot, or else from the
+/// map. A full bin passes its older half to the depot, or else to the map. The depot and the map are used under the
+/// pool's lock. Before a request fails, the blocks of all stocks and of the depot go back to the map, where
+/// neighbours are joined.
 ///
-/// The peak is exact, although requests have no common counter. It is the sum of the cells in use, of the cells
-/// that each task may still take, and of the spare cells. A task that may take no more gets spare cells, or
-/// else the cells of other tasks. Only if there are none does the peak rise.
+/// The peak is exact, although requests have no common counter. It is the sum of the cells in use, the cells that
+/// each thread may still take, and the spare cells. A thread that may take no more cells gets spare cells, or else
+/// cells of other threads. The peak rises only if there are none.
 ///
-/// A block that is returned twice is refused, with one limit: the task that took it returns it with a load and a
-/// store of its tag. If another task returns the block between the two, both get 0. The block is in two bins then,
-/// but its tag names only one of them, so the other entry is dropped and logged when it is found. Only if the
-/// first task is interrupted between the two until the block is in use again is the block given out twice. An
-/// exchange would close this gap of two instructions, but it costs a third of the speed.
+/// A block that is returned twice is refused, with one exception. The thread that took the block returns it with a
+/// load and a store of its tag. If another thread returns the block between the two, both calls return 0. The block
+/// is then in two bins, but its tag names only one of them. When the entry in the other bin is found, it is dropped
+/// and logged. The block is given out twice only if the first thread is interrupted between the load and the store
+/// until the block is in use again. An exchange would close this gap, but it costs a third of the speed.
 ///
 /// Thread safety: any thread may call everything. A pool is never destroyed.
 class Pool {
@@ -42,10 +42,10 @@ public:
     static Pool* Create(const char* name, unsigned int size);
 
     void* Alloc(unsigned int size, const char* file, int line);
-    /// `block` is an address in the region, and `offset` is OffsetOf(block).
+    /// Returns a block to the pool. `block` is an address in the region, and `offset` is OffsetOf(block).
     int Free(void* block, size_t offset);
 
-    /// Bytes from the start of the region to an address in it.
+    /// Returns the number of bytes from the start of the region to an address in it.
     size_t OffsetOf(const void* address) const {
         return static_cast<size_t>(reinterpret_cast<uintptr_t>(address) -
                                    reinterpret_cast<uintptr_t>(region_));
@@ -135,22 +135,22 @@ private:
     BlockMap map_;
     Shelf depot_[block_class::kCount];
     ptrdiff_t peak_ = 0;         // cells
-    ptrdiff_t spare_ = 0;        // cells of the peak that are not in use and that no task may take
-    unsigned long taken_ = 0;    // blocks that tasks without a stock took
-    unsigned long returned_ = 0; // blocks that went back past the stocks
+    ptrdiff_t spare_ = 0;        // cells of the peak that are neither in use nor allowed to a thread
+    unsigned long taken_ = 0;    // blocks that threads without a stock took
+    unsigned long returned_ = 0; // blocks that did not go back to a stock
     unsigned long fails_ = 0;
     Cell returned_twice_ = kNoCell; // a block that was found to be in two bins; kNoCell once it is logged
 };
 
-// What most requests execute.
+// The code that most requests execute.
 
 /// A guard depends on its address, so a copy of a block does not make a valid guard.
 inline uintptr_t GuardFor(const std::byte* address) {
     return reinterpret_cast<uintptr_t>(address) ^ static_cast<uintptr_t>(0xC3A5'5A3C'96E1'1E69);
 }
 
-// Guards are atomics: a task that returns a block a second time may read a guard while another task, which has
-// the block now, writes it.
+// Guards are read and written atomically: a thread that returns a block a second time may read a guard while the
+// thread that now has the block writes it.
 inline void Pool::WriteGuard(std::byte* address) {
     for (uint32_t i = 0; i < kCellBytes / sizeof(uintptr_t); ++i)
         __atomic_store_n(reinterpret_cast<uintptr_t*>(address) + i, GuardFor(address), __ATOMIC_RELAXED);
@@ -170,7 +170,7 @@ inline void* Pool::HandOut(Cell start, BlockTag live, uint32_t contents, uint32_
     record.site.store(site, std::memory_order_relaxed);
     std::byte* const block = AddressOf(start);
     WriteGuard(block + size_t{contents} * kCellBytes);
-    // Last, so that a reader who finds the block live also finds its site and its guard.
+    // Last, so that a reader that sees the block live also sees its site and its guard.
     record.SetTag(live);
     return block;
 }
@@ -183,7 +183,7 @@ inline void* Pool::Alloc(unsigned int size, const char* file, int line) {
 }
 
 inline void* Pool::AllocFor(unsigned int size, uint32_t site) {
-    const uint32_t contents = (size - 1) / kCellBytes + 1; // of size 0: more than any class has
+    const uint32_t contents = (size - 1) / kCellBytes + 1; // for size 0: more cells than any class has
     if (contents + kGuardCells > block_class::kMaxCells) return AllocSlowly(size, site);
     ThreadStock& stock = *stocks_[detail::t_slot].load(std::memory_order_acquire);
     Bin& bin = stock.bins[block_class::kTables.to_fit[contents + kGuardCells]];
@@ -220,7 +220,7 @@ inline int Pool::CountReturned(ThreadStock& stock, uint32_t contents) {
     return stock.Refund(contents) ? 0 : Settle(stock);
 }
 
-/// Returns the stock of the calling thread; null if it cannot have one. It works under the lock then.
+/// Returns the stock of the calling thread; null if it cannot have one. The thread then works under the lock.
 inline ThreadStock* Pool::OwnStock() {
     ThreadStock* const stock = stocks_[detail::t_slot].load(std::memory_order_acquire);
     return stock->HasOwner() ? stock : MakeStock();
@@ -235,7 +235,7 @@ void Pool::ForEachStock(Visit visit) const {
     }
 }
 
-/// Returns the pool with an id; null if there is none. Ids run from 0 without a gap.
+/// Returns the pool with an id; null if there is none. Ids are 0, 1, 2, ...
 Pool* PoolAt(int pool_id);
 
 } // namespace onu_mng_platform

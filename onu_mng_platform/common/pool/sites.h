@@ -4,13 +4,13 @@
 #include <atomic>
 #include <cstdint>
 
-/// Sites: the places in source files that take blocks. Each has a number, so the record of a block needs only four
-/// bytes for it.
+/// Sites: the places in source files that take blocks. Each site has a number, so the record of a block stores it
+/// in four bytes.
 namespace onu_mng_platform {
 
 inline constexpr uint32_t kMaxSites = 1024;
 
-/// The number of all sites that do not fit into the table.
+/// The common number of all sites that do not fit into the table.
 inline constexpr uint32_t kOtherSite = 0;
 
 struct Site {
@@ -43,7 +43,7 @@ inline uint32_t SiteHash(const char* file, int line) {
 /// Returns the number of a site, below kMaxSites. Takes a lock for a new site. Any thread may call it.
 uint32_t SiteOf(const char* file, int line);
 
-/// Returns the number of a site if its entry is where its hash points; otherwise kOtherSite.
+/// Returns the number of a site if its entry is at the index of its hash; otherwise kOtherSite. Takes no lock.
 inline uint32_t KnownSite(const char* file, int line) {
     const uint32_t likely = detail::SiteHash(file, line);
     return file != nullptr && detail::g_sites[likely].Holds(file, line) ? likely : kOtherSite;

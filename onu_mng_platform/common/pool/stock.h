@@ -26,8 +26,8 @@ constexpr uint32_t StepAt(uint32_t cells) {
 
 struct Tables {
     std::array<uint16_t, kCount> cells{};          // length of each class
-    std::array<uint8_t, kMaxCells + 1> to_fit{};   // shortest class of at least so many cells
-    std::array<uint8_t, kMaxCells + 1> of_exact{}; // class of exactly so many cells, or kNone
+    std::array<uint8_t, kMaxCells + 1> to_fit{};   // by number of cells: shortest class that holds them
+    std::array<uint8_t, kMaxCells + 1> of_exact{}; // by number of cells: class of this length, or kNone
 };
 
 constexpr Tables MakeTables() {
@@ -65,19 +65,19 @@ constexpr uint32_t BytesOf(uint32_t index) {
 
 /// The free blocks of one class in a stock.
 ///
-/// Only the owner of the stock changes `count`. Another task that empties the stock replaces entries by kNoCell.
+/// Only the owner of the stock changes `count`. Another thread that empties the stock replaces entries by kNoCell.
 struct Bin {
     static constexpr uint32_t kMostBlocks = 60;
     static constexpr uint32_t kMostBytes = 8 * 1024;
 
     std::atomic<uint32_t> count{0};
     uint32_t tag = 0;   ///< Tag of a block in this bin, without the bit of its start cell.
-    uint32_t room = 0;  ///< Most entries. 0 until Init().
+    uint32_t room = 0;  ///< Maximum number of entries. 0 until Init().
     uint16_t cells = 0; ///< Length of the class.
-    uint16_t batch = 0; ///< Blocks that were fetched from the map the last time.
+    uint16_t batch = 0; ///< Number of blocks that the last fetch from the map brought.
     std::atomic<Cell>* blocks = nullptr;
 
-    /// Returns the most entries of a class: 8 KiB of blocks, but at least four.
+    /// Returns the maximum number of entries of a class: 8 KiB of blocks, but at least 4 and at most 60 blocks.
     static constexpr uint32_t RoomOf(uint32_t index) {
         return std::clamp(kMostBytes / block_class::BytesOf(index), uint32_t{4}, kMostBlocks);
     }
@@ -92,7 +92,8 @@ struct Bin {
 
     uint32_t Count() const { return count.load(std::memory_order_relaxed); }
     Cell At(uint32_t position) const { return blocks[position].load(std::memory_order_relaxed); }
-    /// Adds a block that has its tag already. The bin has room; `old_count` is its count.
+    /// Adds a block. The caller has already set the tag of the block. The bin must have room, and `old_count`
+    /// must be its count.
     void Push(uint32_t old_count, Cell start) {
         blocks[old_count].store(start, std::memory_order_relaxed);
         count.store(old_count + 1, std::memory_order_release);
@@ -107,21 +108,21 @@ constexpr uint32_t CountEntriesOfAllBins() {
 }
 inline constexpr uint32_t kEntriesOfAllBins = CountEntriesOfAllBins();
 
-/// What a task has of a pool for itself: free blocks, and cells that it may take without a new peak.
+/// The part of a pool that belongs to one thread: free blocks, and cells that it may take without a new peak.
 ///
-/// The owner takes and returns blocks without a lock and without an atomic exchange. Another task that needs
+/// The owner takes and returns blocks without a lock and without an atomic exchange. Another thread that needs
 /// the blocks or the cells closes the stock under the pool's lock. From then on the owner takes blocks under
 /// the lock too. It still returns blocks without it.
 ///
-/// To take a block, the owner first lowers `count` and `left` and then looks if the stock is open. To close
-/// the stock, the other task first stores `least`, then makes every thread pass a memory barrier, and only then
-/// reads `count` and `left`. So either the owner sees that the stock is closed, or the other task sees that the
-/// block and the cells are gone. Neither waits for the other.
+/// To take a block, the owner first lowers `count` and `left` and then checks whether the stock is open. To
+/// close the stock, the other thread first stores `least`, then makes every thread execute a memory barrier, and
+/// only then reads `count` and `left`. So either the owner sees that the stock is closed, or the other thread
+/// sees that the block and the cells are gone. Neither waits for the other.
 struct ThreadStock {
-    /// The most cells that a task keeps for itself. If it has more, it returns some.
+    /// The maximum number of cells that a thread keeps. If it has more, it returns some.
     static constexpr ptrdiff_t kMostAllowed = 4096;
-    /// A closed stock opens again after so many requests of its owner. Otherwise two tasks that compete for
-    /// the last blocks or cells would close each other's stock at every request.
+    /// A closed stock opens again after this number of requests by its owner. Otherwise two threads that compete
+    /// for the last blocks or cells would close each other's stock at every request.
     static constexpr uint32_t kClosedFor = 256;
 
     Bin bins[block_class::kCount];
@@ -138,7 +139,7 @@ struct ThreadStock {
     ptrdiff_t withdrawn = 0;
     uint32_t entries_used = 0;
 
-    /// Returns a bin that is initialised. The caller is the owner and holds the pool's lock.
+    /// Returns a bin, and initialises it at its first use. The caller is the owner and holds the pool's lock.
     Bin& ReadyBin(uint32_t index) {
         Bin& bin = bins[index];
         if (bin.room == 0) {
@@ -148,11 +149,11 @@ struct ThreadStock {
         return bin;
     }
 
-    /// False for the empty stock that stands in for a task without one.
+    /// Returns false for the empty stock that stands in for the stock of a thread without one.
     bool HasOwner() const { return holder != BlockTag::kHolders; }
 
-    /// Takes cells, also if it returns false. Called by the owner.
-    /// @return false if there were fewer, or if the stock is closed.
+    /// Takes cells, even if it returns false. Called by the owner.
+    /// @return false if there were fewer cells or the stock is closed.
     bool Spend(ptrdiff_t cells) {
         const ptrdiff_t now_left = left.load(std::memory_order_relaxed) - cells;
         left.store(now_left, std::memory_order_relaxed);
@@ -160,7 +161,7 @@ struct ThreadStock {
         return now_left >= least.load(std::memory_order_acquire);
     }
     /// Gives cells back. Called by the owner.
-    /// @return false if the owner has more now than it should keep.
+    /// @return false if the owner now has more than `kMostAllowed`.
     bool Refund(ptrdiff_t cells) {
         const ptrdiff_t now_left = left.load(std::memory_order_relaxed) + cells;
         left.store(now_left, std::memory_order_release);

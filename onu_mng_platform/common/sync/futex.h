@@ -20,7 +20,7 @@ public:
 
     static constexpr long kNoCall = -1;
 
-    /// See FutexWait().
+    /// Does the work of FutexWait().
     void Wait(const std::atomic<uint32_t>& word, uint32_t expected, const timespec* deadline);
 
 private:

@@ -7,7 +7,7 @@
 
 namespace onu_mng_platform {
 
-/// True in a catch block that handles the end of the calling task.
+/// Returns whether the caller is in a catch block that handles the end of the calling task.
 inline bool IsHandlingTaskEnd() {
     const std::exception_ptr handled = std::current_exception();
     if (handled == nullptr) return false;
@@ -20,8 +20,8 @@ inline bool IsHandlingTaskEnd() {
     }
 }
 
-/// True while the calling task is being unwound. Its destructors and catch blocks must run to their end, even
-/// if they wait, so there must be no end point in them.
+/// Returns whether the calling task is being unwound. Its destructors and catch blocks must run to their end,
+/// even if they wait, so there must be no end point in them.
 inline bool IsUnwinding() {
     return std::uncaught_exceptions() != 0 || IsHandlingTaskEnd();
 }

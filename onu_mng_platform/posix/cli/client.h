@@ -31,19 +31,19 @@ public:
     ///         then unusable.
     std::optional<int> Run(std::string_view line, const Print& print);
 
-    /// Whether the host has timed out.
+    /// Returns whether the host has timed out.
     bool HasTimedOut() const { return has_timed_out_; }
 
-    /// Whether the last line was "exit". The host then closes the connection.
+    /// Returns whether the last line was "exit". The host then closes the connection.
     bool HasExited() const { return has_exited_; }
 
-    /// The help for the next word of a line; empty if the connection is lost.
+    /// Returns the help for the next word of a line; empty if the connection is lost.
     std::string Describe(std::string_view line);
 
-    /// The completion of a line; empty if the connection is lost.
+    /// Returns the completion of a line; empty if the connection is lost.
     Completion Complete(std::string_view line);
 
-    /// The host's prompt; nothing if the host has closed the connection. Its last message is then in
+    /// Returns the host's prompt; nothing if the host has closed the connection. Its last message is then in
     /// `farewell`.
     std::optional<std::string> Prompt(std::string* farewell);
 

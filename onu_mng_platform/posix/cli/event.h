@@ -15,10 +15,10 @@ class CliEvent {
 public:
     CliEvent() : event_(eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC)) {}
 
-    /// Whether the system has provided a descriptor. Otherwise the event does not work.
+    /// Returns whether the system has provided a descriptor. Otherwise the event does not work.
     bool IsValid() const { return event_.IsOpen(); }
 
-    /// Readable while the event is set.
+    /// Returns a descriptor that is readable while the event is set.
     int descriptor() const { return event_.get(); }
 
     // The calls fail only if the event is already set, or already cleared.

@@ -22,7 +22,7 @@ enum class CliStatus : unsigned char {
     kSystem,   ///< a system call failed; errno holds the reason
 };
 
-/// A short text for each status; for kSystem the text of errno.
+/// Returns a short text for a status; for kSystem the text of errno.
 std::string TextOf(CliStatus status);
 
 /// The process at the other end of a connection, as reported by the kernel.
@@ -30,7 +30,7 @@ struct CliPeer {
     uid_t uid;
     pid_t pid;
 
-    /// Whether it runs as root or as the user of this process.
+    /// Returns whether it runs as root or as the user of this process.
     bool IsTrusted() const;
 };
 
@@ -46,7 +46,7 @@ public:
     /// s, while it probes an existing socket.
     [[nodiscard]] CliStatus Open(const std::string& path);
 
-    /// Readable when a connection is waiting.
+    /// Returns a descriptor that is readable when a connection is waiting.
     int descriptor() const { return socket_.get(); }
 
     /// Accepts the next connection. Does not block. If there is none, the result is not open and errno is

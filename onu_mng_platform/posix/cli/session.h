@@ -40,7 +40,7 @@ public:
     CliSession(const CliSession&) = delete;
     CliSession& operator=(const CliSession&) = delete;
 
-    /// The events to poll for. The descriptor is -1 if there is nothing to wait for.
+    /// Returns the events to poll for. The descriptor is -1 if there is nothing to wait for.
     pollfd Poll() const;
 
     /// Receives and sends according to the polled events. Does not block. Throws std::bad_alloc.
@@ -51,18 +51,19 @@ public:
     bool TakeRequest();
     void Run();
 
-    /// How the operator has left; null if he has not. The owner must then close the session.
+    /// Returns how the operator left, after all his requests are answered; null before. When the result is not
+    /// null, the owner must close the session.
     const char* Ending() const;
 
-    /// Whether the output buffer is broken, for instance because the operator does not read. The owner must
-    /// then close the session.
+    /// Returns whether the output buffer is broken, for instance because the operator does not read. The
+    /// owner must then close the session.
     bool IsStuck() const { return output_.IsBroken(); }
 
     /// Closes the connection. Sends `farewell` first if no output is waiting. A running request goes on, but
     /// its output is dropped.
     void Close(std::string_view farewell);
 
-    /// The time at which the idle limit is reached; the end of time while a request runs.
+    /// Returns the time at which the idle limit is reached; the end of time while a request runs.
     Clock::time_point Deadline() const;
 
 private:

@@ -9,12 +9,12 @@ namespace onu_mng_platform {
 /// How a terminal decodes bytes from 0x80 on: as parts of UTF-8 characters, or as single characters.
 enum class Charset : unsigned char { kUtf8, kEightBit };
 
-/// The charset of the process's locale: kUtf8 if the locale is UTF-8, else kEightBit.
+/// Returns the charset of the process's locale: kUtf8 if the locale is UTF-8, else kEightBit.
 Charset CharsetOfLocale();
 
 /// Replaces control characters by ".": the C0 set and DEL except TAB, CR and LF, and the C1 set, 0x80 to
-/// 0x9F. For a UTF-8 terminal the C1 set means the characters U+0080 to U+009F, also in overlong forms, and
-/// single bytes 0x80 to 0x9F. For an eight-bit terminal it means the bytes themselves, also within UTF-8
+/// 0x9F. For a UTF-8 terminal the C1 set means the characters U+0080 to U+009F, overlong forms included, and
+/// single bytes 0x80 to 0x9F. For an eight-bit terminal it means the bytes themselves, even within UTF-8
 /// characters.
 ///
 /// One object cleans one text, which may come in pieces. Used by one task.

@@ -34,7 +34,7 @@ private:
     sigset_t before_{};
 };
 
-/// Runs an action at the end of a scope, also if a handler throws or ends its thread.
+/// Runs an action at the end of a scope, even if a handler throws or ends its thread.
 template <typename Action>
 class Finally {
 public:

@@ -31,7 +31,7 @@ public:
     /// does not wait for that job.
     void Stop();
 
-    /// Whether the caller is a job.
+    /// Returns whether the caller is a job.
     bool IsOwnThread() const;
 
 private:

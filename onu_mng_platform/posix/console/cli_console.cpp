@@ -115,7 +115,7 @@ public:
         return thread_.joinable() || Refuse(std::generic_category().message(errno));
     }
 
-    /// Whether the caller is a command or `on_exit`.
+    /// Returns whether the caller is a command or `on_exit`.
     bool IsOwnThread() const {
         return std::this_thread::get_id() == thread_.get_id() || worker_.IsOwnThread();
     }

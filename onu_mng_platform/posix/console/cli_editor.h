@@ -37,8 +37,8 @@ public:
         const std::atomic<bool>& cancel_leaves; ///< Ctrl-C on an empty line ends the input
     };
 
-    /// With `events`, no key raises a signal between lines either: Ctrl-C must not end the host. `events`
-    /// must outlive the editor. Throws std::bad_alloc.
+    /// Makes an editor. With `events`, no key raises a signal, not even between lines, because Ctrl-C must not end
+    /// the host. `events` must outlive the editor. Throws std::bad_alloc.
     CliEditor(const std::string& prompt, Keys keys, const Events* events = nullptr);
     ~CliEditor();
     CliEditor(const CliEditor&) = delete;
@@ -48,7 +48,7 @@ public:
     /// @return the line without its line end; nothing at the end of input or after `stop`.
     std::optional<std::string> Read();
 
-    /// Whether reading has ended because the terminal has disappeared.
+    /// Returns whether reading has ended because the terminal has disappeared.
     bool IsCut() const;
 
     /// Loads the last 500 lines of a history file and appends each further line to it. Several editors may

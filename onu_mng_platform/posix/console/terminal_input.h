@@ -30,7 +30,7 @@ public:
     /// Blocks while the terminal belongs to another job. @return false if `stop` is set meanwhile.
     bool AwaitForeground();
 
-    /// Whether reading has ended because the terminal has disappeared.
+    /// Returns whether reading has ended because the terminal has disappeared.
     bool IsCut() const { return is_cut_; }
 
 private:

@@ -6,7 +6,7 @@
 
 namespace onu_mng_platform {
 
-/// Whether the terminal of standard input belongs to another job of the shell. Async-signal-safe.
+/// Returns whether the terminal of standard input belongs to another job of the shell. Async-signal-safe.
 bool IsInBackground();
 
 /// Saves the settings of standard input's terminal. While the object lives, exit() in any thread and the
