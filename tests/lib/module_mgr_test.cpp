@@ -216,6 +216,7 @@ TEST_F(Modules, AllAreInitialisedPastAFailureButThenNoneIsStarted) {
     EXPECT_EQ(0u, onu_mng_system_start());
     EXPECT_EQ(queue, modules[0]->msg_queue.GetQueueId()) << "initialised once only";
     EXPECT_TRUE(modules[1]->is_start);
+    EXPECT_TRUE(lines.Has("12 Start module recorder succeeded"));
 }
 
 TEST_F(Modules, AreNumberedForGoodAndFoundByTypeAndPriorities) {

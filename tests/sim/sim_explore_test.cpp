@@ -155,6 +155,21 @@ TEST(Explored, AModuleIsRemovedUnderItsSenders) {
         }));
 }
 
+SCENARIO(Explored, AModuleIsRemovedByAHandlerBesideAnotherRemoval) {
+    ModuleManager* const modules = ModuleManager::GetInstance();
+    const auto remove = [&](unsigned int type) { EXPECT_EQ(ONU_MNG_OK, modules->RemoveModule(type)); };
+    for (const unsigned int type : {kType + 1, kType + 2})
+        onu_mng_module_reg_service_module(
+            new SimModule(type, MSG_PROC_SYNC, [](const SimModule::Message&) { return ONU_MNG_OK; }));
+    StartModule(board, MSG_PROC_SYNC, [&](const SimModule::Message&) {
+        Linger();
+        remove(kType + 1);
+        return ONU_MNG_OK;
+    });
+    Explore(board, {[] { EXPECT_EQ(ONU_MNG_OK, Send(1)); }, [&] { remove(kType + 2); }});
+    EXPECT_EQ(1u, modules->GetSize());
+}
+
 // The task that removes modules is itself deleted, wherever it is.
 SCENARIO(Explored, ARemoverThatIsDeletedLeavesTheManagerUsable) {
     ModuleManager* const modules = ModuleManager::GetInstance();
