@@ -5,9 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <atomic>
 #include <cstdlib>
-#include <functional>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -30,8 +28,8 @@ long CountLines(const std::string& text) {
     return count;
 }
 
-/// Logs for half a second to a pipe that is read slowly; when it `is_foreign`, it may not be opened anew.
-/// Exits with 0 when the lines waited no longer than they may in all, and each was read or counted as lost.
+/// Logs 300 lines to a pipe that is not read, and then reads it. When it `is_foreign`, it may not be opened anew.
+/// Exits with 0 when the lines waited, but no longer than they may in all, and each was read or counted as lost.
 [[noreturn]] void LogToASlowReader(bool is_foreign) {
     int ends[2];
     if (pipe(ends) != 0 || fcntl(ends[1], F_SETPIPE_SZ, 4096) < 0) std::_Exit(2);
@@ -39,38 +37,39 @@ long CountLines(const std::string& text) {
     constexpr uid_t kNobody = 65534;
     if (is_foreign) fchmod(STDERR_FILENO, 0);
     if (is_foreign && geteuid() == 0 && setuid(kNobody) != 0) std::_Exit(3);
-    std::atomic<bool> is_slow{true};
+    long lines = 0;
+    const auto log = [&lines] {
+        ulogPrintf(7, 15, "%s", kText);
+        ++lines;
+    };
+    const double begin = Now();
+    double waited = 0;
+    while (lines < 300) {
+        const double start = Now();
+        log();
+        waited += Now() - start;
+        usleep(1000);
+    }
+    const bool has_waited = waited > 0.02 && waited < 0.2 + (Now() - begin) / 10;
     std::mutex guard;
     std::string text;
     std::thread([&] {
         char data[512];
         for (ssize_t size = 0; (size = read(ends[0], data, sizeof data)) > 0;) {
-            if (is_slow) usleep(50000);
             const std::lock_guard<std::mutex> lock(guard);
             text.append(data, static_cast<size_t>(size));
         }
     }).detach();
-    double waited = 0;
-    long lines = 0;
-    const auto log_until = [&](double end, useconds_t pause, const std::function<bool()>& is_done) {
-        do {
-            const double start = Now();
-            ulogPrintf(7, 15, "%s", kText);
-            waited += Now() - start;
-            ++lines;
-            usleep(pause);
-        } while (Now() < end && !is_done());
-    };
-    log_until(Now() + 0.5, 1000, [] { return false; });
-    const double waited_for_slow_reader = waited;
-    is_slow = false;
-    const auto is_counted = [&] {
+    bool is_counted = false;
+    for (const double end = Now() + 10; !is_counted && Now() < end;) {
+        log(); // the next line that is not lost tells how many were
+        usleep(20000);
         const std::lock_guard<std::mutex> lock(guard);
-        return CountLines(text) == lines && text.find(kLost) != std::string::npos;
-    };
-    log_until(Now() + 10, 20000, is_counted); // the next line that is not lost tells how many were
-    std::printf("%ld lines, %.3f s inside\n", lines, waited_for_slow_reader);
-    std::_Exit(waited_for_slow_reader < 0.25 && is_counted() ? 0 : 1);
+        is_counted = CountLines(text) == lines && text.find(kLost) != std::string::npos;
+    }
+    std::printf("%ld lines, %.3f s inside\n", lines, waited);
+    std::fflush(stdout);
+    std::_Exit(has_waited && is_counted ? 0 : 1);
 }
 
 TEST(PosixLog, WaitsForASlowReaderOnlyAsLongAsAllLinesTogetherMay) {
