@@ -187,6 +187,7 @@ SCENARIO(Explored, ARemoverThatIsDeletedLeavesTheManagerUsable) {
     });
     EXPECT_EQ(ONU_MNG_OK, modules->RemoveModule(kType));
     EXPECT_EQ(0u, modules->GetSize());
+    EXPECT_EQ(0u, board.Logged("SimModule handle msg ended by an exception: not a std::exception\r\n"));
 }
 
 // A message, an operator's termination and the supervision's come at once to a context that has absorbed all
