@@ -18,8 +18,8 @@ public:
     /// Returns the word at `index`; null after the last one.
     char* operator[](int index) const { return index < count ? words[index] : nullptr; }
 
-    /// Calls `visit(keyword, value)` for each pair of words from `first` on. If the last keyword has no value, its
-    /// `value` is null. If a call does not return 0, its result is returned at once.
+    /// Calls `visit(keyword, value)` for each pair of words from `first` on. If the last keyword has no
+    /// value, its `value` is null. If a call does not return 0, its result is returned at once.
     template <typename Visit>
     int ForEachPair(int first, Visit visit) const {
         for (int i = first; (*this)[i] != nullptr; i += 2) {

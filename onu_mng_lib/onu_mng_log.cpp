@@ -52,7 +52,7 @@ bool OnuMngLog::MatchOnu(unsigned short pon, unsigned short onu, const unsigned 
     return para != nullptr;
 }
 
-/// Returns the entry that decides about an ONU; the end of `tracer_map` if there is none.
+/// Returns the entry that applies to an ONU; the end of `tracer_map` if there is none.
 OnuMngLog::TracerMap::iterator OnuMngLog::FindGoverning(unsigned short pon, unsigned short onu,
                                                         const unsigned char* sn) {
     // The key order ignores the ONU id of keys with a serial number, so one look-up also covers (pon, 0xFFFF,
@@ -65,8 +65,8 @@ OnuMngLog::TracerMap::iterator OnuMngLog::FindGoverning(unsigned short pon, unsi
     return first_with_sn.empty() ? tracer_map.end() : FindByNumbers(pon, onu);
 }
 
-/// Returns the first entry in key order whose numbers are the ONU's, its PON's or the wildcards. It has a
-/// serial number, because the look-ups by key have found none without.
+/// Returns the first entry in key order whose numbers are the ONU's, its PON's or the wildcards. Only entries
+/// with a serial number are left to search: the look-ups by key have found none without.
 OnuMngLog::TracerMap::iterator OnuMngLog::FindByNumbers(unsigned short pon, unsigned short onu) {
     auto first = tracer_map.end();
     for (const std::uint32_t numbers : {Numbers(pon, onu), Numbers(pon, kAny), Numbers(kAny, kAny)}) {

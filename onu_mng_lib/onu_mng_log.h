@@ -48,8 +48,8 @@ public:
     ///         while tracing is off.
     bool MatchOnu(unsigned short pon, unsigned short onu, const unsigned char* sn, OnuLogPara*& para);
 
-    /// Returns whether the ONU is traced at `level`. Seldom takes the lock, and then blocks while another task
-    /// holds it.
+    /// Returns whether the ONU is traced at `level`. Seldom takes the lock, and then blocks while another
+    /// task holds it.
     bool IsTraceOnu(unsigned short pon, unsigned short onu, const unsigned char* sn, int level);
 
     /// Prints the registry as a report to the terminal `vty`, or to standard output if `vty` is null. The
@@ -90,8 +90,8 @@ private:
     void Publish(TracerMap::iterator entry);
 
     TracerMap tracer_map;
-    /// For each pair of numbers, the first entry with a serial number in key order. Without this map, a look-up
-    /// that finds nothing by key would have to search all entries.
+    /// For each pair of numbers, the first entry with a serial number in key order. Without this map, a
+    /// look-up that finds nothing by key would have to search all entries.
     SnIndex first_with_sn;
     /// Levels that are open in the log but in no entry. They come from an `AddOnuTracer` for an existing key
     /// while tracing was off: one operator ended tracing while another added a level.

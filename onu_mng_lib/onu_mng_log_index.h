@@ -23,8 +23,8 @@ public:
 
     /// Returns whether the entry that applies to the ONU has `level`. `sn` is null or 8 bytes. Returns false
     /// if `is_on` is false. `is_on` and the entries are read consistently.
-    /// @return nothing if the caller must ask the registry: during a change, for a level outside 0 to 15 if the
-    ///         entry has such levels, and if the order of two serial numbers decides which entry applies.
+    /// @return nothing if the caller must ask the registry: during a change, for a level outside 0 to 15 if
+    ///         the entry has such levels, and if the order of two serial numbers decides which entry applies.
     std::optional<bool> IsTraced(unsigned short pon, unsigned short onu, const unsigned char* sn, int level,
                                  const std::atomic<bool>& is_on) const;
 
@@ -36,8 +36,8 @@ public:
         unsigned short pon; ///< 0xFFFF: a wildcard, as in `onu`
         unsigned short onu;
         const unsigned char* sn; ///< null or 8 bytes
-        /// Whether this entry applies to its numbers: it has no serial number, or it is the first of the entries
-        /// with these numbers and none of them lacks a serial number.
+        /// Whether this entry applies to its numbers: it has no serial number, or it is the first of the
+        /// entries with these numbers and none of them lacks a serial number.
         bool governs_numbers;
     };
     /// Sets the levels of an entry. There must be room for it (`Reserve`).

@@ -25,8 +25,8 @@ std::vector<ParameterContent> MakeRow(const Values&... values) {
     return row;
 }
 
-/// Calls `gather(rows)`, which collects all rows of a report, and then prints the report. So nothing that
-/// `gather` locks is locked while printing.
+/// Calls `gather(rows)`, which collects all rows of a report, and then prints the report. So the locks that
+/// `gather` takes are not held while printing.
 /// @return true; false if memory was short: the report was not printed, and a line on the terminal says so.
 template <typename Gather>
 bool PrintReport(unsigned int report_id, void* terminal, Gather gather) {

@@ -36,12 +36,13 @@ typedef struct cmd_element cmd_element;
 
 /* Does the work of a command. `argv` has the words that were typed for the square and the angle brackets of
  * the syntax, in the order typed, shortened words in full, and a null pointer after them. The handler may
- * change the words; they are valid during the call. It runs in the task of vty_execute(). The parser holds no
- * lock meanwhile, so a slow handler does not delay other terminals, and several tasks may run the same
- * handler at once.
+ * change the words; they are valid during the call. It runs in the task that called vty_execute(). The parser
+ * holds no lock during the call, so a slow handler does not delay other terminals, and several tasks may run
+ * the same handler at once.
  * Returns 0 for success; vty_execute() returns any other number to its caller. If a C++ handler throws, a
- * line at level 13 is logged and one error line is written to the terminal, "% Command failed: ....". The
- * exception that ends the calling task passes through. */
+ * line at level 13 is logged and one error line is written to the terminal, "% Command failed: ....". For
+ * std::bad_alloc the error line is "% Out of memory.", and nothing is logged. The exception that ends the
+ * calling task passes through. */
 typedef int (*cmd_handler)(cmd_element* self, vty* terminal, int argc, char** argv);
 
 /* One command. The library's records are static; their platform fields are zero. After its installation, the

@@ -28,9 +28,9 @@ void* mpuAlloc_(int pool_id, unsigned int size, const char* file, int line);
 /* Gives a block back to its pool. Any task, even one that did not take it.
  * Returns 0; -1, with nothing changed, for a pointer that is not the start of a block of any pool, for a
  * block that is free already, and for a block that was written past its end. Such a block is never given out
- * again. After a -1, one log line at level 13 names the pool and the offset of the block in bytes.
- * If the task that took a block and another task return it at the same instant, both may get 0. The log line
- * follows at a later request. */
+ * again. After a -1, one log line at level 13 gives the reason and, for a pointer into a pool, the name of
+ * the pool and the offset in bytes. If the task that took a block and another task return it at the same
+ * instant, both may get 0. The log line follows at a later request. */
 int mpuFree(void* block);
 
 /* The views print to the terminal of the command that runs in the calling task (cli.h), or else to standard
@@ -43,9 +43,10 @@ void mpuShowd(int pool_id);
 /* Prints the live blocks of one pool by the source file and line that took them. */
 void mpuShowDebug(int pool_id);
 
-/* The exact totals of one pool. Bytes are those that callers asked for, each request rounded up to 16. */
+/* The totals of one pool, exact if no request is in progress. Bytes are those that callers asked for, each
+ * request rounded up to 16. */
 typedef struct mpu_stat {
-    size_t size;          /* bytes of the region */
+    size_t size;          /* bytes given to mpuCreate() */
     size_t used;          /* bytes in live blocks */
     size_t peak;          /* highest value of `used` so far */
     size_t blocks;        /* live blocks */

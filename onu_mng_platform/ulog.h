@@ -12,10 +12,11 @@
 extern "C" {
 #endif
 
-/* Writes one line through the sink. The text is formatted like printf and ends in "\r\n". Lines of concurrent
- * tasks do not mix. Text beyond 1023 characters is cut. Blocks for as long as the sink does. With the default
- * sink, all lines together block at most 0.2 s in any 2 s. Lines that standard error does not take in that
- * time are lost, and a line at level 13 in their place gives their number. */
+/* Writes one line through the sink. The text is formatted like printf and ends in "\r\n". A level outside
+ * 0..15 counts as the nearest one. Lines of concurrent tasks do not mix. Text beyond 1023 characters is cut.
+ * Blocks for as long as the sink does. With the default sink, all lines together block at most 0.2 s in any
+ * 2 s. Lines that standard error does not take in that time are lost, and a line at level 13 in their place
+ * gives their number. */
 void ulogPrintf(unsigned int module, int level, const char* format, ...) ONU_MNG_PRINTF_FORMAT(3, 4);
 
 /* Opens (`open` 1) or closes (`open` 0) a level for one module: while it is open, lines of `module` at

@@ -1,9 +1,9 @@
-/// The common parts of the queues, semaphores and tasks of this port: one lock for everything, a registry that
-/// finds objects by their ids, and one way to wait.
+/// The common parts of the queues, semaphores and tasks of this port: one lock for everything, a registry
+/// that finds objects by their ids, and one way to wait.
 ///
-/// The port is for reading and for systems that have only the C++ standard library. It is correct, but slow: every
-/// call takes the lock, and every change of an object wakes all threads that wait for it. So a thread that does not
-/// need its wake-up does not have to pass it on.
+/// The port is for reading and for systems that have only the C++ standard library. It is correct, but slow:
+/// every call takes the lock, and every change of an object wakes all threads that wait for it. So a thread
+/// that does not need its wake-up does not have to pass it on.
 #ifndef ONU_MNG_EXAMPLES_THREADS_PORT_H
 #define ONU_MNG_EXAMPLES_THREADS_PORT_H
 
@@ -24,9 +24,9 @@ using Guard = std::unique_lock<std::mutex>;
 inline std::mutex g_lock;
 inline uint32_t g_last_id = 0;
 
-/// The objects of one kind, by id. Objects of all kinds share one counter for ids, so a stale or foreign id finds
-/// nothing until 2^32 objects have been created. The caller holds the lock. A registry is never destroyed, because
-/// static destructors may still call the port.
+/// The objects of one kind, by id. Objects of all kinds share one counter for ids, so a stale or foreign id
+/// finds nothing until 2^32 objects have been created. The caller holds the lock. A registry is never
+/// destroyed, because static destructors may still call the port.
 template <class Object>
 class Registry {
 public:
@@ -74,8 +74,8 @@ struct Thread {
     /// Throws bep_TaskEnd if IsToEnd().
     void EndPoint() const;
 
-    /// Sleeps until `is_ready()` returns true. An end point if it has to wait. The caller holds the lock. A thread
-    /// that changes the condition must notify `changed`.
+    /// Sleeps until `is_ready()` returns true. An end point if it has to wait. The caller holds the lock. A
+    /// thread that changes the condition must notify `changed`.
     /// @return false if the deadline passed first.
     template <class IsReady>
     bool Await(Guard& guard, std::condition_variable& changed, const Deadline& deadline, IsReady is_ready) {
@@ -89,8 +89,9 @@ struct Thread {
         return true;
     }
 
-    /// Sleeps until the task is ended or the deadline passes. Called when its queue or semaphore has been deleted.
-    /// Returns at once if the caller is not a task, or if the task is to end but may not be ended here.
+    /// Sleeps until the task is ended or the deadline passes. Called when its queue or semaphore has been
+    /// deleted. Returns at once if the caller is not a task, or if the task is to end but may not be ended
+    /// here.
     void AwaitEnd(Guard& guard, const Deadline& deadline);
 };
 

@@ -94,8 +94,8 @@ constexpr FrameRules kOnTheLine{};
 /// For frames from captures, which often lack parts of the trailer.
 constexpr FrameRules kInCaptures{false, false};
 
-/// Returns the CRC-32 of the I.363.5 adaptation layer: polynomial 0x04C11DB7, most significant bit first, initial
-/// value and final xor 0xFFFFFFFF.
+/// Returns the CRC-32 of the I.363.5 adaptation layer: polynomial 0x04C11DB7, most significant bit first,
+/// initial value and final xor 0xFFFFFFFF.
 std::uint32_t OmciMic(const char* data, std::size_t size);
 
 /// One frame. The position of a field is that of its first byte, counted from 1 as in the recommendation.

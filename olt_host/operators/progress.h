@@ -17,7 +17,8 @@ class Progress {
 public:
     using Time = std::chrono::milliseconds;
 
-    /// `limit` is the time after which the host stops waiting. `table` and `counters` must outlive the object.
+    /// `limit` is the time after which the host stops waiting. `table` and `counters` must outlive the
+    /// object.
     Progress(const OnuTable& table, const FiberCounters& counters, Time limit);
 
     /// Takes a sample. `elapsed` is the time since the host started.

@@ -21,8 +21,8 @@ private:
     std::atomic<unsigned int> first{STATE_FAIL};
 };
 
-/// SUCC: entered with the last answer. The supervision never runs this hook, because a terminated context skips
-/// the hooks of all states except FAIL.
+/// SUCC: entered with the last answer. The supervision never runs this hook, because a terminated context
+/// skips the hooks of all states except FAIL.
 class Procedure::Success : public ServiceState {
 public:
     Success() : ServiceState(STATE_SUCC) {}

@@ -31,8 +31,8 @@ public:
     bool Begin(unsigned int onu_index, OnuKey onu, OmciChannel& onu_channel);
     /// Handles the answer to the request in flight.
     void Take(char* frame, unsigned int size) { Handle(STATE_MSG_OPERATE, frame, size); }
-    /// Sends the request again if it is due, or goes to FAIL if a termination is pending. The service calls it
-    /// at every tick.
+    /// Sends the request again if it is due, or goes to FAIL if a termination is pending. The service calls
+    /// it at every tick.
     void Tend();
 
     /// Returns whether the procedure has ended and all its results are visible to the caller.

@@ -40,7 +40,7 @@ struct ParameterFormat {
     unsigned int width = 0;
 };
 
-/// One cell of a row; the cells of a row may stand in any order.
+/// One cell of a row. The cells of a row may be in any order.
 struct ParameterContent {
     unsigned int param_id = 0; ///< the column
     Variant value;             ///< of any type that can be converted to the type of the column

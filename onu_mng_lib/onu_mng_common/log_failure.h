@@ -13,7 +13,7 @@ inline unsigned int LogFailure(const char* text, int level = ONU_MNG_LOG_ERROR,
     return result;
 }
 
-/// What a log line says of an exception that is no std::exception.
+/// The text in log lines about an exception that is not a std::exception.
 inline constexpr const char* kUnknownException = "not a std::exception";
 
 #endif

@@ -36,9 +36,9 @@ public:
     /// Takes a block of `size` bytes. The size is rounded up to 16, and the whole block is filled with zeros.
     ///
     /// `file`, `function` and `line` are the place of the call. `file` must stay valid as long as the block.
-    /// @return the block, which the caller gives back with `MemFree`; null if `size` is 0 (one level-13 line),
-    ///         if the pool has no such block, or before `Init`. If the rounded size is more than `kPoolSize`, one
-    ///         level-10 line is written.
+    /// @return the block, which the caller gives back with `MemFree`; null if `size` is 0 (one level-13
+    ///         line), if the pool has no such block, or before `Init`. If the rounded size is more than
+    ///         `kPoolSize`, one level-10 line is written.
     [[nodiscard]] void* MemAlloc(unsigned int size, const char* file, const char* function,
                                  unsigned short line);
 
@@ -64,8 +64,8 @@ private:
     ~MemoryAllocator() = default;
     static MemoryAllocator* MakeInstance();
 
-    /// Does `MemAlloc` for a size that is 0 or more than `kPoolSize`. Not inlined, so that `MemAlloc` saves fewer
-    /// registers.
+    /// Does `MemAlloc` for a size that is 0 or more than `kPoolSize`. Not inlined, so that `MemAlloc` saves
+    /// fewer registers.
     [[gnu::noinline]] void* MemAllocUnusual(unsigned int size, const char* file, unsigned short line);
 
     static inline std::atomic<MemoryAllocator*> s_instance{nullptr};

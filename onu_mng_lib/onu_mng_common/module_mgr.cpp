@@ -19,8 +19,8 @@ constexpr std::size_t kSpareEntries = 8;
 /// routing.
 thread_local bool t_owes_deletion = false;
 
-/// Defers the deletion of the calling task, which would otherwise lose the modules that it is about to
-/// delete.
+/// Protects the calling task from being deleted. Otherwise the modules that it has unlinked but not yet
+/// deleted would be lost.
 class TaskSafe {
 public:
     TaskSafe() { bep_taskSafeEx(); }
@@ -72,8 +72,8 @@ ModuleManager::Table& ModuleManager::TableWithRoom() {
     return *larger.release();
 }
 
-// A task that is routing a message must not wait for the other senders here, because they may be waiting for
-// it.
+// A task that is routing a message must not wait here for the other senders: a sender that removes modules,
+// too, would wait for this task.
 unsigned int ModuleManager::RemoveModule(unsigned int mod_type) {
     const auto is_wanted = [mod_type](const ServiceModule& module) { return module.mod_type == mod_type; };
     if (SenderGate::IsInside()) {
@@ -107,7 +107,7 @@ void ModuleManager::TakeOut(Wanted wanted) {
     }
 }
 
-/// Waits until no sender can use the removed modules any more, then deletes them. The caller holds
+/// Waits until no sender can use the removed modules, and then deletes them. The caller holds
 /// `removal_lock`. If the task is deleted during the wait, the modules stay in the list until the next
 /// removal.
 void ModuleManager::DeleteRemoved() {

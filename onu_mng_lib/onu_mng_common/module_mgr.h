@@ -118,8 +118,8 @@ public:
 
     /// Handles one message. `data` is valid only during the call. If the handler throws in the module's task,
     /// the message is dropped (one level-13 line). The base version does nothing and returns 0.
-    /// @return 0, or a failure code. The failure of a queued message is logged (one level-10 line). The failure
-    ///         of a synchronous message is returned to its sender.
+    /// @return 0, or a failure code. The failure of a queued message is logged (one level-10 line). The
+    ///         failure of a synchronous message is returned to its sender.
     virtual unsigned int HandleMsg(unsigned int msg_type, unsigned short pon_no, unsigned short onu_id,
                                    char* data, unsigned int pkg_size);
 
@@ -175,8 +175,9 @@ public:
     /// @return 0, even if there was no such module.
     unsigned int RemoveModule(unsigned int mod_type);
 
-    /// Returns the first module of the type with these priorities. A `mod_pri` of 65535 accepts any priorities.
-    /// Returns null if there is none, or if memory is short. The pointer is valid until the module is removed.
+    /// Returns the first module of the type with these priorities. A `mod_pri` of 65535 accepts any
+    /// priorities. Returns null if there is none, or if memory is short. The pointer is valid until the
+    /// module is removed.
     ServiceModule* GetModule(unsigned int mod_type, unsigned int mod_pri, unsigned int msg_pri);
 
     /// Call `InitModule` or `StartModule` of every module in the order of registration, even after a failure.
@@ -253,7 +254,7 @@ private:
     std::atomic<bool> is_closed{false};
     std::atomic<Table*> table{nullptr};
     unsigned int last_mod_id = 0;
-    ServiceModule* first_removed = nullptr; ///< the modules that are out of the table but not deleted yet
+    ServiceModule* first_removed = nullptr; ///< list of the modules that are removed but not deleted yet
     ReadWriteLock lock;                     ///< guards changes of the three above
     ReadWriteLock removal_lock;             ///< held while removed modules are deleted; taken before `lock`
 };

@@ -26,7 +26,7 @@ void FreePacket(MessagePacket* packet) {
     MemoryAllocator::GetInstance()->MemFree(packet, 0, __FILE__, __func__, __LINE__);
 }
 
-/// Owns a packet and returns it to the pool, also if the task is deleted while it handles the packet.
+/// Owns a packet and returns it to the pool, even if the task is deleted while it handles the packet.
 class OwnedPacket {
 public:
     explicit OwnedPacket(MessagePacket* owned) : packet(owned) {}
@@ -55,7 +55,7 @@ MessagePacket* NewPacket(unsigned int msg_type, unsigned short pon_no, unsigned 
     return packet;
 }
 
-/// Logs an exception from a handler. Only its message is lost; the task goes on with the next one.
+/// Logs an exception from a handler. Only the current message is lost, and the task continues.
 void LogException(const std::string& mod_name, const char* what) {
     ulogPrintf(onu_mng_system_get_log_module(), ONU_MNG_LOG_ERROR,
                "%s handle msg ended by an exception: %s\r\n", mod_name.c_str(), what);
@@ -74,8 +74,8 @@ ServiceModule::ServiceModule(unsigned int type, const char* name, unsigned int p
     }
 }
 
-// The calling task must not be deleted in the middle of this destructor, and receiving is a point where it
-// could be.
+// Protected, because the receives in DrainQueue() are end points: a deletion of the calling task would cut
+// the destructor short.
 ServiceModule::~ServiceModule() {
     EndTask();
     bep_taskSafeEx();

@@ -31,7 +31,7 @@ public:
 
     void Run() override {
         ModuleManager* const modules = ModuleManager::GetInstance();
-        // This wait may fail: a sender that waits for a module's task continues when that task ends.
+        // Ignore a time-out: a sender that waits for a module's task continues when that task ends.
         SenderGate::WaitForOthers(kSendersPatience_ms);
         StateContextManager::GetInstance()->EndSupervision();
         modules->EndModules();

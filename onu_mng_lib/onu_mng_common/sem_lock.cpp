@@ -16,7 +16,7 @@ std::uint32_t CreateSemaphore(bool available) {
 
 } // namespace
 
-/// Counts a task while it waits. Stops counting it also if the task is deleted during the wait.
+/// Counts a task while it waits. The destructor removes it from the count, even if the wait is unwound.
 class LockCount::Waiter {
 public:
     explicit Waiter(LockCount& counted_in) : count(counted_in) {
@@ -48,7 +48,7 @@ bool ReadWriteLock::Refused() {
     return false;
 }
 
-/// Keeps `wait_flag` set during one wait. Resets it also if the task is deleted during the wait.
+/// Keeps `wait_flag` set during one wait. The destructor resets it, even if the wait is unwound.
 class Semaphore::Waiting {
 public:
     Waiting(Semaphore& waited_for, const char* file, int line) : semaphore(waited_for) {

@@ -55,8 +55,8 @@ SenderGate::Seat* SenderGate::FindSeat() {
     }
 }
 
-/// A task keeps its seat until its thread-local objects are destroyed. For sections in destructors that run
-/// after that, it is lent a seat for each section.
+/// A task keeps its seat until its thread-local `Holder` is destroyed. If a destructor that runs later begins
+/// a section, the task gets a seat for that section only (`lent`).
 SenderGate::Seat* SenderGate::TakeSeat(bool& lent) {
     lent = Holder::t_stage == Holder::Stage::kGone;
     if (Holder::t_stage == Holder::Stage::kNew) {

@@ -5,9 +5,9 @@
 /// an ONU, and `Handle` passes messages to the current state. If a state names no successor, the context is
 /// released. The supervision task of `StateContextManager` ends contexts that stay in a state for too long.
 ///
-/// Transition rules. After every message except a notification and a request that is only counted, the current
-/// state names its successor (`GetNextState`) and says whether the successor runs at once with the same message
-/// (`IsAutoNextState`). "Refused" means the result 0x8000025a.
+/// Transition rules. After every message except a notification and a request that is only counted, the
+/// current state names its successor (`GetNextState`) and says whether the successor runs at once with the
+/// same message (`IsAutoNextState`). "Refused" means the result 0x8000025a.
 ///
 /// | message              | current state             | what runs               | result                       |
 /// |----------------------|---------------------------|-------------------------|------------------------------|
@@ -91,15 +91,16 @@ public:
 
     /// Runs the hook for one message and then moves the context to the successor.
     /// @return the result of the hook; 0x8000025a for a null context (one level-13 line), for an invalid
-    ///         `msg_type`, for IMMEDIATE_TERMINATE, and if a pending termination refuses the message or its success.
+    ///         `msg_type`, for IMMEDIATE_TERMINATE, and if a pending termination refuses the message or its
+    ///         success.
     unsigned int Handle(StateContext* p_context, StateMsgType msg_type, char* p_msg, unsigned int len);
 
     /// Calls the hook for a kind of message. Except for notifications, it first stamps `state_clock`.
     /// @return the result of the hook; 0x8000025a for an invalid `msg_type`.
     unsigned int Operate(StateContext* p_context, StateMsgType msg_type, char* p_msg, unsigned int len);
 
-    /// Asks for the successor and moves the context to it. Does nothing for notifications, for invalid kinds, and
-    /// for a null context (one level-13 line).
+    /// Asks for the successor and moves the context to it. Does nothing for notifications, for invalid kinds,
+    /// and for a null context (one level-13 line).
     void ChangeState(StateContext* p_context, StateMsgType msg_type);
 
     const unsigned int state_id;      ///< the key of the state in its register
@@ -234,7 +235,7 @@ public:
     std::atomic<unsigned short> pon_no{kNoOnu}; ///< of the ONU that has the context, or had it last
     std::atomic<unsigned short> onu_id{kNoOnu}; ///< the same
     std::atomic<bool> occupied{false};          ///< whether a procedure has it
-    std::atomic<bool> auto_next{false};         ///< whether the last state asked to go on without a message
+    std::atomic<bool> auto_next{false};         ///< whether the current state runs with the same message
     std::atomic<unsigned char> stop_times{0};   ///< counted termination requests; not 0: terminating
     std::atomic<unsigned int> last_ret{0};      ///< the result of the last state that `Handle` ran
     std::atomic<unsigned long long> last_run_time{
@@ -282,8 +283,8 @@ public:
 
     /// Adds a context and gives it the next id. Ids start at 1 and are never used again. Called by the
     /// constructor of the context. Waits until a supervision round in progress has ended, unless a hook of
-    /// that round is the caller. `context_id` stays as it was if `context` is null, or if memory is short (one
-    /// level-13 line): the context then works without supervision.
+    /// that round is the caller. `context_id` stays as it was if `context` is null, or if memory is short
+    /// (one level-13 line): the context then works without supervision.
     void RegisterContext(StateContext* context, unsigned int& context_id);
 
     /// Removes a context, if it is in the list. Called by the destructor of the context. Waits while another

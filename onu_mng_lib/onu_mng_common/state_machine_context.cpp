@@ -12,9 +12,9 @@
 namespace {
 
 constexpr unsigned int kMsPerSecond = 1000;
-/// The limit of automatic transitions per message. No real procedure needs as many; only states that name one
-/// another in a loop do. A termination lowers the limit to STATE_MAX, enough to pass through every state
-/// once.
+/// The maximum number of states that run for one message. Only states that name each other as successors in a
+/// loop reach it. A pending termination lowers it to STATE_MAX, which still lets every state of a procedure
+/// run once.
 constexpr unsigned int kMaxSteps = 65535;
 constexpr unsigned int kMaxStepsToEnd = STATE_MAX;
 
@@ -147,9 +147,9 @@ void StateContext::ChangeState(unsigned int next_state, bool next_is_auto) {
     ChangeStateOfJob(job, next_state, next_is_auto, ServiceState::LastResult::kForget);
 }
 
-/// Stores the result of a state. @return false if the next job has begun meanwhile: the state now belongs to
-/// it. Needs no lock if the result is stored already, which is the usual case: `job` is read after the
-/// results, so these were the results of this job.
+/// Stores the result of a state. @return false if the next job has begun: the state now belongs to that job.
+/// In the usual case the same result is stored already, and no lock is needed: `job` is read after the
+/// results, so the results read were those of this job.
 bool StateContext::StoreResult(unsigned int of_job, ServiceState& state, unsigned int result) {
     if (state.ret == result && last_ret == result) return job == of_job;
     LockGuard guard(lock);

@@ -26,7 +26,7 @@ int SleepOfInterval(unsigned int seconds) {
     return ms == 0 || ms > std::numeric_limits<std::int32_t>::max() ? kShortestSleepMs : static_cast<int>(ms);
 }
 
-/// Logs an exception from a hook. The supervision of all other contexts goes on.
+/// Logs an exception from a hook. The supervision of the other contexts continues.
 void LogException(const StateContext& context, const char* what) {
     ulogPrintf(onu_mng_system_get_log_module(), ONU_MNG_LOG_ERROR,
                "supervision of state context %d ended by an exception: %s\r\n",
@@ -118,8 +118,8 @@ void StateContextManager::UnregisterContext(StateContext* context) {
             context_list.erase(entry);
         }
     }
-    // Pins of this task do not count: a hook that calls exit() still pins its context while static contexts
-    // are destroyed.
+    // The pins of the calling task do not count: if a hook calls exit(), its context is still pinned while
+    // static contexts are destroyed, and the task would wait for itself.
     while (context->pins != Pin::CountOwn(*context))
         Clock::Delay(kPinnedRetryMs);
 }

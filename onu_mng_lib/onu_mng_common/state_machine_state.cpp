@@ -64,8 +64,8 @@ unsigned int ServiceState::HandleJob(StateContext& context, unsigned int job, St
     return result;
 }
 
-/// Runs the hook and returns its result. Because of a termination, refuses the message or the hook's success
-/// instead.
+/// Runs the hook and returns its result. If a termination is pending, refuses the message, or the success of
+/// the hook, according to the transition rules.
 unsigned int ServiceState::RunHook(StateContext& context, StateMsgType msg_type, char* p_msg,
                                    unsigned int len) {
     const unsigned int log_module = onu_mng_system_get_log_module();

@@ -65,7 +65,7 @@ private:
 
     void* const terminal;
     std::size_t used = 0;
-    char area[500]; ///< a terminal formats so much without allocating memory
+    char area[500]; ///< small enough for a terminal to format without allocating memory
 };
 
 #endif

@@ -14,7 +14,7 @@
 /// - As a value: `Copy`, `=` and `()` set it, `ResetType` converts it; it can be compared and printed.
 /// - As a buffer: a BUFFER or STRING has a fixed capacity and one cursor. `Append` writes at the cursor and
 ///   `Fetch` reads there, integers in network byte order. Both move the cursor forward. `Clear` and every new
-///   value set it to 0. A copy starts at 0, so what was appended is read from a copy.
+///   value set it to 0. A copy starts at 0, so a reader makes a copy to fetch the appended values.
 /// - As a record: `Serialize` writes type, length and value into such a buffer, and `UnSerialize` reads them
 ///   back.
 ///
@@ -141,8 +141,8 @@ public:
     /// sign-extended. Any other type gives 0 and a log line.
     unsigned long long GetValue() const;
 
-    /// A total order: first the empty Variant, then scalars by `GetValue` as unsigned numbers (so -1 of a
-    /// signed type is the largest), then blocks by length and content. A STRING counts up to its NUL.
+    /// Compare in a total order: first the empty Variant, then scalars by `GetValue` as unsigned numbers (so
+    /// -1 of a signed type is the largest), then blocks by length and content. A STRING counts up to its NUL.
     bool operator<(const Variant& other) const;
     bool operator==(const Variant& other) const;
 
@@ -152,8 +152,9 @@ public:
     /// bits as 0x and lower-case hexadecimal; a BUFFER as 0x and two digits per byte. The text is empty if
     /// the object is empty or memory is short.
     std::string ToString() const;
-    /// Writes what `ToString` gives for a scalar to the `kScalarTextSize` characters at `place`, those behind
-    /// the text undefined and no NUL. @return the length of the text; 0 when this is no scalar.
+    /// Writes the `ToString` text of a scalar to `place`, which has room for `kScalarTextSize` characters.
+    /// Writes no NUL, and may overwrite the rest of the room. @return the length of the text; 0 if this is no
+    /// scalar.
     std::size_t ScalarToChars(char* place) const;
     static constexpr std::size_t kScalarTextSize = sizeof("0x123456789abcdef0") - 1;
 
@@ -176,8 +177,8 @@ public:
     // ---- As a buffer ----
 
     /// Returns whether `data_len` bytes fit between the cursor and the end, and the cursor may then move by
-    /// `offset`. The NUL of a STRING is no room. Also returns true for a scalar of that size, to which
-    /// nothing can be appended.
+    /// `offset`. The NUL of a STRING does not count as room. Does not check that this is a buffer: for a
+    /// scalar it returns true if the scalar is large enough, but nothing can be appended to it.
     bool IsEnough(unsigned int data_len, unsigned int offset) const {
         const unsigned int step = Step(data_len, offset);
         return step >= data_len && step <= Room();
@@ -292,8 +293,8 @@ private:
         const unsigned int end = type == VARIANT_TYPE_STRING ? len - 1 : len;
         return pos < end ? end - pos : 0;
     }
-    /// Returns whether this is a buffer with room for the value and the step. If not, one log line is
-    /// written.
+    /// Returns whether this is a buffer with room for the value and the step. If it is not a buffer or has
+    /// too little room, writes one log line.
     bool Admits(unsigned int size, unsigned int offset, Access access) const {
         return (IsBlock() && IsEnough(size, offset)) || Refuse(size, offset, access);
     }

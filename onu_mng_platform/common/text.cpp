@@ -71,7 +71,7 @@ int CUtil::CovertHexStringToBytes(const char* text, char* bytes, unsigned int* s
     if (HasHexPrefix(text)) text += 2;
     const size_t digits = std::strlen(text);
     if (digits % 2 != 0 || digits / 2 > *size) return -1;
-    // Checked as a whole before the first byte is stored: a bad digit leaves the output alone.
+    // All digits are checked before the first byte is stored, so a bad digit leaves the output unchanged.
     for (size_t i = 0; i < digits; ++i) {
         if (DigitValue(text[i]) < 0) return -1;
     }

@@ -16,7 +16,7 @@ size_t TextLength(const char* text);
 int TextCompare(const char* a, const char* b, size_t size);
 
 /// Stores the local date and time of `seconds` since 1970, UTC, as getDateTime() does for now.
-/// @return 0; -1 for a null pointer or a time whose year does not fit, with the outputs left alone.
+/// @return 0; -1, with the outputs unchanged, for a null pointer or a time whose year does not fit.
 int LocalDateTime(time_t seconds, unsigned short* year, unsigned char* month, unsigned char* day,
                   unsigned char* hour, unsigned char* minute, unsigned char* second);
 

@@ -14,8 +14,8 @@ namespace onu_mng_platform {
 namespace {
 
 /// The threads that wait at one end of a queue. A waiting thread enters the list and then checks the queue
-/// once more, under both locks of the ring. A thread that changes the queue under one of them checks the list
-/// afterwards. Whichever had the lock first, one of the two sees the other.
+/// again, under both locks of the ring. A thread that changes the queue under one of these locks then checks
+/// the list. So at least one of the two sees the other, whichever takes the lock first.
 class WaitRoom {
 public:
     void Enter(Waiter& waiter) {

@@ -32,8 +32,8 @@ public:
     static constexpr uint32_t NextGeneration(uint32_t generation) {
         return (generation + 1) & kLastGeneration;
     }
-    /// Returns whether `generation` is earlier than `now`. Generations wrap around, so the answer is right only
-    /// for the last 2047 generations.
+    /// Returns whether `generation` is earlier than `now`. Generations wrap around, so the answer is right
+    /// only for the last 2047 generations.
     static constexpr bool IsEarlier(uint32_t generation, uint32_t now) {
         const uint32_t age = (now - generation) & kLastGeneration;
         return age != 0 && age <= kLastGeneration / 2;
@@ -53,7 +53,7 @@ private:
 /// `Resting` times 4096 objects at the earliest; choose a large `Resting` for small objects that are created
 /// often. If slots or memory are short, the slot that was released first is reused earlier.
 ///
-/// Thread safety: everything may be called from any thread, also in static constructors and destructors.
+/// Thread safety: any thread may call everything, even in static constructors and destructors.
 template <class Slot, uint32_t ChunkSize, uint32_t MaxChunks, uint32_t Resting>
 class SlotTable {
 public:

@@ -1,4 +1,4 @@
-/// The baton of a thread: a thread runs only while it holds it.
+/// Batons, one for each thread: a thread runs only while it holds its baton.
 #ifndef ONU_MNG_PLATFORM_SIM_BATON_H
 #define ONU_MNG_PLATFORM_SIM_BATON_H
 

@@ -20,8 +20,8 @@ namespace onu_mng_platform {
 /// Unwinds the stack of a task that is being ended.
 using TaskEnd = bep_TaskEnd;
 
-/// The tasks of one run. Each is a thread, and only the one with the baton runs. The owner calls `RunAll` and
-/// `EndAll`; the running task calls everything else.
+/// The tasks of one run. Each is a thread, and only the one that holds its baton runs. The owner calls
+/// `RunAll` and `EndAll`; the running task calls everything else.
 ///
 /// There are no wake-ups. Whenever the next task is chosen, the scheduler checks the conditions of all
 /// waiting tasks. So no wake-up can be lost, and any of several waiters may be the first.

@@ -43,8 +43,8 @@ struct SimOptions {
     SimTime limit = std::chrono::hours(24);
     /// The run fails if it makes more calls than this without time passing, because something spins.
     std::uint64_t calls_per_instant = 10'000'000;
-    /// On average, one in so many calls is a point where another task may run; 0: the seed chooses the
-    /// number.
+    /// On average, one call in this number is a point where another task may run. With 0, the seed chooses
+    /// the number.
     unsigned int switch_one_in = 0;
     /// Only the ready tasks of the highest priority run, as on a board with one processor.
     bool by_priority = false;
@@ -185,8 +185,8 @@ public:
                                   const std::function<bool(Simulation&)>& scenario);
     /// Runs the part of the body that is explored, together with all tasks that run during that part. Outside
     /// it, for instance during the start of the library, the exploration makes no choices: the running task
-    /// continues while it can, and then the ready task that was started first runs. In a run with a seed, this
-    /// function only calls `part`.
+    /// continues while it can, and then the ready task that was started first runs. In a run with a seed,
+    /// this function only calls `part`.
     void Explored(const std::function<void()>& part);
 
     /// Starts another host task. The run does not end before this task. Returns false if it could not be
@@ -225,8 +225,8 @@ public:
     std::vector<std::string> Record() const;
     /// Returns one line for each task that has not ended: its name and its wait.
     std::vector<std::string> Tasks() const;
-    /// Returns a report: the failure, the decisions or the seed, the last 30 calls of each task, and the last 50
-    /// lines of the log.
+    /// Returns a report: the failure, the decisions or the seed, the last 30 calls of each task, and the last
+    /// 50 lines of the log.
     std::string Explain() const;
     /// Writes the run as trace events (JSON) for the common trace viewers: a track for each task, calls as
     /// slices, messages as arrows, faults and log lines as marks. Calls that take no virtual time are drawn

@@ -1,8 +1,8 @@
-// Binary semaphores. bep.h has the contract of each function. The comments here point out what is easy to miss.
+// Binary semaphores. bep.h has the contract of each function. The comments here are about common mistakes.
 #include "onu_mng_platform/bep.h"
 
 extern "C" uint32_t bep_semBCreateEx(int /*options*/, int /*available*/, const char* /*file*/, int /*line*/) {
-    // Expect many semaphores: each lock and each state context has one. A large system has a hundred thousand.
+    // Expect many semaphores: a hundred thousand on a large system. Each lock and state context has one.
     return 0;
 }
 

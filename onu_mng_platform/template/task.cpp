@@ -1,4 +1,4 @@
-// Tasks. bep.h has the contract of each function. The comments here point out what is easy to miss.
+// Tasks. bep.h has the contract of each function. The comments here are about common mistakes.
 #include "onu_mng_platform/bep.h"
 
 extern "C" uint32_t bep_taskSpawnEx(const char* /*name*/, unsigned int /*priority*/, int /*options*/,
@@ -13,8 +13,8 @@ extern "C" uint32_t bep_taskSpawnEx(const char* /*name*/, unsigned int /*priorit
 }
 
 extern "C" int bep_taskDeleteEx(uint32_t /*task_id*/) {
-    // Ask the task to end, wake it wherever it waits, and wait until it has ended. nanosleep() is a wait, too.
-    // The library calls it directly, so the port has to replace it.
+    // Ask the task to end, wake it wherever it waits, and wait until it has ended. nanosleep() is a wait,
+    // too. The library calls it directly, so the port has to replace it.
     return -1;
 }
 

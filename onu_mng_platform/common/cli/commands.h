@@ -29,7 +29,8 @@ class CommandTable {
 public:
     static CommandTable& GetInstance();
 
-    /// Does the same as install_element(), but throws std::bad_alloc, with nothing changed, if memory is short.
+    /// Does the same as install_element(), but throws std::bad_alloc, with nothing changed, if memory is
+    /// short.
     int Install(unsigned int node, cmd_element* record);
 
     /// Returns the commands of a node. They stay valid as long as the caller keeps the pointer. Throws

@@ -22,8 +22,8 @@ public:
     /// Writes the rest after the command has ended. @return false after an error line.
     virtual bool Finish() = 0;
 
-    /// Returns the output for error messages about the command. Error messages bypass most filters; some filters
-    /// format them.
+    /// Returns the output for error messages about the command. Error messages bypass most filters; some
+    /// filters format them.
     virtual Output Errors() = 0;
 
     /// Called instead of Finish() if the command has no result.

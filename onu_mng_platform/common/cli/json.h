@@ -11,9 +11,9 @@ namespace onu_mng_platform {
 /// std::bad_alloc.
 void AppendJsonString(std::string* json, std::string_view text);
 
-/// Appends a cell of a report. An empty cell becomes null, "True" and "False" become true and false. A decimal
-/// number of at most `most_digits` digits without leading zeros and a hexadecimal number ("0x1f") become
-/// numbers. Anything else becomes a string. Throws std::bad_alloc.
+/// Appends a cell of a report. An empty cell becomes null, "True" and "False" become true and false. A
+/// decimal number of at most `most_digits` digits without leading zeros and a hexadecimal number ("0x1f")
+/// become numbers. Anything else becomes a string. Throws std::bad_alloc.
 void AppendJsonCell(std::string* json, std::string_view cell, size_t most_digits);
 
 } // namespace onu_mng_platform

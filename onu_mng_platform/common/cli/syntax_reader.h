@@ -13,7 +13,8 @@ class SyntaxReader {
 public:
     SyntaxReader(std::string_view text, Syntax* result) : rest_(text), result_(result) {}
 
-    /// Parses the text. Throws std::bad_alloc. @return false if it breaks the rules: the result is then unusable.
+    /// Parses the text. Throws std::bad_alloc. @return false if it breaks the rules: the result is then
+    /// unusable.
     bool Read();
 
 private:

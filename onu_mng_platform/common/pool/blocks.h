@@ -77,13 +77,13 @@ private:
     uint32_t bits_;
 };
 
-/// The record of the block that starts in one of two neighbouring cells. Records lie outside of the region, so a
-/// write past the end of a block does not reach them.
+/// The record of the block that starts in one of two neighbouring cells. Records lie outside of the region,
+/// so a write past the end of a block does not reach them.
 ///
-/// The state decides which thread may change the tag. kFree: the holder of the pool's lock. kStocked: the owner
-/// of the stock, or a thread that closed the stock and holds the lock. kMoving: the thread that moves the block.
-/// kLive: any thread that returns the block. If the block comes from the thread's own stock, the thread stores the
-/// new tag. Otherwise it exchanges the tag.
+/// The state decides which thread may change the tag. kFree: the holder of the pool's lock. kStocked: the
+/// owner of the stock, or a thread that closed the stock and holds the lock. kMoving: the thread that moves
+/// the block. kLive: any thread that returns the block. If the block comes from the thread's own stock, the
+/// thread stores the new tag. Otherwise it exchanges the tag.
 struct BlockRecord {
     std::atomic<uint32_t> tag;
     std::atomic<uint32_t> cells; ///< Length; changed under the pool's lock.
@@ -100,7 +100,8 @@ struct BlockRecord {
     }
     uint32_t Cells() const { return cells.load(std::memory_order_relaxed); }
     Cell Next() const { return site.load(std::memory_order_relaxed); }
-    /// Stores with release order. If a view reads the link as a site, it then also sees that the tag has changed.
+    /// Stores with release order. If a view reads the link as a site, it then also sees that the tag has
+    /// changed.
     void SetNext(Cell next) { site.store(next, std::memory_order_release); }
 };
 
@@ -111,9 +112,9 @@ struct BlockView {
     uint32_t site; ///< Of a live or damaged block; otherwise meaningless.
 };
 
-/// The map of the blocks of a region. Free blocks are in lists by length, with a bitmap of the lists that are not
-/// empty. A block that is longer than needed is split when it is taken. A block that comes back is joined with its
-/// free neighbours. Both operations take bounded time.
+/// The map of the blocks of a region. Free blocks are in lists by length, with a bitmap of the lists that are
+/// not empty. A block that is longer than needed is split when it is taken. A block that comes back is joined
+/// with its free neighbours. Both operations take bounded time.
 ///
 /// Thread safety: taking and releasing run under the pool's lock. Any thread may read records at any time.
 class BlockMap {
@@ -125,7 +126,8 @@ public:
 
     void Init(BlockRecord* records, uint32_t cells);
 
-    /// Takes a block of `cells` cells, or of one more if a single cell would be left over. Its state is kMoving.
+    /// Takes a block of `cells` cells, or of one more if a single cell would be left over. Its state is
+    /// kMoving.
     /// @return its first cell; kNoCell if no free block was found that is long enough. If there are many free
     ///         blocks of about the needed length, a block that is less than a sixteenth longer may be missed.
     Cell Take(uint32_t cells) { return TakeFrom(FindFit(cells, kFewProbes), cells); }
@@ -138,8 +140,8 @@ public:
 
     BlockRecord& At(Cell cell) const { return records_[cell >> 1]; }
 
-    /// Calls `visit(view)` for each block. If other threads use the pool at the same time, each block is seen at a
-    /// different moment, and a block that changes at that moment is left out.
+    /// Calls `visit(view)` for each block. If other threads use the pool at the same time, each block is seen
+    /// at a different moment, and a block that changes at that moment is left out.
     template <class Visit>
     void ForEach(Visit visit) const {
         for (size_t i = 0; i < RecordCount(cells_); ++i) {

@@ -1,4 +1,4 @@
-// What few calls execute: creation, requests that the stock of the task does not serve, refusals, totals.
+// The code that few calls execute: creation, requests that the thread's stock cannot serve, refusals, totals.
 #include "onu_mng_platform/common/pool/core.h"
 
 #include <sys/mman.h>
@@ -77,14 +77,14 @@ ThreadStock* Pool::MakeStock() {
     return stock;
 }
 
-/// Takes a block for a place whose number has to be searched for.
+/// Takes a block for a site whose number must be searched for.
 void* Pool::AllocElsewhere(unsigned int size, const char* file, int line) {
     return AllocFor(size, SiteOf(file, line));
 }
 
 /// Undoes what AllocFor() took from the stock, and takes a block under the lock.
 ///
-/// The entry is still in its place, unless another task emptied the stock meanwhile and put kNoCell there.
+/// The entry is still in the bin, unless another thread has emptied the stock and stored kNoCell there.
 void* Pool::AllocAgain(unsigned int size, uint32_t site) {
     const uint32_t contents = (size - 1) / kCellBytes + 1;
     ThreadStock& stock = *OwnStock();
@@ -121,7 +121,7 @@ void* Pool::AllocSlowly(unsigned int size, uint32_t site) {
     return HandOut(start, BlockTag::Stocked(start, holder, exact).Live(cells - contents), contents, site);
 }
 
-/// Frees a block that another task took, or whose bin is full or belongs to no stock, or refuses it.
+/// Frees a block that another thread took, or whose bin is full, or that belongs to no stock; or refuses it.
 int Pool::FreeSlowly(void* block) {
     const size_t offset = OffsetOf(block);
     const Cell start = static_cast<Cell>(offset / kCellBytes) + kFirstCell;
@@ -137,7 +137,7 @@ int Pool::FreeSlowly(void* block) {
     __builtin_prefetch(guard);
     Bin& bin = stock->bins[index];
     if (bin.Count() == bin.room) MakeRoom(*stock, index);
-    // Before the guard is read: if another task frees the block too, one of the two stops here.
+    // Before the guard is read: if another thread frees the block as well, one of the two stops here.
     if (!record.Move(tag, bin.TagOf(start))) return RefuseState(offset, BlockState::kFree);
     if (!GuardIsIntact(guard)) {
         record.SetTag(tag.In(BlockState::kDamaged));
@@ -184,7 +184,7 @@ int Pool::RefuseDamaged(size_t offset, uint32_t contents, uint32_t site) const {
 
 mpu_stat Pool::Stat() const {
     const std::lock_guard<ShortLock> guard(lock_);
-    // Returned blocks first. Each of them was taken before, so it is among the taken blocks counted below.
+    // Count the returned blocks first. Each was taken earlier, so it is among the taken blocks counted below.
     unsigned long returned = returned_;
     ptrdiff_t unused = spare_;
     ForEachStock([&](const ThreadStock& stock) {

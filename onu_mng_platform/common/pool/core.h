@@ -17,23 +17,25 @@ namespace onu_mng_platform {
 inline constexpr int kMaxPools = 64;
 inline constexpr uint32_t kGuardCells = 1;
 
-/// A memory pool: a region of memory, a map of its blocks, a depot, and a stock for each thread that uses the pool.
+/// A memory pool: a region of memory, a map of its blocks, a depot, and a stock for each thread that uses the
+/// pool.
 ///
 /// A stock has a bin of free blocks for each class of length. Most requests use only the stock of the calling
-/// thread and need neither a lock nor an atomic exchange. An empty bin is filled from the depot, or else from the
-/// map. A full bin passes its older half to the depot, or else to the map. The depot and the map are used under the
-/// pool's lock. Before a request fails, the blocks of all stocks and of the depot go back to the map, where
-/// neighbours are joined.
+/// thread and need neither a lock nor an atomic exchange. An empty bin is filled from the depot, or else from
+/// the map. A full bin passes its older half to the depot, or else to the map. The depot and the map are used
+/// under the pool's lock. Before a request fails, the blocks of all stocks and of the depot go back to the
+/// map, where neighbours are joined.
 ///
-/// The peak is exact, although requests have no common counter. It is the sum of the cells in use, the cells that
-/// each thread may still take, and the spare cells. A thread that may take no more cells gets spare cells, or else
-/// cells of other threads. The peak rises only if there are none.
+/// The peak is exact, although requests have no common counter. It is the sum of the cells in use, the cells
+/// that each thread may still take, and the spare cells. A thread that may take no more cells gets spare
+/// cells, or else cells of other threads. The peak rises only if there are none.
 ///
-/// A block that is returned twice is refused, with one exception. The thread that took the block returns it with a
-/// load and a store of its tag. If another thread returns the block between the two, both calls return 0. The block
-/// is then in two bins, but its tag names only one of them. When the entry in the other bin is found, it is dropped
-/// and logged. The block is given out twice only if the first thread is interrupted between the load and the store
-/// until the block is in use again. An exchange would close this gap, but it costs a third of the speed.
+/// A block that is returned twice is refused, with one exception. The thread that took the block returns it
+/// with a load and a store of its tag. If another thread returns the block between the two, both calls return
+/// 0. The block is then in two bins, but its tag names only one of them. When the entry in the other bin is
+/// found, it is dropped and logged. The block is given out twice only if the first thread is interrupted
+/// between the load and the store until the block is in use again. An exchange would close this gap, but it
+/// costs a third of the speed.
 ///
 /// Thread safety: any thread may call everything. A pool is never destroyed.
 class Pool {
@@ -149,8 +151,8 @@ inline uintptr_t GuardFor(const std::byte* address) {
     return reinterpret_cast<uintptr_t>(address) ^ static_cast<uintptr_t>(0xC3A5'5A3C'96E1'1E69);
 }
 
-// Guards are read and written atomically: a thread that returns a block a second time may read a guard while the
-// thread that now has the block writes it.
+// Guards are read and written atomically: a thread that returns a block a second time may read a guard while
+// the thread that now has the block writes it.
 inline void Pool::WriteGuard(std::byte* address) {
     for (uint32_t i = 0; i < kCellBytes / sizeof(uintptr_t); ++i)
         __atomic_store_n(reinterpret_cast<uintptr_t*>(address) + i, GuardFor(address), __ATOMIC_RELAXED);

@@ -1,5 +1,5 @@
-// How blocks move between the map, the depot and the stocks, and how tasks share the cells below the peak.
-// All of it runs under the pool's lock, except for Settle(), MakeRoom() and Flush(), which take it.
+// Moves blocks between the map, the depot and the stocks, and shares the cells below the peak among the
+// threads. The callers hold the pool's lock, except for Settle(), MakeRoom() and Flush(), which take it.
 #include <algorithm>
 #include <mutex>
 
@@ -17,9 +17,9 @@ uint32_t DepotRoom(uint32_t index) {
 
 } // namespace
 
-/// Makes a block that was removed from a bin the caller's (kMoving).
-/// @return false if the tag shows that the block is not in this bin. Then two tasks have returned it at the same
-///         instant and both counted it, and this undoes one of the two.
+/// Changes the state of a block that was removed from a bin to kMoving, so that it belongs to the caller.
+/// @return false if the tag shows that the block is not in this bin. Then two threads have returned it at the
+///         same instant and both have counted it. This function undoes one of the two counts.
 bool Pool::TakeOver(Cell start, const Bin& bin) {
     BlockRecord& record = At(start);
     if (record.Tag().Bits() == bin.TagOf(start).Bits()) {
@@ -73,9 +73,9 @@ Cell Pool::TakeFromDepot(uint32_t index, ThreadStock* stock) {
     return start;
 }
 
-/// Takes one block and cuts some more for the empty bin: twice as many each time, so that a thread that needs
-/// few blocks of a class does not hoard them, but so many that the first blocks of two threads, which each of
-/// them takes again and again, share no cache line.
+/// Takes one block and more blocks for the empty bin. The number doubles each time, so a thread that needs
+/// few blocks of a class does not hoard them. The first number is large enough that the first blocks of two
+/// threads, which they use again and again, share no cache line.
 Cell Pool::TakeFromMap(uint32_t index, ThreadStock* stock) {
     const uint32_t cells = block_class::CellsOf(index);
     const Cell start = map_.Take(cells);
@@ -134,7 +134,7 @@ void Pool::Empty(ThreadStock& stock) {
     }
 }
 
-/// Closes the open stocks of other tasks for which `condition` is true.
+/// Closes the open stocks of other threads for which `condition` is true.
 template <class Condition>
 void Pool::CloseOthers(const ThreadStock* own, Condition condition) {
     bool closed = false;
@@ -192,8 +192,8 @@ int Pool::Settle(ThreadStock& stock) {
     return 0;
 }
 
-/// Pays for the cells that the owner took beyond its allowance. Then brings the allowance to half of its
-/// maximum, for which it uses at most half of the spare cells. Called by the owner.
+/// Pays for the cells that the owner took beyond its allowance. Then sets the allowance to half of its
+/// maximum, or less, because it takes at most half of the spare cells. Called by the owner.
 void Pool::Balance(ThreadStock& stock) {
     constexpr ptrdiff_t kGoal = ThreadStock::kMostAllowed / 2;
     ptrdiff_t left = stock.Allowed();
@@ -212,7 +212,7 @@ void Pool::Balance(ThreadStock& stock) {
     if (stock.closed_for == ThreadStock::kClosedFor) stock.least.store(0, std::memory_order_relaxed);
 }
 
-/// Pays from the spare cells, or else from the allowances of other tasks, or else by a new peak.
+/// Pays from the spare cells, or else from the allowances of other threads, or else by a new peak.
 void Pool::Pay(ptrdiff_t cells, const ThreadStock* payer) {
     cells -= Draw(cells);
     if (cells == 0) return;

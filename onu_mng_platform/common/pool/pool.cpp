@@ -10,7 +10,7 @@
 namespace onu_mng_platform {
 namespace {
 
-/// The region of a pool, next to its pointer, so that the search for the pool of an address reads only this table.
+/// The region of a pool, next to its pointer. So the search for the pool of an address reads only this table.
 struct Entry {
     uintptr_t begin;
     size_t bytes;

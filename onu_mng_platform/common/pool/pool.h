@@ -5,11 +5,11 @@
 
 #include "onu_mng_platform/mpu.h"
 
-/// The memory pools of every port. A port defines the functions of mpu.h. Each of them calls the function of the
-/// corresponding name here, which fulfils the contract in mpu.h.
+/// The memory pools of every port. A port defines the functions of mpu.h. Each of them calls the function of
+/// the corresponding name here, which fulfils the contract in mpu.h.
 ///
-/// Any thread may call everything, even in static constructors and destructors. A call waits only for locks that
-/// are held for a bounded number of instructions.
+/// Any thread may call everything, even in static constructors and destructors. A call waits only for locks
+/// that are held for a bounded number of instructions.
 namespace onu_mng_platform {
 
 int PoolCreate(const char* name, unsigned int size);

@@ -4,8 +4,8 @@
 #include <atomic>
 #include <cstdint>
 
-/// Sites: the places in source files that take blocks. Each site has a number, so the record of a block stores it
-/// in four bytes.
+/// Sites: the places in source files that take blocks. Each site has a number, so the record of a block
+/// stores it in four bytes.
 namespace onu_mng_platform {
 
 inline constexpr uint32_t kMaxSites = 1024;
@@ -43,7 +43,8 @@ inline uint32_t SiteHash(const char* file, int line) {
 /// Returns the number of a site, below kMaxSites. Takes a lock for a new site. Any thread may call it.
 uint32_t SiteOf(const char* file, int line);
 
-/// Returns the number of a site if its entry is at the index of its hash; otherwise kOtherSite. Takes no lock.
+/// Returns the number of a site if its entry is at the index of its hash; otherwise kOtherSite. Takes no
+/// lock.
 inline uint32_t KnownSite(const char* file, int line) {
     const uint32_t likely = detail::SiteHash(file, line);
     return file != nullptr && detail::g_sites[likely].Holds(file, line) ? likely : kOtherSite;

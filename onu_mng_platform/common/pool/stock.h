@@ -12,8 +12,8 @@
 
 namespace onu_mng_platform {
 
-/// The classes of blocks that stocks keep. A class is a length in cells: every length up to 32, every fourth up
-/// to 132 and every eighth up to 516. The longest class holds 8 KiB and the guard.
+/// The classes of blocks that stocks keep. A class is a length in cells: every length up to 32, every fourth
+/// up to 132 and every eighth up to 516. The longest class holds 8 KiB and the guard.
 namespace block_class {
 
 inline constexpr uint32_t kMaxCells = 516;
@@ -65,7 +65,8 @@ constexpr uint32_t BytesOf(uint32_t index) {
 
 /// The free blocks of one class in a stock.
 ///
-/// Only the owner of the stock changes `count`. Another thread that empties the stock replaces entries by kNoCell.
+/// Only the owner of the stock changes `count`. Another thread that empties the stock replaces entries by
+/// kNoCell.
 struct Bin {
     static constexpr uint32_t kMostBlocks = 60;
     static constexpr uint32_t kMostBytes = 8 * 1024;
@@ -74,10 +75,11 @@ struct Bin {
     uint32_t tag = 0;   ///< Tag of a block in this bin, without the bit of its start cell.
     uint32_t room = 0;  ///< Maximum number of entries. 0 until Init().
     uint16_t cells = 0; ///< Length of the class.
-    uint16_t batch = 0; ///< Number of blocks that the last fetch from the map brought.
+    uint16_t batch = 0; ///< Size of the last batch that was fetched from the map, in blocks.
     std::atomic<Cell>* blocks = nullptr;
 
-    /// Returns the maximum number of entries of a class: 8 KiB of blocks, but at least 4 and at most 60 blocks.
+    /// Returns the maximum number of entries of a class: 8 KiB of blocks, but at least 4 and at most 60
+    /// blocks.
     static constexpr uint32_t RoomOf(uint32_t index) {
         return std::clamp(kMostBytes / block_class::BytesOf(index), uint32_t{4}, kMostBlocks);
     }
@@ -110,19 +112,19 @@ inline constexpr uint32_t kEntriesOfAllBins = CountEntriesOfAllBins();
 
 /// The part of a pool that belongs to one thread: free blocks, and cells that it may take without a new peak.
 ///
-/// The owner takes and returns blocks without a lock and without an atomic exchange. Another thread that needs
-/// the blocks or the cells closes the stock under the pool's lock. From then on the owner takes blocks under
-/// the lock too. It still returns blocks without it.
+/// The owner takes and returns blocks without a lock and without an atomic exchange. Another thread that
+/// needs the blocks or the cells closes the stock under the pool's lock. From then on the owner takes blocks
+/// under the lock too. It still returns blocks without it.
 ///
 /// To take a block, the owner first lowers `count` and `left` and then checks whether the stock is open. To
-/// close the stock, the other thread first stores `least`, then makes every thread execute a memory barrier, and
-/// only then reads `count` and `left`. So either the owner sees that the stock is closed, or the other thread
-/// sees that the block and the cells are gone. Neither waits for the other.
+/// close the stock, the other thread first stores `least`, then makes every thread execute a memory barrier,
+/// and only then reads `count` and `left`. So either the owner sees that the stock is closed, or the other
+/// thread sees that the block and the cells are gone. Neither waits for the other.
 struct ThreadStock {
     /// The maximum number of cells that a thread keeps. If it has more, it returns some.
     static constexpr ptrdiff_t kMostAllowed = 4096;
-    /// A closed stock opens again after this number of requests by its owner. Otherwise two threads that compete
-    /// for the last blocks or cells would close each other's stock at every request.
+    /// A closed stock opens again after this number of requests by its owner. Otherwise two threads that
+    /// compete for the last blocks or cells would close each other's stock at every request.
     static constexpr uint32_t kClosedFor = 256;
 
     Bin bins[block_class::kCount];

@@ -15,9 +15,9 @@ unsigned int TakeThreadSlot();
 
 } // namespace detail
 
-/// Returns the slot of the calling thread: its number among the threads that use pools. Returns kNoThreadSlot if all
-/// slots are taken, or if the thread has already given its slot back. When the thread ends, PoolFlushSlot() is called
-/// and another thread may get the slot.
+/// Returns the slot of the calling thread: its number among the threads that use pools. Returns kNoThreadSlot
+/// if all slots are taken, or if the thread has already given its slot back. When the thread ends,
+/// PoolFlushSlot() is called and another thread may get the slot.
 inline unsigned int ThreadSlot() {
     return detail::t_slot != detail::kSlotNotAsked ? detail::t_slot : detail::TakeThreadSlot();
 }

@@ -39,8 +39,8 @@ void AsymmetricBarrier::Prepare() {
 void AsymmetricBarrier::Heavy() {
     std::atomic_thread_fence(std::memory_order_seq_cst);
     if (!s_light || PassAll()) return;
-    // The call is refused since Prepare(), by a seccomp filter for example. Every processor completes its pending
-    // stores far sooner than within a millisecond.
+    // The call is refused since Prepare(), by a seccomp filter for example. Every processor completes its
+    // pending stores far sooner than within a millisecond.
     timespec rest{0, 1'000'000};
     while (clock_nanosleep(CLOCK_MONOTONIC, 0, &rest, &rest) == EINTR) {
     }

@@ -5,18 +5,20 @@
 
 namespace onu_mng_platform {
 
-/// A full memory barrier in two halves: a light one for frequent operations and a heavy one for rare operations.
+/// A full memory barrier in two halves: a light one for frequent operations and a heavy one for rare
+/// operations.
 ///
-/// One thread stores to A, calls Light() and loads B. Another thread stores to B, calls Heavy() and loads A. Then at
-/// least one of them sees the store of the other. A and B are atomics.
+/// One thread stores to A, calls Light() and loads B. Another thread stores to B, calls Heavy() and loads A.
+/// Then at least one of them sees the store of the other. A and B are atomics.
 ///
-/// If the system has membarrier(2), Heavy() makes all threads of the process execute a barrier, and Light() only
-/// keeps the compiler from moving loads and stores. Otherwise both are fences.
+/// If the system has membarrier(2), Heavy() makes all threads of the process execute a barrier, and Light()
+/// only keeps the compiler from moving loads and stores. Otherwise both are fences.
 class AsymmetricBarrier {
 public:
-    /// Checks whether the system has membarrier(2). The first call must come before the first Light() and Heavy().
-    /// It takes up to 20 ms, because the kernel registers the process. Later calls do nothing. A port that never
-    /// calls it uses fences for both. The simulated board does so: its runs are short, and one task runs at a time.
+    /// Checks whether the system has membarrier(2). The first call must come before the first Light() and
+    /// Heavy(). It takes up to 20 ms, because the kernel registers the process. Later calls do nothing. A
+    /// port that never calls it uses fences for both. The simulated board does so: its runs are short, and
+    /// one task runs at a time.
     static void Prepare();
 
     static void Light() {

@@ -23,7 +23,7 @@ public:
     using Clock = std::chrono::steady_clock;
 
     struct Limits {
-        size_t size = size_t{1} << 18;            ///< bytes that wait; as many again may be being sent
+        size_t size = size_t{1} << 18;            ///< bytes that wait; the same number may be in transmission
         std::chrono::milliseconds patience{5000}; ///< how long a full buffer waits for the reader
     };
 

@@ -51,16 +51,16 @@ public:
     bool TakeRequest();
     void Run();
 
-    /// Returns how the operator left, after all his requests are answered; null before. When the result is not
-    /// null, the owner must close the session.
+    /// Returns how the operator left, after all his requests are answered; null before. When the result is
+    /// not null, the owner must close the session.
     const char* Ending() const;
 
     /// Returns whether the output buffer is broken, for instance because the operator does not read. The
     /// owner must then close the session.
     bool IsStuck() const { return output_.IsBroken(); }
 
-    /// Closes the connection. Sends `farewell` first if no output is waiting. A running request goes on, but
-    /// its output is dropped.
+    /// Closes the connection. Sends `farewell` first if no output is waiting. A running request continues,
+    /// but its output is dropped.
     void Close(std::string_view farewell);
 
     /// Returns the time at which the idle limit is reached; the end of time while a request runs.

@@ -37,8 +37,8 @@ public:
         const std::atomic<bool>& cancel_leaves; ///< Ctrl-C on an empty line ends the input
     };
 
-    /// Makes an editor. With `events`, no key raises a signal, not even between lines, because Ctrl-C must not end
-    /// the host. `events` must outlive the editor. Throws std::bad_alloc.
+    /// Makes an editor. With `events`, no key raises a signal, not even between lines, because Ctrl-C must
+    /// not end the host. `events` must outlive the editor. Throws std::bad_alloc.
     CliEditor(const std::string& prompt, Keys keys, const Events* events = nullptr);
     ~CliEditor();
     CliEditor(const CliEditor&) = delete;

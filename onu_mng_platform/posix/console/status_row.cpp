@@ -75,8 +75,8 @@ void StatusRow::Hide() {
     Flush();
 }
 
-// The shield blocks SIGTTOU: the row must be removed also in the background, where writing would stop the
-// process.
+// The shield blocks SIGTTOU, because the row must be removed even in the background, where writing would stop
+// the process.
 void StatusRow::Flush() {
     const SignalShield shield;
     while (!unsent_.empty()) {

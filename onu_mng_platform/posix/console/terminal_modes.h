@@ -23,8 +23,8 @@ public:
     TerminalModes& operator=(const TerminalModes&) = delete;
 
     /// Installs handlers that restore the terminal before SIGHUP, SIGINT, SIGQUIT or SIGTERM end the process
-    /// or SIGTSTP stops it. Signals that are ignored or handled already are left alone. Call it once, before
-    /// other tasks start.
+    /// or SIGTSTP stops it. Keeps the handling of signals that are ignored or handled already. Call it once,
+    /// before other tasks start.
     static void RestoreOnSignals();
 };
 
