@@ -17,7 +17,7 @@ enum onu_mng_cli_report {
 };
 
 /* Each function registers one report under an id: title, head line and columns. If memory is short, the
- * report prints less than it should (one level-13 line). */
+ * report prints less than it should (one level-13 line for each missing part). */
 void InitCmdCLI_CMD_SHOW_STATE_CONTEXT(unsigned int cmd_id);
 void InitCmdCLI_CMD_SHOW_MODULE_SUMMARY(unsigned int cmd_id);
 void InitCmdCLI_CMD_SHOW_MODULE(unsigned int cmd_id);

@@ -52,8 +52,8 @@ public:
     /// task holds it.
     bool IsTraceOnu(unsigned short pon, unsigned short onu, const unsigned char* sn, int level);
 
-    /// Prints the registry as a report to the terminal `vty`, or to standard output if `vty` is null. The
-    /// rows are collected under the lock and printed without it.
+    /// Prints the registry as a report to the terminal `vty`, or to standard output if `vty` is null. While
+    /// tracing is off, one row says so. The rows are collected under the lock and printed without it.
     void Print(void* vty) const;
 
     std::atomic<bool> trace_switch{false}; ///< whether tracing is on

@@ -18,9 +18,9 @@ public:
     static constexpr unsigned short kNotSet = 0xFFFF;
 
     OnuNo() = default;
-    /// An identity without a serial number.
+    /// Makes an identity without a serial number.
     OnuNo(unsigned short pon, unsigned short onu) : pon_no(pon), onu_id(onu) {}
-    /// `sn` is null, or 8 bytes that are copied.
+    /// Makes an identity. `sn` is null, or 8 bytes that are copied.
     OnuNo(unsigned short pon, unsigned short onu, const unsigned char* sn);
     OnuNo(const OnuNo& other);
     OnuNo& operator=(const OnuNo& other);

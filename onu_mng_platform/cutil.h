@@ -15,8 +15,8 @@ public:
     /// Converts hexadecimal text to bytes: two digits per byte, with or without a leading "0x" or "0X".
     ///
     /// `size` is the room at `bytes` on entry, and the number of bytes written on success.
-    /// @return 0; -1 for a null argument, an odd number of digits, a character that is no digit or too little
-    ///         room: `bytes` and `size` are then unchanged. Text without digits gives 0 bytes.
+    /// @return 0; -1 for a null argument, an odd number of digits, a character that is not a digit, or too
+    ///         little room: `bytes` and `size` are then unchanged. Text without digits gives 0 bytes.
     static int CovertHexStringToBytes(const char* text, char* bytes, unsigned int* size);
 };
 

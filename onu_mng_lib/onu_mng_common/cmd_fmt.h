@@ -49,7 +49,8 @@ struct ParameterContent {
 /// Registers reports and prints them.
 ///
 /// Lines end in CR LF. The output goes to the terminal `out` (a `vty*`), or to standard output if `out` is
-/// null. Both receive the same characters. A report that is not registered prints nothing.
+/// null. Both receive the same characters. A report that is not registered has neither a head line nor
+/// columns: it prints only the separator lines and the number of rows.
 ///
 /// - If a cell cannot be converted to the type of its column, it prints nothing, not even blanks.
 /// - A column without a cell prints blanks.

@@ -5,7 +5,7 @@
 #include <new>
 
 /// Storage for an object that is constructed and never destroyed. A host's own tasks may still call the
-/// library while static objects are destroyed, so its singletons stay usable to the very end.
+/// library while static objects are destroyed, so the library's singletons must stay usable.
 template <typename T>
 class Immortal {
 public:

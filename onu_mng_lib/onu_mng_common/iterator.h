@@ -41,7 +41,7 @@ private:
 /// walk ends at its new end.
 class Iterator {
 public:
-    /// An iterator without an aggregate is at its end.
+    /// Makes an iterator without an aggregate. It is at its end.
     Iterator() = default;
     explicit Iterator(Aggregate* aggregate) : p_aggregate(aggregate) {}
     explicit Iterator(const Aggregate* aggregate) : p_aggregate(const_cast<Aggregate*>(aggregate)) {}

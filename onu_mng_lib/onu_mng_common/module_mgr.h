@@ -26,8 +26,8 @@ enum MsgSyncProcType : unsigned int {
 };
 
 /// The header of one asynchronous message: 12 bytes at the start of a block of the library's pool, followed
-/// by the `pkg_size` bytes of the payload. Queues carry the address of the block. The queue owns the block,
-/// and then the task that has received it.
+/// by the `pkg_size` bytes of the payload. Queues carry the address of the block. The queue owns the block
+/// until a task receives it. Then that task owns it.
 struct MessagePacket {
     std::uint32_t msg_type; ///< as sent
     std::uint16_t pon_no;   ///< of the ONU that the message concerns
@@ -42,7 +42,7 @@ static_assert(sizeof(MessagePacket) == 12, "the payload follows at offset 12");
 /// The base class of all modules.
 class Module {
 public:
-    /// A module of a type, with the priority of its task (0: highest, 255: lowest).
+    /// Makes a module of a type, with the priority of its task (0: highest, 255: lowest).
     explicit Module(unsigned int type = 0, unsigned int priority = 0) : Module(type, 0, priority) {}
     Module(unsigned int type, unsigned int id, unsigned int priority)
         : mod_type(type), mod_id(id), mod_pri(priority) {}
@@ -75,8 +75,9 @@ protected:
 class ServiceModule : public Module, public Thread, public AggregateObject {
 public:
     /// `name` (copied) is the name of the module and of its task. `mod_pri` is the priority of the task, 0
-    /// (highest) to 255 (lowest). `msg_pri` is a number of the client's; reports show it. `msg_num` is the
-    /// capacity of the queue in messages. `stack_size` is the stack of the task in bytes.
+    /// (highest) to 255 (lowest). `msg_pri` is a number of the client's: reports show it, and `GetModule`
+    /// compares it. `msg_num` is the capacity of the queue in messages. `stack_size` is the stack of the task
+    /// in bytes.
     ServiceModule(unsigned int mod_type, const char* name, unsigned int mod_pri, unsigned int msg_pri,
                   unsigned int msg_num, unsigned int stack_size);
     /// Ends the task and gives the packets in the queue back to the pool. By then the members of a derived
@@ -112,7 +113,7 @@ public:
     /// @return the result of the handler; 0x800001f5, after one level-13 line, if `buf` is null.
     unsigned int HandleMsg(char* buf, unsigned int len) override;
 
-    /// The body of the module's task: receives a packet, handles it, gives it back to the pool. Does not
+    /// Runs the module's task: receives packets, handles each and gives it back to the pool. Does not
     /// return.
     void Run() override;
 
@@ -133,7 +134,7 @@ public:
 
     MessageQueue msg_queue;  ///< holds the addresses of packets
     std::string mod_name;    ///< in reports and log lines, and the name of the task
-    unsigned int msg_pri;    ///< a number of the client's; shown in reports
+    unsigned int msg_pri;    ///< a number of the client's; see the constructor
     unsigned int msg_num;    ///< the length of the queue
     unsigned int msg_size;   ///< bytes of one message in the queue: the address of a packet
     unsigned int stack_size; ///< bytes of the stack of the task

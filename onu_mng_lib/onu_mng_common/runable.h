@@ -10,7 +10,7 @@
 class Runable {
 public:
     virtual ~Runable() = default;
-    /// The body of the task.
+    /// Runs the body of the task.
     virtual void Run() = 0;
 };
 
@@ -38,10 +38,10 @@ public:
     /// Returns true from the start of the task until it is ended, even after `Run` has returned.
     bool IsAlive() const { return is_alive; }
 
-    /// The body of the task. The base version does nothing.
+    /// Runs the body of the task. The base version does nothing.
     void Run() override {}
 
-    /// The entry of the task: calls `Run` of the object.
+    /// Runs as the entry of the task: calls `Run` of the object.
     static void ThreadEntry(Thread* thread);
 
     /// Declares that the calling task ends the process. From then on it cannot be ended itself.

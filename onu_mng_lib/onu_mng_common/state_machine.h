@@ -295,7 +295,7 @@ public:
     /// @return the result of the context; 0x8000025a if no context has the id.
     unsigned int Terminate(unsigned int context_id);
 
-    /// The supervision loop; does not return.
+    /// Runs the supervision loop. Does not return.
     void Run() override;
 
     /// Ends the supervision task and returns when it has ended.

@@ -22,7 +22,7 @@ private:
     const char* const end;
 };
 
-/// Writes characters to a CLI terminal, or to standard output if there is none. Both receive the same.
+/// Writes characters to a CLI terminal, or to standard output if there is none. Both get the same characters.
 ///
 /// Collects the characters in a buffer of its own and writes them when it is full and when the object is
 /// destroyed, because one call for each field costs far more than the characters. Allocates nothing. Blocks
@@ -56,7 +56,7 @@ private:
     static constexpr std::size_t kBlanks = 32;
 
     void Flush();
-    /// There is room for `kBlanks`.
+    /// Writes blanks. The buffer must have room for `kBlanks`.
     void PutBlanksInPlace(std::size_t count) {
         if (count > kBlanks) return PutBlanks(count);
         std::memset(area + used, ' ', kBlanks); // a constant size takes no call

@@ -153,8 +153,8 @@ public:
     /// the object is empty or memory is short.
     std::string ToString() const;
     /// Writes the `ToString` text of a scalar to `place`, which has room for `kScalarTextSize` characters.
-    /// Writes no NUL, and may overwrite the rest of the room. @return the length of the text; 0 if this is no
-    /// scalar.
+    /// Writes no NUL, and may overwrite the rest of the room.
+    /// @return the length of the text; 0 if this is not a scalar.
     std::size_t ScalarToChars(char* place) const;
     static constexpr std::size_t kScalarTextSize = sizeof("0x123456789abcdef0") - 1;
 
@@ -187,8 +187,8 @@ public:
     /// Write a value at the cursor: a scalar big-endian in its width, `size` bytes, or the value of `src`
     /// (from a STRING the text without the NUL). Then the cursor moves by `offset`, which must not be less
     /// than the size. The bytes in between stay as they are.
-    /// @return 0; 0x800001f5 if this is no buffer or has too little room, if `data` is null, or if `src` is
-    ///         empty: then nothing changes.
+    /// @return 0; 0x800001f5 if this is not a buffer or has too little room, if `data` is null, or if `src`
+    ///         is empty: then nothing changes.
     template <typename T, RequireVariantScalar<T> = 0>
     unsigned int Append(T number, unsigned int offset = kOffsetOfSize) {
         char* const place = Claim(sizeof(number), offset, Access::kAppend);
@@ -207,7 +207,7 @@ public:
     /// Read a value at the cursor: a scalar, `size` bytes, or a value of the type of `out`. If `out` has a
     /// block, it is filled from its start with min(its room, `offset`) bytes, and a STRING keeps its NUL.
     /// Then the cursor moves by `offset`.
-    /// @return 0; 0x800001f5 if this is no buffer or has too few bytes, or if `out` is null or empty: then
+    /// @return 0; 0x800001f5 if this is not a buffer or has too few bytes, or if `out` is null or empty: then
     ///         nothing changes, not even `out`.
     template <typename T, RequireVariantScalar<T> = 0>
     unsigned int Fetch(T& number, unsigned int offset = kOffsetOfSize) const {

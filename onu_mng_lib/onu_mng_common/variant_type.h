@@ -25,7 +25,8 @@ enum VariantType : unsigned int {
 /// place that connects a number with a C++ type and its width.
 template <typename... Scalars>
 struct VariantScalarTable {
-    /// Calls `visit(T())` for the C++ type `T` of a scalar type. @return false if `type` is no scalar type.
+    /// Calls `visit(T())` for the C++ type `T` of a scalar type. @return false if `type` is not a scalar
+    /// type.
     template <typename Visitor>
     static constexpr bool Visit(VariantType type, Visitor&& visit) {
         unsigned int number = 0;

@@ -42,8 +42,7 @@ public:
     }
 
     /// Reads a scalar from the sizeof(T) bytes at `data`, which must not be null. A bool is true unless its
-    /// byte is
-    /// 0.
+    /// byte is 0.
     template <typename T>
     static T Load(const char* data) {
         return static_cast<T>(LoadBytes<Bits<T>>(data, std::make_index_sequence<sizeof(T)>()));
