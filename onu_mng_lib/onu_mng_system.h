@@ -3,7 +3,7 @@
  *   1. the registrations (onu_mng_system_reg_interface.h), in any order;
  *   2. onu_mng_system_init();
  *   3. the registration of the service modules (onu_mng_module_cplus_interface.h), and the installation of
- *   the CLI commands, if the host has a command line;
+ *      the CLI commands, if the host has a command line;
  *   4. onu_mng_system_start().
  *
  * There is no stop function. The process may exit at any moment and from any task: by the return of main(),

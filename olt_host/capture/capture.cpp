@@ -20,7 +20,7 @@ constexpr std::size_t kMostWaiting = 65536;
 constexpr int kPauseMs = 2;
 constexpr unsigned int kPatienceSeconds = 10;
 
-/// The time in microseconds since 1970.
+/// Returns the time in microseconds since 1970.
 std::int64_t Now() {
     timespec now{};
     clock_gettime(CLOCK_REALTIME, &now);

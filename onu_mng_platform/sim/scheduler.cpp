@@ -139,8 +139,8 @@ bool Scheduler::IsFinished() const {
                         [this](const auto& task) { return task->is_host || IsStuck(*task); });
 }
 
-// Returns whether a task waits without limit and is not allowed to do so when the run ends. Waits for the
-// next message, waits on deleted objects and all waits of the `MayIdle` tasks are allowed.
+// Returns whether a task waits without limit for something that must happen before the run ends: the end of
+// a task, or a semaphore or room in a queue that is not deleted, unless the task was passed to `MayIdle`.
 bool Scheduler::IsStuck(const Task& task) const {
     const Wait& wait = task.wait;
     if (wait.deadline != kNever) return false;
