@@ -5,6 +5,7 @@
 #include <chrono>
 #include <functional>
 #include <limits>
+#include <memory>
 #include <new>
 #include <string>
 #include <tuple>
@@ -225,6 +226,20 @@ TEST(Waits, LastAsManySecondsAsAsked) {
             return true;
         });
         last(1s, [&] { return queue.RecvMsg(message, 4, 3) == 4; });
+    });
+}
+
+TEST(Threads, EndTheirTaskWhenTheyAreDestroyed) {
+    struct Sleeper : Thread {
+        void Run() override { Clock::Delay(std::numeric_limits<int>::max()); }
+    };
+    RunHost([](Simulation& board) {
+        const auto before = board.Holdings().tasks;
+        auto sleeper = std::make_unique<Sleeper>();
+        EXPECT_TRUE(sleeper->Init("sleeper", 100, 65536) && sleeper->Start());
+        EXPECT_EQ(before + 1, board.Holdings().tasks);
+        sleeper.reset();
+        EXPECT_EQ(before, board.Holdings().tasks);
     });
 }
 
