@@ -330,6 +330,13 @@ TEST_F(Modules, RefuseWhatIsNoPacket) {
     const Lines seen = lines.Take();
     EXPECT_EQ(2, std::count(seen.begin(), seen.end(), "13 msgRecv invalid MessagePacket"));
     EXPECT_EQ(1, std::count(seen.begin(), seen.end(), "13 handle invalid msg"));
+
+    auto* idle = new Recorder(kType + 1, 8); // its queue is emptied when it is removed
+    ASSERT_EQ(0u, manager->RegisterModule(idle) | idle->InitModule());
+    EXPECT_EQ(0u, idle->SendMsg(two_bytes, sizeof two_bytes));
+    lines.Take();
+    EXPECT_EQ(0u, manager->RemoveModule(kType + 1));
+    EXPECT_EQ(Lines{}, lines.Take());
 }
 
 } // namespace
