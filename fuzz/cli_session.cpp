@@ -30,13 +30,14 @@ bool MaySteer(char c) {
     return static_cast<unsigned char>(c) < ' ' && c != '\t' && c != '\r' && c != '\n' && c != kEndOfAnswer;
 }
 
-/// Serves what is there. @return how many requests of programs were answered.
-int Serve(CliSession& session) {
+/// Serves what is there and reads the answers. @return how many requests of programs were answered.
+int Serve(CliSession& session, int operator_end, std::string* answer) {
     session.Serve(POLLIN);
     int answers = 0;
     while (session.TakeRequest()) {
         session.Run();
         session.Serve(POLLOUT);
+        *answer += Receive(operator_end);
         ++answers;
     }
     return answers;
@@ -47,7 +48,7 @@ int Serve(CliSession& session) {
 void TryInput(FuzzInput& input) {
     cli_test::Install();
     int ends[2];
-    if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) return;
+    if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0, ends) != 0) return;
     const Descriptor operator_end(ends[1]);
     const CliSessionSettings settings{cli_test::kOtherNode, "olt# ", 0, {}, {}};
     const CliEvent wake;
@@ -57,12 +58,10 @@ void TryInput(FuzzInput& input) {
     while (!input.IsOver() && session.Ending() == nullptr) {
         const std::string piece = input.Bytes(1 + input.Below(4000));
         (void)!write(operator_end.get(), piece.data(), piece.size());
-        requests += Serve(session);
-        answer += Receive(operator_end.get());
+        requests += Serve(session, operator_end.get(), &answer);
     }
     shutdown(operator_end.get(), SHUT_WR);
-    requests += Serve(session);
-    answer += Receive(operator_end.get());
+    requests += Serve(session, operator_end.get(), &answer);
     EXPECT_NE(session.Ending(), nullptr);
     EXPECT_EQ(std::count_if(answer.begin(), answer.end(), MaySteer), 0);
     EXPECT_LE(std::count(answer.begin(), answer.end(), kEndOfAnswer), requests);
