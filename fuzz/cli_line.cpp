@@ -21,7 +21,7 @@ void ExecuteFiltered(cli_test::Rules& rules, const std::string& line) {
     const int result = vty_execute(rules.terminal, rules.node, line.c_str());
     ASSERT_TRUE(result == 0 || result == -1) << line;
     const std::string screen = rules.terminal.Text();
-    if (IsAsJson(line) && !screen.empty())
+    if (IsAsJson(line) && !screen.empty() && screen != "% Line too long.\r\n")
         ASSERT_TRUE(nlohmann::json::accept(screen)) << line << "\n" << screen;
     cli_test::TakeCall();
 }
