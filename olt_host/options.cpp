@@ -22,7 +22,7 @@ constexpr unsigned int kMostDelayMs = 60000;
 constexpr const char* kAbout =
     "Brings simulated ONUs into sync over OMCI, or replays recorded OMCI frames.\n"
     "Ends with status 0 when every ONU is in sync (a replay: when the file was read),\n"
-    "1 when not, 2 for a command line that makes no sense and for an unreadable file.\n"
+    "1 if not, 2 for a wrong command line and for an unreadable file.\n"
     "On a terminal, and with --cli-socket, operators are served before it ends.";
 
 /// Parses "PON/ONU". Throws CLI::ValidationError.
@@ -88,7 +88,7 @@ void AddFaults(CLI::App& app, Options& options) {
            "seconds between two restarts of an ONU on average, 0: none");
     Number(app, "--link", options.link_s, 0, kDay,
            "seconds between two link alarms of an ONU on average, 0: none");
-    app.add_option("--seed", options.host.seed, "of what is left to chance (1)")->option_text("N");
+    app.add_option("--seed", options.host.seed, "seed of the random choices (1)")->option_text("N");
 }
 
 void CheckOnu(const char* option, OnuKey onu, const HostOptions& host) {
@@ -108,7 +108,7 @@ void AddCharts(CLI::App& app, Charts::Options& charts) {
                    "at the end, write the services' states and their transitions to FILE, for Graphviz")
         ->option_text("FILE");
     CLI::Option* sequence = app.add_option("--sequence-chart", charts.sequence_file,
-                                           "at the end, write what OLT and ONU said to FILE, for Mermaid")
+                                           "at the end, write the frames of one ONU to FILE, for Mermaid")
                                 ->option_text("FILE");
     app.add_option_function<std::string>(
            "--sequence-onu", [&charts](const std::string& onu) { charts.onu = ReadOnu(onu); },

@@ -140,6 +140,7 @@ def main():
     parser.add_argument("--number", type=int, default=200)
     parser.add_argument("--seed", type=int, default=random.randrange(1 << 16))
     parser.add_argument("--results", type=pathlib.Path, help="where to read and to write which test found which fault")
+    parser.add_argument("--found-by", metavar="TEST", help="plant only the faults that this test found last time")
     parser.add_argument("--scratch", type=pathlib.Path, default=pathlib.Path("build/faults"))
     wanted = parser.parse_args()
 
@@ -161,6 +162,8 @@ def main():
         changed = [pair for pair in zip(text.split("\n"), fault.split("\n")) if pair[0] != pair[1]][:1]
         before, after = (side.strip() for side in changed[0])
         key = f"{name}:{line + 1} [{before}] -> [{after}]"
+        if wanted.found_by and known.get(key) != wanted.found_by:
+            continue
         path.write_text(fault)
         try:
             finder = copy.finder(room, known.get(key, ""))

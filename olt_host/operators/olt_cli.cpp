@@ -214,8 +214,8 @@ ExitStatus Finish(ExitStatus status) {
 std::optional<ExitStatus> ReadOptions(int argc, char** argv, Options& options) {
     CLI::App app(
         "Types commands to a running olt_host. Without -c lines come from the terminal or from standard "
-        "input.\nExit status: 0; 1 when a command failed; 2 without a host, for one that does not "
-        "answer and for options that make no sense.");
+        "input.\nExit status: 0; 1 if a command failed; 2 if there is no host or it does not answer, and for "
+        "wrong options.");
     app.add_option("-s,--socket", options.path, "Socket of the host")->capture_default_str();
     app.add_option("-c,--command", options.commands, "Line to run; may be given several times")
         ->allow_extra_args(false);
