@@ -136,9 +136,15 @@ extern "C" void bep_taskUnsafeEx() {
     if (Thread::Current().protections > 0) --Thread::Current().protections;
 }
 
-// The link option --wrap redirects every call of nanosleep() in the executable to this file.
+// The link option --wrap redirects every call of nanosleep() in the executable to this file. With 64-bit times
+// on a 32-bit system, nanosleep() has another name in the C library.
+#if defined(__USE_TIME_BITS64) && defined(__TIMESIZE) && __TIMESIZE == 32
+extern "C" int RealNanosleep(const timespec* duration, timespec* rest) __asm__("__real___nanosleep64");
+extern "C" int WrapNanosleep(const timespec* duration, timespec* rest) __asm__("__wrap___nanosleep64");
+#else
 extern "C" int RealNanosleep(const timespec* duration, timespec* rest) __asm__("__real_nanosleep");
 extern "C" int WrapNanosleep(const timespec* duration, timespec* rest) __asm__("__wrap_nanosleep");
+#endif
 
 extern "C" int WrapNanosleep(const timespec* duration, timespec* rest) {
     const bool is_valid = duration != nullptr && duration->tv_sec >= 0 && duration->tv_nsec >= 0 &&
