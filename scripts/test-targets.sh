@@ -35,16 +35,19 @@ for machine in ${machines:-i386 s390x}; do
         mmdebstrap --quiet --variant=extract --architectures="$machine" --include="$libraries" "$suite" "$root.new" "$mirror"
         mv "$root.new" "$root"
     }
-    # Scripts cannot start programs for QEMU. It passes priority-inheriting futexes on to the system, which stores their
-    # holder in its own byte order.
+    # Scripts, and death tests that start the program anew, cannot start programs for QEMU. It passes priority-inheriting
+    # futexes on to the system, which stores their holder in its own byte order.
+    seeds="env ONU_MNG_SEEDS=20 ONU_MNG_PREEMPTIONS=1" # QEMU is slow
     case $machine in
-    i386) left_out='^$' ;;
+    i386) left_out='^$' seeds="" ;;
+    armhf) left_out='^package$|^doc_olt|^platform_posix_test$|process_end' ;;
     s390x) left_out='^package$|^doc_olt|posix|cli_server|process_end|olt_host_(demo|traces|4096|busy)' ;;
     *) left_out='^package$|^doc_olt' ;;
     esac
     echo "== $machine"
     cmake --preset target -B "build/targets/$machine" -DONU_MNG_TARGET="$machine" -DONU_MNG_TARGET_ROOT="$root" >/dev/null
     cmake --build "build/targets/$machine"
-    ctest --test-dir "build/targets/$machine" -j2 --output-on-failure -E "$left_out" "$@"
+    # shellcheck disable=SC2086 # a list of words
+    $seeds ctest --test-dir "build/targets/$machine" -j2 --output-on-failure -E "$left_out" "$@"
 done
 echo "== all passed"
